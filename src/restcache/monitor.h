@@ -1,0 +1,25 @@
+// monitor.h - the REST monitor task: start-up documents, then one refresh cycle every 30 seconds.
+#pragma once
+
+#include <cstdint>
+
+// Task entry. Registers the client, creates the cache, waits for the VLAN profile database, writes the start-up
+// documents, runs cycle 1, arms the timer, and runs a cycle per timer event for ever. Returns only when the client cannot
+// be registered.
+void AgentRestMonitor(intptr_t argument);
+
+// One refresh cycle: every document that is due, in the order of the cadence table.
+void GetAllRestApiData();
+
+// Write the "init_complete" record.
+void initCompleteWrite();
+
+// Rebuild "interfaces_status", watch the links, and rebuild "port_vendor_detect" after a port came up.
+void portLinkWatch();
+
+// Cycles run so far in this process.
+[[nodiscard]] uint32_t refreshCycleNumber();
+
+// Session that the cycle uses: for the direct items and for tools that run a cycle without the task.
+struct openclt_handle;
+[[nodiscard]] struct openclt_handle *monitorClientHandle();
