@@ -1,0 +1,50 @@
+// vlan_info.h - the VLAN profile database that the web interface keeps: type, name and colour of each VLAN's profile.
+//
+// Every operation opens the file itself, waits up to 3 seconds for another process, runs one statement and closes. The
+// file is never created here: its existence is what the monitor waits for.
+#pragma once
+
+#include "runtime/owned.h"
+
+#include <cstdint>
+
+struct VLAN_INFO_ENTRY_T {
+    int32_t id;        // VLAN ID
+    int32_t vlanType;  // profile type number
+    char profileName[256];
+    char profileType[256];
+    char color[8];     // "#rrggbb"
+};
+
+constexpr uint32_t VLAN_INFO_CAPACITY = 4096;
+
+// All rows, up to the capacity.
+struct VLAN_INFO_LIST_T {
+    VLAN_INFO_ENTRY_T *entries;
+    uint32_t count;
+    uint32_t capacity;
+};
+
+void vlanInfoListFree(VLAN_INFO_LIST_T *list);
+struct VLAN_INFO_LIST_DELETER_T {
+    void operator()(VLAN_INFO_LIST_T *list) const { vlanInfoListFree(list); }
+};
+using OWNED_VLAN_INFO_LIST = std::unique_ptr<VLAN_INFO_LIST_T, VLAN_INFO_LIST_DELETER_T>;
+
+// Insert or replace one row: 0 or SQLite's code (logged).
+[[nodiscard]] int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *profileType, const char *color);
+
+// Read one row; out places that are null are passed over. 1 when found; 0 when there is none and on any error (logged), the
+// out places untouched. Texts are cut to their field sizes (256, 256, 8).
+[[nodiscard]] int vlanInfoSelectById(int id, int32_t *vlanType, char *profileName, char *profileType, char *color);
+
+// An empty list; null without memory.
+[[nodiscard]] VLAN_INFO_LIST_T *vlanInfoListCreate();
+
+// Load all rows: their number, or -1 (logged). At most VLAN_INFO_CAPACITY.
+[[nodiscard]] int vlanInfoSelectAll(VLAN_INFO_LIST_T *list);
+
+void vlanInfoListSortById(VLAN_INFO_LIST_T *list);
+
+// Entry of an ID in a sorted list; null when there is none.
+[[nodiscard]] const VLAN_INFO_ENTRY_T *vlanInfoListFindById(const VLAN_INFO_LIST_T *list, int id);
