@@ -2,7 +2,8 @@
 // clock, count calls. It belongs to the virtual switch, not to the client interface; the daemon knows nothing of it.
 //
 // The scenario of a process comes from the environment variable VSWITCH_SCENARIO (a path) or from vsLoadText/vsLoadFile.
-// VSWITCH_TIME (seconds since the scenario's epoch) freezes its clock.
+// VSWITCH_TIME (seconds since the scenario's epoch) freezes its clock; VSWITCH_EPOCH (seconds since 1970) takes the place of
+// the scenario's epoch, so that a run can begin at the scenario's time 0.
 #pragma once
 
 #include <cstdint>
@@ -46,6 +47,8 @@ struct VS_FAULT_T {
     VS_FAULT_KIND kind = VS_FAIL;
     int result = -1;
     uint32_t bytes = 0;
+    uint32_t from = 0;       // seconds since the epoch from which it acts ...
+    uint32_t until = 0;      // ... and at which it ends; 0: never
 };
 void vsFaultAdd(const VS_FAULT_T &fault);
 void vsFaultsClear();

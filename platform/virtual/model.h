@@ -279,7 +279,7 @@ struct VS_SYSTEM_T {
 struct VS_STATE_T {
     VS_SYSTEM_T system;
     std::vector<VS_UNIT_T> units;    // ascending
-    std::vector<VS_PORT_T> ports;    // ascending interface number, fan-out sub-ports included
+    std::vector<VS_PORT_T> ports;    // ascending interface number, also (unit, slot, port); fan-out sub-ports included
     std::vector<VS_LAG_T> lags;      // ascending interface number, after the ports
     std::vector<VS_VLAN_T> vlans;    // ascending
     std::vector<VS_FDB_T> fdb;       // ascending (VLAN, MAC)
@@ -316,4 +316,5 @@ bool vsLagUp(const VS_STATE_T &state, const VS_LAG_T &lag, double now);     // s
 uint64_t vsCounter(const VS_INTERFACE_T &interface, uint32_t counter, double now);  // numbers of rpcclt_openapiStatGet
 uint64_t vsRate(const VS_INTERFACE_T &interface, bool inbound, double now);         // bits per second, wobbles around the set one
 double vsCpu(const VS_UNIT_T &unit, double now);
+uint32_t vsFanSpeed(const VS_UNIT_T &unit, const VS_FAN_T &fan, double now);  // rpm, wobbles a little around the set one
 uint32_t vsPoeConsumption(const VS_STATE_T &state, uint32_t unit, double now);      // watts

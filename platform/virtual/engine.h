@@ -1,0 +1,48 @@
+// engine.h - between the parts of the virtual switch's engine: the scenario as loaded, its loader, and the use of a
+// name.
+#pragma once
+
+#include "control.h"
+#include "model.h"
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A scenario: the state and how the interface misbehaves.
+struct VS_SCENARIO_T {
+    VS_STATE_T state;
+    std::vector<VS_FAULT_T> faults;
+    std::map<std::string, uint32_t> latency;  // microseconds by call (without rpcclt_) or command
+    std::map<std::string, std::string> texts; // literal output by command
+    std::vector<std::string> files;           // every file that was read or looked for, also when the load fails
+};
+
+// "" and a filled scenario, or one error line; `name` stands in the line, `directory` is where text files are looked
+// for.
+std::string vsScenarioParse(const std::string &json, const std::string &name, const std::string &directory,
+                            VS_SCENARIO_T &scenario);
+std::string vsScenarioRead(const std::string &path, VS_SCENARIO_T &scenario);
+
+// "openapiIfNameGet" for either spelling of a call; a command stays as it is.
+std::string_view vsPlainName(std::string_view name);
+
+// What a show command is going to do; the caller holds the lock (VS_COMMAND_T).
+struct VS_COMMAND_T {
+    explicit VS_COMMAND_T(const std::string &command);
+    ~VS_COMMAND_T();
+    VS_COMMAND_T(const VS_COMMAND_T &) = delete;
+    VS_COMMAND_T &operator=(const VS_COMMAND_T &) = delete;
+
+    bool loaded;             // there is a scenario
+    const VS_FAULT_T *fault; // null: none acts
+};
+
+// Output of a command, literal or rendered; false when it is not known. The caller holds the lock.
+bool vsShow(const std::string &command, std::string &text);
+bool vsLiteral(const std::string &command, std::string &text);
+
+// Names of all client calls, in the order of openclt.h, and of all commands; each ends with null.
+extern const char *const vsCallNames[];
+std::vector<std::string> vsCommandNames();
