@@ -1,0 +1,304 @@
+#include "switch/cli.h"
+
+// Runs show commands through the platform and reads their output files. SHOW_FILE_T is the road of one file from the
+// command to its removal; the two readers that other processes run into the same files take a lock file around it.
+
+#include "runtime/log.h"
+#include "runtime/owned.h"
+#include "runtime/result.h"
+#include "switch/columns.h"
+
+#include <cstring>
+#include <sys/file.h>
+
+namespace {
+constexpr size_t COMMAND_SIZE = 255;
+constexpr int BOOTVAR_HEADER_LINES = 14;
+
+// One attempt: command and path cut to the platform's buffers, any earlier file gone. The platform's result.
+int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *outputFile);
+
+// File name of a request, as long as an output path may be.
+void requestPath(const SHOW_REQUEST_T &request, char path[PATH_OUTPUT_SIZE]);
+int requestRun(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQUEST_T &request);
+int openAtPath(SHOW_FILE_T *show, const SHOW_REQUEST_T &request);
+void openFailureLog(const SHOW_REQUEST_T &request, const char *path);
+
+// Run a reader while holding a lock file, under which other processes run the same command into the same file. The lock
+// file stays: removing it would let the holder of the old file and the maker of a new one both hold the lock.
+template <typename READER> int lockedRun(PATH_ID lockFile, const char *name, READER reader);
+
+// Run and open as the shared readers do: a command that failed shows as a file that does not open.
+int readerOpen(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQUEST_T &request);
+
+bool bootvarRowParse(const char *line, BOOTVAR_ROW_T *row);
+void managementLineParse(const char *line, MANAGEMENT_PORT_T *parameters);
+} // namespace
+
+int cliShowExecuteToFile(CLIENT_HANDLE_T *clientHandle, const char *command, const char *outputFile)
+{
+    if (command == nullptr || outputFile == nullptr) {
+        LOG_ERROR("cliShowExecuteToFile: Invalid argument\r\n");
+        return RESULT_INVALID_ARGUMENT;
+    }
+    int result = platformRun(clientHandle, command, outputFile);
+    if (result != OPENCLT_OK) {
+        LOG_ERROR("Execute show cmd faile, result:%d\r\n", result);
+        return RESULT_FAILED;
+    }
+    return RESULT_OK;
+}
+
+SHOW_FILE_T::~SHOW_FILE_T()
+{
+    if (stream != nullptr)
+        fclose(stream);
+    if (removeAtEnd)
+        (void)remove(path); // it may be gone, or never have been written
+}
+
+int showFileRun(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQUEST_T &request)
+{
+    requestPath(request, show->path);
+    show->removeAtEnd = request.after == SHOW_AFTER_REMOVE;
+    int result = requestRun(show, clientHandle, request);
+    if (result != RESULT_OK) {
+        if (show->removeAtEnd)
+            (void)remove(show->path); // there may be no part of it
+        return result;
+    }
+    return openAtPath(show, request);
+}
+
+int showFileOpen(SHOW_FILE_T *show, const SHOW_REQUEST_T &request)
+{
+    requestPath(request, show->path);
+    show->removeAtEnd = request.after == SHOW_AFTER_REMOVE;
+    return openAtPath(show, request);
+}
+
+bool showFileLine(SHOW_FILE_T *show, char *line, size_t size)
+{
+    return show->stream != nullptr && fgets(line, static_cast<int>(size), show->stream) != nullptr;
+}
+
+bool showFileLineCut(SHOW_FILE_T *show, char *line, size_t size)
+{
+    if (show->stream == nullptr)
+        return false;
+    size_t length = 0;
+    size_t total = 0;
+    int character;
+    while ((character = getc_unlocked(show->stream)) != EOF && character != '\n') {
+        if (length + 1 < size)
+            line[length++] = static_cast<char>(character);
+        total++;
+    }
+    if (length > 0 && length == total && line[length - 1] == '\r')
+        length--;
+    line[length] = '\0';
+    return character != EOF || total > 0;
+}
+
+bool showFileSkipTo(SHOW_FILE_T *show, const char *prefix, char *line, size_t size)
+{
+    line[0] = '\0';
+    while (showFileLine(show, line, size)) {
+        if (textBegins(line, prefix))
+            return true;
+    }
+    return false;
+}
+
+void showFileRewind(SHOW_FILE_T *show)
+{
+    if (show->stream != nullptr)
+        rewind(show->stream);
+}
+
+int bootvarGetSafe(CLIENT_HANDLE_T *clientHandle, BOOTVAR_ROW_T *rows, uint32_t *count)
+{
+    return lockedRun(PATH_BOOTVAR_LOCK, __func__, [=] { return bootvarGet(clientHandle, rows, count); });
+}
+
+/*
+ * 14 lines of explanation, column titles and rules, then one row a unit:
+ *
+ *  1  7.1.0.14      7.1.0.9       7.1.0.14          7.1.0.14
+ *  2  7.1.0.14      7.1.0.9       7.1.0.14          7.1.0.14
+ */
+int bootvarGet(CLIENT_HANDLE_T *clientHandle, BOOTVAR_ROW_T *rows, uint32_t *count)
+{
+    uint32_t capacity = *count;
+    *count = 0;
+    SHOW_FILE_T show;
+    int result = readerOpen(&show, clientHandle, {__func__, "show bootvar", PATH_SHOW_BOOTVAR});
+    if (result != RESULT_OK)
+        return result;
+
+    char line[CLI_LINE_SIZE];
+    for (int i = 0; i < BOOTVAR_HEADER_LINES; i++) {
+        if (!showFileLine(&show, line, sizeof line))
+            return RESULT_OK;
+    }
+    while (*count < capacity && showFileLine(&show, line, sizeof line) && bootvarRowParse(line, &rows[*count]))
+        (*count)++;
+    return RESULT_OK;
+}
+
+int managementPortIPv4ParametersGetSafe(CLIENT_HANDLE_T *clientHandle, MANAGEMENT_PORT_T *parameters)
+{
+    return lockedRun(PATH_MGMT_PORT_LOCK, __func__,
+                     [=] { return managementPortIPv4ParametersGet(clientHandle, parameters); });
+}
+
+int managementPortIPv4ParametersGet(CLIENT_HANDLE_T *clientHandle, MANAGEMENT_PORT_T *parameters)
+{
+    SHOW_FILE_T show;
+    int result = readerOpen(&show, clientHandle, {__func__, "show ip management", PATH_SHOW_IP_MANAGEMENT});
+    if (result != RESULT_OK)
+        return result;
+
+    char line[CLI_LINE_SIZE];
+    while (showFileLine(&show, line, sizeof line))
+        managementLineParse(line, parameters);
+    return RESULT_OK;
+}
+
+int managementVlanGet(CLIENT_HANDLE_T *clientHandle, uint32_t *vlan)
+{
+    if (clientHandle == nullptr || vlan == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    MANAGEMENT_PORT_T parameters = {};
+    parameters.vlan = 1;
+    int result = managementPortIPv4ParametersGetSafe(clientHandle, &parameters);
+    *vlan = static_cast<uint32_t>(parameters.vlan);
+    return result;
+}
+
+namespace {
+int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *outputFile)
+{
+    char commandText[COMMAND_SIZE];
+    char fileText[PATH_OUTPUT_SIZE];
+    textCopy(commandText, sizeof commandText, command);
+    textCopy(fileText, sizeof fileText, outputFile);
+    (void)remove(fileText); // there is none, as a rule
+    openclt_buffer_t commandBuffer = {static_cast<uint32_t>(strlen(commandText) + 1), commandText};
+    openclt_buffer_t fileBuffer = {static_cast<uint32_t>(strlen(fileText) + 1), fileText};
+    return rpcclt_openapiCliShowExecuteToFile(clientHandle, &commandBuffer, &fileBuffer);
+}
+
+void requestPath(const SHOW_REQUEST_T &request, char path[PATH_OUTPUT_SIZE])
+{
+    if (request.name == SHOW_NAME_RANDOM)
+        PathNumbered(request.file, randomSuffixGet(), path, PATH_OUTPUT_SIZE);
+    else
+        textCopy(path, PATH_OUTPUT_SIZE, PathGet(request.file));
+}
+
+int requestRun(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQUEST_T &request)
+{
+    if (request.run == SHOW_RUN_RUNNER)
+        return cliShowExecuteToFile(clientHandle, request.command, show->path);
+    show->platformResult = platformRun(clientHandle, request.command, show->path);
+    return show->platformResult == OPENCLT_OK ? RESULT_OK : RESULT_FAILED;
+}
+
+int openAtPath(SHOW_FILE_T *show, const SHOW_REQUEST_T &request)
+{
+    show->stream = fopen(show->path, "re");
+    if (show->stream != nullptr)
+        return RESULT_OK;
+    openFailureLog(request, show->path);
+    return RESULT_OPEN_FAILED;
+}
+
+void openFailureLog(const SHOW_REQUEST_T &request, const char *path)
+{
+    switch (request.openLine) {
+    case SHOW_OPEN_LOWER:
+        LOG_ERROR_AS(request.caller, "can not open file:%s\r\n", path);
+        break;
+    case SHOW_OPEN_UPPER:
+        LOG_ERROR_AS(request.caller, "Can not open file:%s\r\n", path);
+        break;
+    case SHOW_OPEN_SHORT:
+        LOG_ERROR_AS(request.caller, "can not open %s\n", path);
+        break;
+    case SHOW_OPEN_SILENT:
+        break;
+    }
+}
+
+template <typename READER> int lockedRun(PATH_ID lockFile, const char *name, READER reader)
+{
+    OWNED_FILE lock(fopen(PathGet(lockFile), "w+e"));
+    if (lock == nullptr)
+        return RESULT_FAILED;
+    if (flock(fileno(lock.get()), LOCK_EX) != 0) {
+        LOG_ERROR_AS(name, "File lock failed\n");
+        return RESULT_FAILED;
+    }
+    int result = reader();
+    if (flock(fileno(lock.get()), LOCK_UN) != 0) {
+        LOG_ERROR_AS(name, "File unlock failed\n");
+        return RESULT_FAILED;
+    }
+    return result;
+}
+
+int readerOpen(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQUEST_T &request)
+{
+    int result = showFileRun(show, clientHandle, request);
+    return result == RESULT_FAILED ? showFileOpen(show, request) : result;
+}
+
+// Each image is split off whole and then cut to its column, so that an over-long name does not shift the ones after it.
+bool bootvarRowParse(const char *line, BOOTVAR_ROW_T *row)
+{
+    char images[4][CLI_LINE_SIZE];
+    int unit;
+    if (sscanf(line, "%d %1023s %1023s %1023s %1023s", &unit, images[0], images[1], images[2], images[3]) != 5)
+        return false;
+    row->unit = unit;
+    textCopy(row->image1, sizeof row->image1, images[0]);
+    textCopy(row->image2, sizeof row->image2, images[1]);
+    textCopy(row->image3, sizeof row->image3, images[2]);
+    textCopy(row->image4, sizeof row->image4, images[3]);
+    return true;
+}
+
+/*
+ * 0         1         2         3         4         5
+ * 0123456789012345678901234567890123456789012345678901234567
+ * IPv4 Management Interface.......................... 1        (the number stands at column 52)
+ * IP Address.................................... 192.168.1.20  (the word stands at column 47)
+ */
+void managementLineParse(const char *line, MANAGEMENT_PORT_T *parameters)
+{
+    constexpr size_t VLAN_COLUMN = 52;
+    constexpr size_t TEXT_COLUMN = 47;
+    struct LABEL_T {
+        const char *label;
+        char (MANAGEMENT_PORT_T::*field)[64];
+    };
+    static constexpr LABEL_T LABELS[] = {
+        {"IP Address", &MANAGEMENT_PORT_T::address},
+        {"Subnet Mask", &MANAGEMENT_PORT_T::mask},
+        {"Method", &MANAGEMENT_PORT_T::method},
+        {"Default Gateway", &MANAGEMENT_PORT_T::gateway},
+    };
+    if (textBegins(line, "IPv4 Management Interface")) {
+        (void)columnNumber(line, VLAN_COLUMN, &parameters->vlan); // no number: the caller's value stays
+        return;
+    }
+    for (const LABEL_T &row : LABELS) {
+        char *field = (parameters->*row.field);
+        if (textBegins(line, row.label)) {
+            (void)columnWord(line, TEXT_COLUMN, field, sizeof parameters->address); // likewise
+            return;
+        }
+    }
+}
+} // namespace

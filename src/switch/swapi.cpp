@@ -1,0 +1,473 @@
+#include "switch/swapi.h"
+
+// Thin wrappers over the platform's calls: result convention, log line on failure, conversion of platform codes. What
+// has no failure row of its own goes through the platform call's own result ("raw") or generalResult (10000). Lengths
+// and counts that the platform gives are held within the buffer offered.
+
+#include "runtime/log.h"
+#include "runtime/owned.h"
+#include "runtime/result.h"
+#include "switch/cli.h"
+#include "switch/columns.h"
+#include "switch/walk.h"
+
+#include <cstring>
+
+namespace {
+constexpr uint32_t TEXT_SIZE = 256;           // buffer of most texts
+constexpr uint32_t PLATFORM_TEXT_MAX = 65536; // more is no length of a name
+constexpr uint32_t FRAME_SIZE_DEFAULT = 9198;
+constexpr uint32_t SWITCH_MODE_AUTO_TRUNK = 3; // the platform's
+constexpr uint32_t PORT_MODE_TRUNK = 8;        // the documents'
+
+int generalResult(int platformResult);
+uint32_t lengthHeld(uint32_t length);
+
+// Read a text through a descriptor of `capacity` (at most TEXT_SIZE) bytes into `out`; the platform's result, `out`
+// untouched on failure.
+template <typename CALL> int textRead(char *out, size_t size, uint32_t capacity, CALL call);
+
+void macText(const uint8_t mac[6], char separator, char text[18]);
+bool trunkRowParse(const char *line, char name[10]);
+} // namespace
+
+// ---- interfaces
+// ------------------------------------------------------------------------------------------------------
+
+int swapiIfFirstGet(CLIENT_HANDLE_T *clientHandle, uint32_t type, uint32_t *ifNum)
+{
+    int result = openapiIfFirstGet(clientHandle, type, ifNum);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get first physical interface. result = %d\r\n", result);
+    return result;
+}
+
+int swapiIfNextGet(CLIENT_HANDLE_T *clientHandle, uint32_t type, uint32_t ifNum, uint32_t *nextIfNum)
+{
+    return openapiIfNextGet(clientHandle, type, ifNum, nextIfNum);
+}
+
+uint32_t ifCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t type)
+{
+    uint32_t count = 0;
+    for (IF_WALK_T walk = ifWalkStart(clientHandle, type); walk.valid; ifWalkNext(&walk))
+        count++;
+    return count;
+}
+
+int swapiIfTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *type)
+{
+    int result = openapiIfTypeGet(clientHandle, ifNum, type);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get interface type. interface=%d result = %d\r\n", ifNum, result);
+    return generalResult(result);
+}
+
+int ifDisplayNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char text[12])
+{
+    uint32_t type = 0;
+    if (openapiIfTypeGet(clientHandle, ifNum, &type) != OPENCLT_OK)
+        return RESULT_FAILED;
+    if (type == OPENCLT_IF_PHYSICAL) {
+        openclt_usp_t usp;
+        if (ifUnitSlotPortGet(clientHandle, ifNum, &usp) != RESULT_OK)
+            return RESULT_FAILED;
+        snprintf(text, 12, "%d/%d/%d", usp.unit, usp.slot, usp.port);
+        return RESULT_OK;
+    }
+    uint32_t first = 0;
+    if (type != OPENCLT_IF_LAG || openapiIfFirstGet(clientHandle, OPENCLT_IF_LAG, &first) != OPENCLT_OK)
+        return RESULT_FAILED;
+    snprintf(text, 12, "lag %u", lagNumber(ifNum, first));
+    return RESULT_OK;
+}
+
+int ifUnitSlotPortGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_usp_t *usp)
+{
+    *usp = {};
+    return generalResult(rpcclt_openapiHashIntfUnitSlotPortGet(clientHandle, ifNum, usp));
+}
+
+int ifSpeedGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *speed)
+{
+    int result = openapiIfSpeedGet(clientHandle, ifNum, speed);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get speed of physical interface. (result = %d)\n", result);
+    return generalResult(result);
+}
+
+int ifMaxFrameSizeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *size)
+{
+    uint32_t frame = 0;
+    uint32_t header = 0;
+    int frameResult = openapiIfMaxFrameSizeGet(clientHandle, ifNum, &frame);
+    if (frameResult != OPENCLT_OK) {
+        LOG_ERROR("Bad return code trying to get max frame size of physical interface. (result = %d)\n", frameResult);
+        frame = 0;
+    }
+    int headerResult = rpcclt_openapiIfEthernetHeaderSizeGet(clientHandle, &header);
+    if (headerResult != OPENCLT_OK) {
+        LOG_ERROR("Bad return code trying to get max frame size of physical interface. (result = %d)\n", headerResult);
+        header = 0;
+    }
+    bool obtained = frame > header;
+    *size = obtained ? frame - header : FRAME_SIZE_DEFAULT;
+    return obtained && headerResult == OPENCLT_OK ? RESULT_OK : RESULT_FAILED;
+}
+
+int ifNumByNameGet(CLIENT_HANDLE_T *clientHandle, const char *name, uint32_t *ifNum)
+{
+    char bytes[TEXT_SIZE];
+    textCopy(bytes, sizeof bytes, name);
+    openclt_buffer_t buffer = {static_cast<uint32_t>(strlen(bytes) + 1), bytes};
+    return rpcclt_openapiIfNumGet(clientHandle, &buffer, ifNum);
+}
+
+int ifNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char *name, size_t size)
+{
+    name[0] = '\0';
+    return textRead(name, size, TEXT_SIZE,
+                    [=](openclt_buffer_t *buffer) { return openapiIfNameGet(clientHandle, ifNum, buffer); });
+}
+
+// ---- system
+// ----------------------------------------------------------------------------------------------------------
+
+int unitCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t *count)
+{
+    *count = 0;
+    for (UNIT_WALK_T walk = unitWalkStart(clientHandle); walk.valid; unitWalkNext(&walk))
+        (*count)++;
+    return RESULT_OK;
+}
+
+int systemNameGet(CLIENT_HANDLE_T *clientHandle, char text[256])
+{
+    uint32_t size = 0;
+    if (rpcclt_openapiSystemNameMaxSizeGet(clientHandle, &size) != OPENCLT_OK)
+        return RESULT_FAILED;
+    size = lengthHeld(size);
+    OWNED_ARRAY<char> bytes = ownedArray<char>(size + 1);
+    if (bytes == nullptr)
+        return RESULT_FAILED;
+    openclt_buffer_t buffer = {size, bytes.get()};
+    if (rpcclt_openapiSystemNameGet(clientHandle, &buffer) != OPENCLT_OK)
+        return RESULT_FAILED;
+    textCopy(text, 256, bytes.get());
+    return RESULT_OK;
+}
+
+int machineModelGet(CLIENT_HANDLE_T *clientHandle, char text[256])
+{
+    return generalResult(textRead(text, 256, TEXT_SIZE, [=](openclt_buffer_t *buffer) {
+        return rpcclt_openapiSystemRegMachineModelGet(clientHandle, buffer);
+    }));
+}
+
+int bootCodeVersionGet(CLIENT_HANDLE_T *clientHandle, char text[17])
+{
+    return generalResult(textRead(
+        text, 17, 17, [=](openclt_buffer_t *buffer) { return rpcclt_openapiBootCodeVersion(clientHandle, buffer); }));
+}
+
+int servicePortAddressAndMacGet(CLIENT_HANDLE_T *clientHandle, char ip[16], char mac[18], char separator)
+{
+    uint32_t address = 0;
+    uint32_t mask = 0;
+    if (rpcclt_openapiServicePortIPv4AddrGet(clientHandle, &address, &mask) != OPENCLT_OK)
+        return RESULT_FAILED;
+    ipv4Text(address, ip);
+    uint8_t bytes[6] = {};
+    openclt_buffer_t buffer = {sizeof bytes, reinterpret_cast<char *>(bytes)};
+    if (rpcclt_openapiSystemMacAddrGet(clientHandle, &buffer) != OPENCLT_OK)
+        return RESULT_FAILED;
+    macText(bytes, separator, mac);
+    return RESULT_OK;
+}
+
+int fanModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t *mode)
+{
+    static constexpr uint32_t MODES[] = {0, 0, 3, 1, 2}; // by the platform's code
+    *mode = 0;
+    uint32_t code = 0;
+    int result = rpcclt_openapiBoxsFanControlModeGet(clientHandle, &code);
+    if (result == OPENCLT_OK && code < sizeof MODES / sizeof MODES[0])
+        *mode = MODES[code];
+    return generalResult(result);
+}
+
+void uiVersionGet(char text[20])
+{
+    textCopy(text, 20, "2.2.16.19");
+}
+
+int stackUnitMgrPreconfigModelIdGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, char model[256])
+{
+    model[0] = '\0';
+    int result = textRead(model, 256, TEXT_SIZE, [=](openclt_buffer_t *buffer) {
+        return rpcclt_openapiUnitMgrPreconfigModelIdGet(clientHandle, unit, buffer);
+    });
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get the unit's pre-configured model identifier. (result = %d)\n", result);
+    LOG_DEBUG("stackUnitMgrPreconfigModelIdGet: result = %d, model = %s\r\n", result, model);
+    return generalResult(result);
+}
+
+int boxsSfpTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *sfpType)
+{
+    *sfpType = 0;
+    int result = rpcclt_openapiBoxsSfpTypeGet(clientHandle, ifNum, sfpType);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get boxs sfp type. interface=%d result = %d\r\n", ifNum, result);
+    return generalResult(result);
+}
+
+// ---- switch-port modes and VLANs
+// -------------------------------------------------------------------------------------
+
+int dot1qSwPortAutoTrunkStatusGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *status)
+{
+    uint32_t mode = 0;
+    int result = rpcclt_openapiDot1qSwPortModeGet(clientHandle, ifNum, &mode);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Could not get DOT1Q Port Mode. Mode = %u, Error = %d\n", mode, result);
+    *status = result == OPENCLT_OK && mode == SWITCH_MODE_AUTO_TRUNK ? 1 : 0;
+    return result;
+}
+
+int swPortsModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t *modes, uint32_t length)
+{
+    memset(modes, 0, length * sizeof *modes);
+    SHOW_FILE_T show;
+    int result = showFileRun(&show, clientHandle,
+                             {__func__, "show interfaces switchport trunk", PATH_SHOW_TRUNK, SHOW_NAME_RANDOM,
+                              SHOW_AFTER_REMOVE, SHOW_OPEN_UPPER});
+    if (result != RESULT_OK)
+        return result == RESULT_FAILED ? RESULT_OK : result;
+
+    char line[CLI_LINE_SIZE];
+    if (!showFileSkipTo(&show, "---------", line, sizeof line))
+        return RESULT_OK;
+    while (showFileLine(&show, line, sizeof line)) {
+        char name[10];
+        uint32_t ifNum = 0;
+        if (trunkRowParse(line, name) && ifNumByNameGet(clientHandle, name, &ifNum) == OPENCLT_OK && ifNum < length)
+            modes[ifNum] = PORT_MODE_TRUNK;
+    }
+    return RESULT_OK;
+}
+
+int vlanNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t vlanId, char **name)
+{
+    *name = nullptr;
+    uint32_t length = 0;
+    int result = rpcclt_openapiVlanNameLenGet(clientHandle, &length);
+    if (result != OPENCLT_OK) {
+        LOG_ERROR("Bad return code trying to get VLAN Name Length. (result = %d)\r\n", result);
+        return RESULT_FAILED;
+    }
+    length = lengthHeld(length);
+    OWNED_ARRAY<char> bytes = ownedArray<char>(length + 1);
+    if (bytes == nullptr) {
+        LOG_ERROR("Could not allocate memory.\r\n");
+        return RESULT_INVALID_POINTER;
+    }
+    openclt_buffer_t buffer = {length, bytes.get()};
+    result = rpcclt_openapiVlanNameGet(clientHandle, vlanId, &buffer);
+    if (result != OPENCLT_OK) {
+        LOG_ERROR("Bad return code trying to get VLAN %u name. (result = %d)\n", vlanId, result);
+        return RESULT_FAILED;
+    }
+    *name = bytes.release();
+    return RESULT_OK;
+}
+
+int swapiVlanIfPvidGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *pvid)
+{
+    int result = openapiVlanIfPvidGet(clientHandle, ifNum, pvid);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get PVID. (result = %d)\n", result);
+    return generalResult(result);
+}
+
+int swapiDot1qSwPortTaggedVlanListGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_vlan_list_t *list)
+{
+    list->count = 0;
+    openclt_buffer_t buffer = {sizeof *list, reinterpret_cast<char *>(list)};
+    int result = rpcclt_openapiDot1qSwPortTaggedVlanListGet(clientHandle, ifNum, &buffer);
+    if (result != OPENCLT_OK) {
+        LOG_ERROR("Bad return code trying to get rhe tagged vlan list. (result = %d)\n", result);
+        list->count = 0;
+    }
+    if (list->count > OPENCLT_VLAN_LIST_MAX)
+        list->count = OPENCLT_VLAN_LIST_MAX;
+    return generalResult(result);
+}
+
+// ---- PoE
+// -------------------------------------------------------------------------------------------------------------
+
+int poeIsSupported(CLIENT_HANDLE_T *clientHandle, uint32_t *supported)
+{
+    *supported = 0;
+    for (UNIT_WALK_T walk = unitWalkStart(clientHandle); walk.valid && *supported != 1; unitWalkNext(&walk)) {
+        int result = rpcclt_openapiPoeIsSupported(clientHandle, walk.unit, supported);
+        if (result != OPENCLT_OK)
+            LOG_ERROR("Bad return code trying to check if PoE is supported on this platform. (result = %d)\n", result);
+    }
+    return RESULT_OK;
+}
+
+bool poeIsValidInterface(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t ifNum)
+{
+    uint32_t valid = 0;
+    return rpcclt_openapiPoeIsValidInterface(clientHandle, unit, ifNum, &valid) == OPENCLT_OK;
+}
+
+int poePseMainConsumptionPowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power)
+{
+    *power = 0;
+    int result = rpcclt_openapiPoePseMainConsumptionPowerGet(clientHandle, unit, power);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get PoE power consumed for unit %u. (result = %d)\n", unit, result);
+    return generalResult(result);
+}
+
+int poePseTotalAvailablePowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power)
+{
+    *power = 0;
+    int result = rpcclt_openapiPoePseTotalAvailablePowerGet(clientHandle, unit, power);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get PoE total available power for unit %u. (result = %d)\n", unit, result);
+    return generalResult(result);
+}
+
+int poePseThresholdPowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power)
+{
+    int result = rpcclt_openapiPoePseThresholdPowerGet(clientHandle, unit, power);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get PoE threshold power for unit %u. (result = %d)\n", unit, result);
+    return RESULT_OK;
+}
+
+// ---- LAG
+// -------------------------------------------------------------------------------------------------------------
+
+int swapiLagNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char *name, size_t size)
+{
+    uint32_t capacity = size < TEXT_SIZE ? static_cast<uint32_t>(size) : TEXT_SIZE;
+    int result = textRead(name, size, capacity, [=](openclt_buffer_t *buffer) {
+        return rpcclt_openapiLagNameGet(clientHandle, ifNum, buffer);
+    });
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get the name for the LAG interface=%d. (result = %d)\n", ifNum, result);
+    return generalResult(result);
+}
+
+int swapiLagStaticModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode)
+{
+    int result = rpcclt_openapiLagStaticModeGet(clientHandle, ifNum, mode);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to the static mode for the LAG interface=%d. (result = %d)\n", ifNum, result);
+    return generalResult(result);
+}
+
+int swapiLagLoadBalanceModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode)
+{
+    int result = rpcclt_openapiLagLoadBalanceModeGet(clientHandle, ifNum, mode);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get the hashmode for the LAG interface=%d. (result = %d)\n", ifNum,
+                  result);
+    return generalResult(result);
+}
+
+int lagMaxMemberCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t *count)
+{
+    *count = 0;
+    int result = rpcclt_openapiLagMaxMemberCountGet(clientHandle, count);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get the maximum member count of a LAG. (result = %d)\n", result);
+    return generalResult(result);
+}
+
+// ---- 802.1X and spanning tree
+// ----------------------------------------------------------------------------------------
+
+int swapiDot1xPortControlModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode)
+{
+    int result = rpcclt_openapiAuthMgrPortControlModeGet(clientHandle, ifNum, mode);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get port(%d) control mode (result = %d)\n", ifNum, result);
+    return result;
+}
+
+int swapiDot1xPortStatusGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *status)
+{
+    uint32_t code = 0;
+    int result = rpcclt_openapiAuthMgrPortStatusGet(clientHandle, ifNum, &code);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get port(%d) dot1x status (result = %d)\n", ifNum, result);
+    else
+        *status = code == 1 || code == 2 ? code : 3;
+    return result;
+}
+
+int swapiDot1SMSTInstancePriorityGet(CLIENT_HANDLE_T *clientHandle, uint32_t instance, uint16_t *priority)
+{
+    int result = rpcclt_openapiDot1SMSTInstancePriorityGet(clientHandle, instance, priority);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Bad return code trying to get Spanning Tree Instance Priority. (result = %d)\n", result);
+    else
+        LOG_DEBUG("Spanning Tree Instance Priority for instance %u: %u \n", instance, *priority);
+    return result;
+}
+
+namespace {
+int generalResult(int platformResult)
+{
+    return platformResult == OPENCLT_OK ? RESULT_OK : RESULT_FAILED;
+}
+
+uint32_t lengthHeld(uint32_t length)
+{
+    return length < PLATFORM_TEXT_MAX ? length : PLATFORM_TEXT_MAX;
+}
+
+template <typename CALL> int textRead(char *out, size_t size, uint32_t capacity, CALL call)
+{
+    char bytes[TEXT_SIZE + 1] = {}; // terminated whatever the platform writes
+    openclt_buffer_t buffer = {capacity, bytes};
+    int result = call(&buffer);
+    if (result == OPENCLT_OK)
+        textCopy(out, size, bytes);
+    return result;
+}
+
+void macText(const uint8_t mac[6], char separator, char text[18])
+{
+    bool printable = separator >= ' ' && separator <= '~';
+    char *out = text;
+    for (int i = 0; i < 6; i++) {
+        if (i > 0 && printable)
+            *out++ = separator;
+        out += snprintf(out, 3, "%02X", mac[i]);
+    }
+}
+
+/*
+ *           1         2         3         4
+ * 01234567890123456789012345678901234567890123
+ * 1/0/1     Auto                          No
+ * 1/0/49    Trunk                         Yes          (the word after column 38)
+ */
+bool trunkRowParse(const char *line, char name[10])
+{
+    char trunk[CLI_LINE_SIZE];
+    const char *cursor = line;
+    if (!columnTake(&cursor, 9, name, 10) || !columnTake(&cursor, 29, nullptr, 0) ||
+        !columnWord(cursor, 0, trunk, sizeof trunk))
+        return false;
+    strTrimRight(name);
+    return strstr(trunk, "Yes") != nullptr;
+}
+} // namespace
