@@ -11,10 +11,10 @@
 
 // How a builder gives its payload. All return 0 on success.
 enum BUILDER_KIND : int {
-    BUILDER_TEXT,    // *out becomes a newly allocated JSON text, which the caller frees
-    BUILDER_BUFFER,  // fills a zeroed buffer of the given size with a terminated JSON text
-    BUILDER_OBJECT,  // adds its members to a given object
-    BUILDER_WRITES,  // writes its own records into the cache
+    BUILDER_TEXT,   // *out becomes a newly allocated JSON text, which the caller frees
+    BUILDER_BUFFER, // fills a zeroed buffer of the given size with a terminated JSON text
+    BUILDER_OBJECT, // adds its members to a given object
+    BUILDER_WRITES, // writes its own records into the cache
 };
 
 using BUILDER_TEXT_T = int (*)(CLIENT_HANDLE_T *clientHandle, char **out);

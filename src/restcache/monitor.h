@@ -4,8 +4,8 @@
 #include <cstdint>
 
 // Task entry. Registers the client, creates the cache, waits for the VLAN profile database, writes the start-up
-// documents, runs cycle 1, arms the timer, and runs a cycle per timer event for ever. Returns only when the client cannot
-// be registered.
+// documents, runs cycle 1, arms the timer, and runs a cycle per timer event for ever. Returns only when the client
+// cannot be registered.
 void AgentRestMonitor(intptr_t argument);
 
 // One refresh cycle: every document that is due, in the order of the cadence table.
