@@ -13,6 +13,7 @@
 #include "runtime/clock.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
+#include "runtime/process_state.h"
 
 #include <atomic>
 #include <cstdarg>
@@ -28,6 +29,7 @@ constexpr int64_t ROTATE_BYTES = 1048576; // a total above it rotates
 constexpr off_t LEVEL_FILE_SIZE = 4;
 constexpr const char *LEVEL_NAMES[] = {"", "", "", "ERROR", "WARN", "NOTICE", "INFO", "DEBUG"};
 
+static void logReset();
 static void logClose();
 static void levelFileOpen();
 static void logFileOpen();
@@ -53,6 +55,7 @@ struct LOG_STATE_T {
     char processName[64] = "";
 };
 static LOG_STATE_T logState;
+static PROCESS_STATE_T logProcessState(logReset);
 
 void LogInit(int options, int facility, const char *ident)
 {
@@ -99,6 +102,14 @@ void LogWrite(int level, const char *format, ...)
 bool LogEnabled(int level)
 {
     return level <= thresholdGet();
+}
+
+static void logReset()
+{
+    logClose();
+    logState.options = -1;
+    logState.facility = -1;
+    logState.ident = nullptr;
 }
 
 // Close what an earlier LogInit and its first write opened.

@@ -20,8 +20,8 @@ void OsSignalHandler(int signalNumber);
 // task of that name exists, to that one's id with result -1. An empty name is refused.
 [[nodiscard]] int OsTaskCreate(const char *name, OS_TASK_ENTRY entry, intptr_t argument, uint32_t *taskId);
 
-// End a task and free its slot. Deleting oneself does not return; another task is cancelled and joined first, then its
-// locks are destroyed (a cancelled OsEventWait lets go of its lock).
+// End a task and free its slot. Deleting oneself does not return; another task is cancelled and joined first (a cancelled
+// OsEventWait lets go of its lock). -1 for an id that has no running task, or whose task is being ended already.
 int OsTaskDelete(uint32_t taskId);
 
 // Id of the calling task; -1 for a thread that is none, *taskId untouched.
