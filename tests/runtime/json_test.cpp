@@ -1,0 +1,93 @@
+// Documents: complete or not printed at all, whatever allocation fails; files that load and files that do not.
+#include "runtime/json.h"
+
+#include "support/alloc.h"
+#include "support/root.h"
+
+#include <gtest/gtest.h>
+
+static OWNED_JSON sampleBuild()
+{
+    jsonBuildBegin();
+    OWNED_JSON root(cJSON_CreateObject());
+    jsonAddNumber(root.get(), "n", 1.5);
+    jsonAddText(root.get(), "t", "text");
+    jsonAddBool(root.get(), "b", true);
+    cJSON *inner = jsonAddObject(root.get(), "o");
+    jsonAddNumber(inner, "i", 2);
+    jsonAddItem(root.get(), "x", OWNED_JSON(cJSON_CreateNull()));
+    cJSON *array = jsonAddArray(root.get(), "a");
+    jsonAppendNumber(array, 3);
+    jsonAppendText(array, "four");
+    jsonAddNumber(jsonAppendObject(array), "five", 5);
+    return root;
+}
+
+static const char *const SAMPLE = R"({"n":1.5,"t":"text","b":true,"o":{"i":2},"x":null,"a":[3,"four",{"five":5}]})";
+
+TEST(Json, EachFailingAllocationGivesNoTextAndTheNextDocumentIsWhole)
+{
+    TEST_ROOT_T root;
+    bool failed = true;
+    for (int n = 0; failed; n++) {
+        ASSERT_LT(n, 1000);
+        logClear();
+        allocFailAt(n, ALLOC_CJSON);
+        OWNED_JSON tree = sampleBuild();
+        char *text = nullptr;
+        int result = jsonToStr(tree.get(), JSON_COMPACT, &text);
+        failed = allocFailStop();
+        OWNED_TEXT owned(text);
+        EXPECT_EQ(result, failed ? 10000 : 0) << n;
+        EXPECT_STREQ(text, failed ? nullptr : SAMPLE) << n;
+        EXPECT_EQ(logText(), failed ? "(ERROR) jsonToStr: Response error\n" : "") << n;
+        OWNED_JSON again = sampleBuild();
+        OWNED_TEXT whole(jsonPrint(again.get(), JSON_COMPACT));
+        EXPECT_STREQ(whole.get(), SAMPLE) << n;
+    }
+}
+
+TEST(Json, MarkLastsUntilTheDocumentIsPrintedOrBegunAnew)
+{
+    jsonBuildBegin();
+    OWNED_JSON tree(cJSON_CreateObject());
+    jsonAddNumber(nullptr, "lost", 1);
+    EXPECT_TRUE(jsonIncomplete());
+    EXPECT_EQ(jsonPrint(tree.get(), JSON_FORMATTED), nullptr);
+    OWNED_TEXT text(jsonPrint(tree.get(), JSON_FORMATTED));
+    EXPECT_STREQ(text.get(), "{\n}");
+    jsonAppend(nullptr, OWNED_JSON(cJSON_CreateTrue()));
+    EXPECT_EQ(jsonAppendObject(nullptr), nullptr);
+    jsonBuildBegin();
+    EXPECT_FALSE(jsonIncomplete());
+}
+
+struct FILE_CASE_T {
+    const char *content; // null: no file
+    const char *parsed;  // null: nothing is loaded
+};
+
+TEST(Json, FileLoads)
+{
+    TEST_ROOT_T root;
+    std::string path = root.dir + "/file.json";
+    for (FILE_CASE_T row : {FILE_CASE_T{nullptr, nullptr},
+                            {"", nullptr},
+                            {"{\"a\":", nullptr},
+                            {"\n", nullptr},
+                            {"[1]\n", "[1]"},
+                            {" {\"a\":{}} ", "{\"a\":{}}"}}) {
+        remove(path.c_str());
+        if (row.content != nullptr)
+            fileWrite(path, row.content);
+        OWNED_JSON tree = jsonFileLoad(path.c_str());
+        OWNED_TEXT text(tree ? cJSON_PrintUnformatted(tree.get()) : nullptr);
+        EXPECT_STREQ(text.get(), row.parsed) << (row.content == nullptr ? "(none)" : row.content);
+    }
+    EXPECT_EQ(jsonFileLoad(root.dir.c_str()), nullptr);
+
+    fileWrite(path, "[1]");
+    allocFailAt(0, ALLOC_OWN);
+    EXPECT_EQ(jsonFileLoad(path.c_str()), nullptr);
+    EXPECT_TRUE(allocFailStop());
+}
