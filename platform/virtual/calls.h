@@ -75,7 +75,7 @@ inline bool vsMacBytes(const std::string &text, uint8_t bytes[VS_MAC_BYTES])
 // ---- reading one object
 // ----------------------------------------------------------------------------------------------
 
-template <typename OBJECT, typename READ> auto vsRead(const VS_CALL_T &call, const OBJECT &object, READ read)
+template <typename OBJECT, typename READ> auto vsReadOf(const VS_CALL_T &call, const OBJECT &object, READ read)
 {
     if constexpr (std::is_invocable_v<READ, const OBJECT &>) {
         return std::invoke(read, object);
@@ -93,7 +93,7 @@ int vsNumberOf(const VS_CALL_T &call, const void *handle, const OBJECT *object, 
     if (object == nullptr) {
         return OPENCLT_NOT_FOUND;
     }
-    *value = static_cast<VALUE>(vsRead(call, *object, read));
+    *value = static_cast<VALUE>(vsReadOf(call, *object, read));
     return OPENCLT_OK;
 }
 
@@ -103,12 +103,12 @@ int vsTextOf(const VS_CALL_T &call, const void *handle, const OBJECT *object, op
     if (handle == nullptr || !vsUsable(text)) {
         return OPENCLT_PARAM;
     }
-    return object == nullptr ? OPENCLT_NOT_FOUND : vsTextOut(vsRead(call, *object, read), text);
+    return object == nullptr ? OPENCLT_NOT_FOUND : vsTextOut(vsReadOf(call, *object, read), text);
 }
 
 // Number or text of the object with this key.
 template <typename OBJECT, typename VALUE, typename READ>
-int vsNumber(const char *name, const void *handle, uint32_t key, VALUE *value, READ read)
+int vsNumberGet(const char *name, const void *handle, uint32_t key, VALUE *value, READ read)
 {
     VS_CALL_T call(name, key);
     if (call.result != OPENCLT_OK) {
@@ -118,7 +118,7 @@ int vsNumber(const char *name, const void *handle, uint32_t key, VALUE *value, R
 }
 
 template <typename OBJECT, typename READ>
-int vsText(const char *name, const void *handle, uint32_t key, openclt_buffer_t *text, READ read)
+int vsTextGet(const char *name, const void *handle, uint32_t key, openclt_buffer_t *text, READ read)
 {
     VS_CALL_T call(name, key);
     if (call.result != OPENCLT_OK) {

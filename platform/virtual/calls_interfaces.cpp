@@ -1,9 +1,10 @@
-// calls_interfaces.cpp - client calls about physical ports and LAGs: walks, names, states, media and counters.
-//
-// A fan-out port that is not in use, and every port of a unit that is away, stays in the walks but is detached.
 #include "calls.h"
 
 #include <cstdio>
+
+// Client calls about physical ports and LAGs: walks, names, states, media and counters.
+//
+// A fan-out port that is not in use, and every port of a unit that is away, stays in the walks but is detached.
 
 namespace {
 
@@ -91,15 +92,15 @@ int openapiIfNextGet(openclt_handle_t *handle, uint32_t type, uint32_t ifNum, ui
 
 int openapiIfTypeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *type)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, type,
-                                    [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double) {
-                                        return vsPort(state, interface.ifNum) ? OPENCLT_IF_PHYSICAL : OPENCLT_IF_LAG;
-                                    });
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, type,
+                                       [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double) {
+                                           return vsPort(state, interface.ifNum) ? OPENCLT_IF_PHYSICAL : OPENCLT_IF_LAG;
+                                       });
 }
 
 int openapiIfNameGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *name)
 {
-    return vsText<VS_INTERFACE_T>(
+    return vsTextGet<VS_INTERFACE_T>(
         __func__, handle, ifNum, name, [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double) {
             const VS_PORT_T *port = vsPort(state, interface.ifNum);
             return port != nullptr ? vsPortName(*port) : vsLagName(*vsLag(state, interface.ifNum));
@@ -130,12 +131,12 @@ int rpcclt_openapiIfNumGet(openclt_handle_t *handle, openclt_buffer_t *name, uin
 
 int rpcclt_openapiIfDescrGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *description)
 {
-    return vsText<VS_INTERFACE_T>(__func__, handle, ifNum, description, &VS_INTERFACE_T::description);
+    return vsTextGet<VS_INTERFACE_T>(__func__, handle, ifNum, description, &VS_INTERFACE_T::description);
 }
 
 int rpcclt_openapiHashIntfUnitSlotPortGet(openclt_handle_t *handle, uint32_t ifNum, openclt_usp_t *usp)
 {
-    return vsNumber<VS_PORT_T>(__func__, handle, ifNum, usp, [](const VS_PORT_T &port) {
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, usp, [](const VS_PORT_T &port) {
         return openclt_usp_t{static_cast<uint8_t>(port.unit), static_cast<uint8_t>(port.slot),
                              static_cast<uint16_t>(port.port)};
     });
@@ -147,27 +148,27 @@ int rpcclt_openapiHashIntfUnitSlotPortGet(openclt_handle_t *handle, uint32_t ifN
 // What a link would use is known only while it is up.
 int openapiIfSpeedGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *speed)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, speed,
-                                    [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now) {
-                                        return vsInterfaceUp(state, interface, now) ? interface.speed : SPEED_AUTO;
-                                    });
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, speed,
+                                       [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now) {
+                                           return vsInterfaceUp(state, interface, now) ? interface.speed : SPEED_AUTO;
+                                       });
 }
 
 int openapiIfLinkStateGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *state)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, state, linkState);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, state, linkState);
 }
 
 int openapiIfAdminStateGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *state)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, state, [](const VS_INTERFACE_T &interface) {
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, state, [](const VS_INTERFACE_T &interface) {
         return interface.adminUp ? STATE_ON : STATE_OFF;
     });
 }
 
 int openapiIfOprStateGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *state)
 {
-    return vsNumber<VS_INTERFACE_T>(
+    return vsNumberGet<VS_INTERFACE_T>(
         __func__, handle, ifNum, state, [](const VS_STATE_T &record, const VS_INTERFACE_T &interface, double now) {
             bool forwards = !interface.stpEnabled || interface.stpState == VS_STP_FORWARDING;
             return vsInterfaceUp(record, interface, now) && forwards ? STATE_ON : STATE_OFF;
@@ -176,17 +177,17 @@ int openapiIfOprStateGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *sta
 
 int openapiIfAutoNegGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
 {
-    return vsNumber<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::autoNeg);
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::autoNeg);
 }
 
 int openapiIfMaxFrameSizeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *bytes)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, bytes, &VS_INTERFACE_T::frameSize);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, bytes, &VS_INTERFACE_T::frameSize);
 }
 
 int rpcclt_openapiIfStatusGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *status)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, status, attached);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, status, attached);
 }
 
 int rpcclt_openapiIfEthernetHeaderSizeGet(openclt_handle_t *handle, uint32_t *bytes)
@@ -196,23 +197,23 @@ int rpcclt_openapiIfEthernetHeaderSizeGet(openclt_handle_t *handle, uint32_t *by
 
 int rpcclt_openapiFlowControlIfModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
 {
-    return vsNumber<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::flowControl);
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::flowControl);
 }
 
 int rpcclt_openapiStormControlIntfModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t stormType, uint32_t *mode)
 {
     constexpr uint32_t BROADCAST = 2;
-    return vsNumber<VS_PORT_T>(__func__, handle, ifNum, mode, [stormType](const VS_PORT_T &port) {
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, mode, [stormType](const VS_PORT_T &port) {
         return stormType == BROADCAST && port.stormControl;
     });
 }
 
 int rpcclt_openapiStatGet(openclt_handle_t *handle, uint32_t counter, uint32_t ifNum, uint64_t *value)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, value,
-                                    [counter](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now) {
-                                        return counterOf(state, interface, counter, now);
-                                    });
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, value,
+                                       [counter](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now) {
+                                           return counterOf(state, interface, counter, now);
+                                       });
 }
 
 // ---- media
@@ -220,8 +221,8 @@ int rpcclt_openapiStatGet(openclt_handle_t *handle, uint32_t counter, uint32_t i
 
 int rpcclt_openapiBoxsSfpTypeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *sfpType)
 {
-    return vsNumber<VS_PORT_T>(__func__, handle, ifNum, sfpType,
-                               [](const VS_PORT_T &port) { return port.optic.present ? port.optic.type : 0; });
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, sfpType,
+                                  [](const VS_PORT_T &port) { return port.optic.present ? port.optic.type : 0; });
 }
 
 int rpcclt_openapiBoxsSfpComplianceGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *compliance)

@@ -1,9 +1,11 @@
-// calls_misc.cpp - client calls about multicast, access lists, port mirroring and PTP.
 #include "calls.h"
+
 #include "show_layout.h"
 
 #include <cstring>
 #include <tuple>
+
+// Client calls about multicast, access lists, port mirroring and PTP.
 
 namespace {
 

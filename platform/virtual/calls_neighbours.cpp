@@ -1,12 +1,14 @@
-// calls_neighbours.cpp - client calls about neighbours: forwarding database, ARP table and LLDP remote devices.
-//
-// An entry that is away at the moment is passed over by the walks and not found by its key.
 #include "calls.h"
+
 #include "show_layout.h"
 
 #include <arpa/inet.h>
 #include <cstring>
 #include <tuple>
+
+// Client calls about neighbours: forwarding database, ARP table and LLDP remote devices.
+//
+// An entry that is away at the moment is passed over by the walks and not found by its key.
 
 namespace {
 

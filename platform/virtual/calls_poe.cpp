@@ -1,7 +1,8 @@
-// calls_poe.cpp - client calls about power over Ethernet and the time ranges that switch it.
+#include "calls.h"
+
+// Client calls about power over Ethernet and the time ranges that switch it.
 //
 // The readings of a port do not depend on the unit that the caller names with it: the interface number says which port.
-#include "calls.h"
 
 namespace {
 
@@ -115,7 +116,7 @@ int periodEnd(const char *call_name, void *handle, openclt_buffer_t *name, uint3
 
 int rpcclt_openapiPoeIsSupported(openclt_handle_t *handle, uint32_t unit, uint32_t *supported)
 {
-    return vsNumber<VS_UNIT_T>(__func__, handle, unit, supported, &VS_UNIT_T::poeSupported);
+    return vsNumberGet<VS_UNIT_T>(__func__, handle, unit, supported, &VS_UNIT_T::poeSupported);
 }
 
 int rpcclt_openapiPoePseMainConsumptionPowerGet(openclt_handle_t *handle, uint32_t unit, uint32_t *power)

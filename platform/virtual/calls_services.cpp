@@ -1,5 +1,6 @@
-// calls_services.cpp - client calls about link aggregation, spanning tree, 802.1X and RADIUS.
 #include "calls.h"
+
+// Client calls about link aggregation, spanning tree, 802.1X and RADIUS.
 
 namespace {
 
@@ -19,17 +20,17 @@ uint32_t forwardingState(const VS_STATE_T &state, const VS_INTERFACE_T &interfac
 
 int rpcclt_openapiLagNameGet(openclt_handle_t *handle, uint32_t lagIfNum, openclt_buffer_t *name)
 {
-    return vsText<VS_LAG_T>(__func__, handle, lagIfNum, name, &VS_LAG_T::name);
+    return vsTextGet<VS_LAG_T>(__func__, handle, lagIfNum, name, &VS_LAG_T::name);
 }
 
 int rpcclt_openapiLagStaticModeGet(openclt_handle_t *handle, uint32_t lagIfNum, uint32_t *mode)
 {
-    return vsNumber<VS_LAG_T>(__func__, handle, lagIfNum, mode, &VS_LAG_T::staticMode);
+    return vsNumberGet<VS_LAG_T>(__func__, handle, lagIfNum, mode, &VS_LAG_T::staticMode);
 }
 
 int rpcclt_openapiLagLoadBalanceModeGet(openclt_handle_t *handle, uint32_t lagIfNum, uint32_t *mode)
 {
-    return vsNumber<VS_LAG_T>(__func__, handle, lagIfNum, mode, &VS_LAG_T::hashMode);
+    return vsNumberGet<VS_LAG_T>(__func__, handle, lagIfNum, mode, &VS_LAG_T::hashMode);
 }
 
 int rpcclt_openapiLagMaxMemberCountGet(openclt_handle_t *handle, uint32_t *count)
@@ -77,7 +78,7 @@ int rpcclt_openapiDot1SMSTInstancePriorityGet(openclt_handle_t *handle, uint32_t
 
 int rpcclt_openapiDot1SIntfModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::stpEnabled);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::stpEnabled);
 }
 
 int rpcclt_openapiDot1SIntfPortFwdStateGet(openclt_handle_t *handle, uint32_t instance, uint32_t ifNum, uint32_t *state)
@@ -92,17 +93,17 @@ int rpcclt_openapiDot1SIntfPortFwdStateGet(openclt_handle_t *handle, uint32_t in
 
 int rpcclt_openapiDot1SIntfEdgePortModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::stpEdge);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::stpEdge);
 }
 
 int rpcclt_openapiDot1SIntfBPDUFilterModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::stpBpduFilter);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::stpBpduFilter);
 }
 
 int rpcclt_openapiDot1SPortRestrictedTcnGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *restricted)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, restricted, &VS_INTERFACE_T::stpTcnGuard);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, restricted, &VS_INTERFACE_T::stpTcnGuard);
 }
 
 // ---- 802.1X and RADIUS
@@ -120,12 +121,12 @@ int rpcclt_openapiAuthMgrAdminModeGet(openclt_handle_t *handle, uint32_t *mode)
 
 int rpcclt_openapiAuthMgrPortControlModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
 {
-    return vsNumber<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::dot1xControl);
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::dot1xControl);
 }
 
 int rpcclt_openapiAuthMgrPortStatusGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *status)
 {
-    return vsNumber<VS_PORT_T>(__func__, handle, ifNum, status, &VS_PORT_T::dot1xStatus);
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, status, &VS_PORT_T::dot1xStatus);
 }
 
 int rpcclt_openapiRadiusAuthServerPortNumGet(openclt_handle_t *handle, openclt_buffer_t *address, uint32_t addressType,

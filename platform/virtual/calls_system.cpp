@@ -1,7 +1,3 @@
-// calls_system.cpp - client calls about the session, the system as a whole, its units and cards, images and logging.
-//
-// Units that are away at the moment are no stack members and have no facts. The clock runs from the scenario's epoch,
-// in the scenario's time zone.
 #include "calls.h"
 
 #include <cmath>
@@ -9,13 +5,19 @@
 #include <cstring>
 #include <ctime>
 
+// Client calls about the session, the system as a whole, its units and cards, images and logging.
+//
+// Units that are away at the moment are no stack members and have no facts. The clock runs from the scenario's epoch,
+// in the scenario's time zone.
+
 namespace {
 
 constexpr size_t CLIENT_NAME_MAX = 99;
 constexpr uint32_t NAME_SIZE = 256; // of system and image file names
 
 // Card models by type code, from 1 up; 0 is an empty slot.
-constexpr const char *CARD_MODELS[] = {"QMD-K1", "QMD-K2", "QMD-K3", "QMD-K4", "QMD-K5", "QMD-K6", "QMD-K7", "QMD-K8"};
+constexpr const char *CARD_MODELS[] = {"QMD-K1", "QMD-K2", "QMD-K3", "QMD-K4", "QMD-K5",
+                                       "QMD-K6", "QMD-K7", "QMD-K8", "QMT-K9"};
 
 uint32_t cardCode(const std::string &model)
 {
@@ -176,7 +178,7 @@ int rpcclt_openapiUnitMgrNumberGet(openclt_handle_t *handle, uint32_t *unit)
 
 int rpcclt_openapiUnitMgrPreconfigModelIdGet(openclt_handle_t *handle, uint32_t unit, openclt_buffer_t *model)
 {
-    return vsText<VS_UNIT_T>(__func__, handle, unit, model, &VS_UNIT_T::model);
+    return vsTextGet<VS_UNIT_T>(__func__, handle, unit, model, &VS_UNIT_T::model);
 }
 
 int rpcclt_openapiCardTypeGet(openclt_handle_t *handle, uint32_t unit, uint32_t slot, uint32_t *cardType)
@@ -191,6 +193,9 @@ int rpcclt_openapiCardTypeGet(openclt_handle_t *handle, uint32_t unit, uint32_t 
         auto at = std::find_if(owner->slots.begin(), owner->slots.end(),
                                [slot](const VS_SLOT_T &row) { return row.slot == slot; });
         found = at == owner->slots.end() ? nullptr : &*at;
+    }
+    if (found != nullptr && !found->model.empty() && cardCode(found->model) == 0) {
+        return OPENCLT_FAIL; // a card that the platform has no code for
     }
     return vsNumberOf(call, handle, found, cardType, [](const VS_SLOT_T &row) { return cardCode(row.model); });
 }

@@ -1,9 +1,10 @@
-// calls_vlan.cpp - client calls about VLANs, routing interfaces and the service port.
-//
-// A routing interface has no record of its own: it is a VLAN that routes, numbered above every port and LAG.
 #include "calls.h"
 
 #include <cstddef>
+
+// Client calls about VLANs, routing interfaces and the service port.
+//
+// A routing interface has no record of its own: it is a VLAN that routes, numbered above every port and LAG.
 
 namespace {
 
@@ -33,7 +34,7 @@ const VS_VLAN_T *routingVlan(const VS_CALL_T &call, uint32_t rtrIfNum)
 
 int openapiVlanIfPvidGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *vlanId)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, vlanId, &VS_INTERFACE_T::pvid);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, vlanId, &VS_INTERFACE_T::pvid);
 }
 
 // An answer, not a result: a fault shows as the non-zero number that it is.
@@ -59,12 +60,12 @@ int rpcclt_openapiVlanNameLenGet(openclt_handle_t *handle, uint32_t *length)
 
 int rpcclt_openapiVlanNameGet(openclt_handle_t *handle, uint32_t vlanId, openclt_buffer_t *name)
 {
-    return vsText<VS_VLAN_T>(__func__, handle, vlanId, name, &VS_VLAN_T::name);
+    return vsTextGet<VS_VLAN_T>(__func__, handle, vlanId, name, &VS_VLAN_T::name);
 }
 
 int rpcclt_openapiDot1qSwPortModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
 {
-    return vsNumber<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::switchMode);
+    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::switchMode);
 }
 
 int rpcclt_openapiDot1qSwPortTaggedVlanListGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *list)
