@@ -7,9 +7,6 @@
 // by halving, since long tables are walked entry by entry. Everything that moves is a function of the record and the
 // time alone: no state, no random numbers, and no functions whose last digit depends on the machine.
 
-// The switch has been up for this long when the scenario's time begins, so that no counter starts from nothing.
-static constexpr double SECONDS_BEFORE_EPOCH = 3600;
-
 template <typename ROW, typename KEY, typename OF> static const ROW *find(const std::vector<ROW> &rows, KEY key, OF of)
 {
     auto at = std::lower_bound(rows.begin(), rows.end(), key, [&](const ROW &row, KEY k) { return of(row) < k; });
@@ -157,7 +154,7 @@ uint64_t vsCounter(const VS_INTERFACE_T &interface, uint32_t counter, double now
 {
     if (!interface.adminUp || !interface.linkUp)
         return 0;
-    double up = SECONDS_BEFORE_EPOCH + std::max(now, 0.0) - secondsOpen(interface.down, now);
+    double up = VS_SECONDS_BEFORE_EPOCH + std::max(now, 0.0) - secondsOpen(interface.down, now);
     double in = std::floor(static_cast<double>(interface.inRate) / 8 * up);
     double out = std::floor(static_cast<double>(interface.outRate) / 8 * up);
     auto perHour = [&](uint32_t events) {

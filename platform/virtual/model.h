@@ -310,6 +310,9 @@ std::string vsLagName(const VS_LAG_T &lag);
 
 // ---- what moves; `now` is seconds since the epoch ---------------------------------------------------------------------
 
+// The switch has been up for this long when the scenario's time begins, so that no counter starts from nothing.
+constexpr double VS_SECONDS_BEFORE_EPOCH = 3600;
+
 bool vsWindowOpen(const VS_WINDOW_T &window, double now);
 bool vsLinkUp(const VS_STATE_T &state, const VS_PORT_T &port, double now);  // attached, enabled, its unit present, not flapped down
 bool vsLagUp(const VS_STATE_T &state, const VS_LAG_T &lag, double now);     // some member is up

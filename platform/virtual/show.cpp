@@ -8,11 +8,7 @@
 // of show_*.cpp), lets injected faults spoil the text, and writes it to the file the client named. A command that
 // nothing answers fails and leaves no file.
 
-extern __attribute__((weak)) const VS_SHOW_ROW_T vsShowSystem[];
-extern __attribute__((weak)) const VS_SHOW_ROW_T vsShowPorts[];
-extern __attribute__((weak)) const VS_SHOW_ROW_T vsShowFeatures[];
-
-static const VS_SHOW_ROW_T *const TABLES[] = {vsShowSystem, vsShowPorts, vsShowFeatures};
+static const VS_SHOW_ROW_T *const TABLES[] = {vsShowSystem, vsShowPorts, vsShowTraffic, vsShowFeatures};
 
 // Whether a row answers a command; "show interface *" does so for one non-empty argument.
 static bool rowAnswers(const VS_SHOW_ROW_T &row, const std::string &command, std::string &argument)

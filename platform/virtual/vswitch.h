@@ -45,6 +45,7 @@ struct VS_SHOW_ROW_T {
 // Rows of each show_*.cpp, joined in show.cpp.
 extern const VS_SHOW_ROW_T vsShowSystem[];
 extern const VS_SHOW_ROW_T vsShowPorts[];
+extern const VS_SHOW_ROW_T vsShowTraffic[];
 extern const VS_SHOW_ROW_T vsShowFeatures[];
 // (each ends with a row whose command is null)
 
