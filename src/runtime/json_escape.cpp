@@ -1,0 +1,72 @@
+#include "runtime/json_escape.h"
+
+// Documents with a fixed spacing are printed by a format; the texts in them come from the wire and from files of other
+// programs, and must not end the string they stand in. Nothing is allocated here.
+
+#include <cstdio>
+#include <cstring>
+
+// Longest escape: "\u001f" with its terminator.
+constexpr size_t ESCAPE_SIZE = 7;
+
+static size_t sequenceLength(const char *text);
+static size_t characterEscape(char character, JSON_CONTROLS controls, char escape[ESCAPE_SIZE]);
+
+size_t jsonEscape(const char *text, JSON_CONTROLS controls, char *out, size_t size)
+{
+    size_t length = 0;
+
+    if (size == 0)
+        return 0;
+    while (*text != '\0') {
+        char escape[ESCAPE_SIZE];
+        size_t taken = sequenceLength(text);
+        size_t given = taken;
+        const char *piece = text;
+
+        if (taken == 1) {
+            given = characterEscape(*text, controls, escape);
+            piece = escape;
+        }
+        if (length + given >= size)
+            break;
+        memcpy(out + length, piece, given);
+        length += given;
+        text += taken;
+    }
+    out[length] = '\0';
+    return length;
+}
+
+// Bytes of the character at `text`: a lead byte with the continuation bytes that are really there, else 1.
+static size_t sequenceLength(const char *text)
+{
+    auto lead = static_cast<unsigned char>(text[0]);
+    size_t wanted = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : lead >= 0xc0 ? 2 : 1;
+    size_t length = 1;
+
+    while (length < wanted && (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80)
+        length++;
+    return length;
+}
+
+static size_t characterEscape(char character, JSON_CONTROLS controls, char escape[ESCAPE_SIZE])
+{
+    static const char special[] = "\"\\\b\f\n\r\t";
+    static const char letters[] = "\"\\bfnrt";
+    const char *found = strchr(special, character);
+
+    if (found != nullptr) {
+        escape[0] = '\\';
+        escape[1] = letters[found - special];
+        return 2;
+    }
+    if (static_cast<unsigned char>(character) < 0x20) {
+        if (controls == JSON_CONTROLS_DROP)
+            return 0;
+        snprintf(escape, ESCAPE_SIZE, "\\u%04x", static_cast<unsigned>(character));
+        return 6;
+    }
+    escape[0] = character;
+    return 1;
+}
