@@ -27,8 +27,10 @@ void logLevelSet(char digit);
 std::string cacheRead(const std::string &apiName);
 std::string changeList();
 
-// Text of a document without layout, for comparing content: cJSON_PrintUnformatted of its parse; "(not JSON)" otherwise.
+// Text of a document without layout, for comparing content: cJSON_PrintUnformatted of its parse; "(not JSON)"
+// otherwise.
 std::string compact(const std::string &json);
 
-// Seconds slept through ClockSleep since the root was made; the wall clock advances with them from 2026-03-01 08:00:00 UTC.
+// Seconds slept through ClockSleep since the root was made; the wall clock advances with them from 2026-03-01 08:00:00
+// UTC.
 unsigned sleptSeconds();
