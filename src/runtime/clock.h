@@ -6,8 +6,8 @@
 
 // Source of time of a process. Either pointer may be null: the system's is used then.
 struct CLOCK_SOURCE_T {
-    void (*now)(struct timespec *now);      // wall clock
-    void (*sleep)(uint32_t milliseconds);   // called instead of sleeping
+    void (*now)(struct timespec *now);    // wall clock
+    void (*sleep)(uint32_t milliseconds); // called instead of sleeping
 };
 
 // Replace the source (null: back to the system's). The record must outlive its use.

@@ -19,8 +19,8 @@ void jsonBuildBegin();
 void jsonAddNumber(cJSON *object, const char *key, double value);
 void jsonAddText(cJSON *object, const char *key, const char *text);
 void jsonAddBool(cJSON *object, const char *key, bool value);
-void jsonAddItem(cJSON *object, const char *key, OWNED_JSON item);  // takes the item, also when it fails
-cJSON *jsonAddObject(cJSON *object, const char *key);               // owned by `object`; null when it fails
+void jsonAddItem(cJSON *object, const char *key, OWNED_JSON item); // takes the item, also when it fails
+cJSON *jsonAddObject(cJSON *object, const char *key);              // owned by `object`; null when it fails
 cJSON *jsonAddArray(cJSON *object, const char *key);
 
 // Append one element to an array.

@@ -25,10 +25,10 @@ void LogWrite(int level, const char *format, ...) __attribute__((format(printf, 
 [[nodiscard]] bool LogEnabled(int level);
 
 // "[function:line] " before the message's own format. A level that is off costs one look at the threshold.
-#define LOG_AT(level, name, format, ...)                                                   \
-    do {                                                                                   \
-        if (LogEnabled(level))                                                             \
-            LogWrite((level), "[%s:%d] " format, (name), __LINE__ __VA_OPT__(, ) __VA_ARGS__); \
+#define LOG_AT(level, name, format, ...)                                                                               \
+    do {                                                                                                               \
+        if (LogEnabled(level))                                                                                         \
+            LogWrite((level), "[%s:%d] " format, (name), __LINE__ __VA_OPT__(, ) __VA_ARGS__);                         \
     } while (0)
 #define LOG_ERROR(...) LOG_AT(LOG_LEVEL_ERROR, __func__, __VA_ARGS__)
 #define LOG_WARN(...) LOG_AT(LOG_LEVEL_WARN, __func__, __VA_ARGS__)

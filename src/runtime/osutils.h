@@ -20,8 +20,9 @@ void OsSignalHandler(int signalNumber);
 // task of that name exists, to that one's id with result -1. An empty name is refused.
 [[nodiscard]] int OsTaskCreate(const char *name, OS_TASK_ENTRY entry, intptr_t argument, uint32_t *taskId);
 
-// End a task and free its slot. Deleting oneself does not return; another task is cancelled and joined first (a cancelled
-// OsEventWait lets go of its lock). -1 for an id that has no running task, or whose task is being ended already.
+// End a task and free its slot. Deleting oneself does not return; another task is cancelled and joined first (a
+// cancelled OsEventWait lets go of its lock). -1 for an id that has no running task, or whose task is being ended
+// already.
 int OsTaskDelete(uint32_t taskId);
 
 // Id of the calling task; -1 for a thread that is none, *taskId untouched.
@@ -31,7 +32,7 @@ int OsTaskDelete(uint32_t taskId);
 // of that name exists, *sem is that one and the result is -1. An empty name is refused.
 [[nodiscard]] int OsSemCreate(const char *name, int initialState, OS_SEM *sem);
 int OsSemGive(OS_SEM sem);
-[[nodiscard]] int OsSemTake(OS_SEM sem);  // waits without limit; an interrupted wait goes on
+[[nodiscard]] int OsSemTake(OS_SEM sem); // waits without limit; an interrupted wait goes on
 int OsSemDelete(OS_SEM sem);
 int OsSemDeleteByName(const char *name);
 
@@ -44,6 +45,6 @@ int OsEventWait(uint32_t taskId, uint32_t mask, int timeLimit, uint32_t *receive
 
 // Timers. The list's lock is made by the timer task (TmrListInit) before any task arms one.
 [[nodiscard]] int TmrListInit();
-int TmrStart(uint32_t taskId, uint32_t eventBits, uint32_t period);  // periodic, in ticks
+int TmrStart(uint32_t taskId, uint32_t eventBits, uint32_t period); // periodic, in ticks
 int TmrStop(uint32_t taskId, uint32_t eventBits);
 void TmrTick();

@@ -8,31 +8,31 @@
 
 enum PATH_ID : int {
     // files shared with other programs
-    PATH_LOG,             // log file
-    PATH_LOG_OLD,         // its old generation
-    PATH_LOG_LEVEL,       // level file
-    PATH_REST_DB,         // REST cache
-    PATH_REST_DELTA,      // change list
-    PATH_LOCK_DIR,        // lock files
-    PATH_WS_PID,          // process and thread id of the websocket server
-    PATH_FIBER_REQUEST,   // fiber-optics request stamp
-    PATH_VLANINFO_DB,     // VLAN profiles
-    PATH_OUI_DB,          // vendor OUIs
-    PATH_TEMPLATE_DIR,    // profile templates, ends with '/'
-    PATH_EXPORT_DIR,      // exported profiles, ends with '/'
-    PATH_CLOCK_CONFIG,    // persisted clock configuration
-    PATH_MANUAL_TRUNK,    // manual trunk ports
+    PATH_LOG,           // log file
+    PATH_LOG_OLD,       // its old generation
+    PATH_LOG_LEVEL,     // level file
+    PATH_REST_DB,       // REST cache
+    PATH_REST_DELTA,    // change list
+    PATH_LOCK_DIR,      // lock files
+    PATH_WS_PID,        // process and thread id of the websocket server
+    PATH_FIBER_REQUEST, // fiber-optics request stamp
+    PATH_VLANINFO_DB,   // VLAN profiles
+    PATH_OUI_DB,        // vendor OUIs
+    PATH_TEMPLATE_DIR,  // profile templates, ends with '/'
+    PATH_EXPORT_DIR,    // exported profiles, ends with '/'
+    PATH_CLOCK_CONFIG,  // persisted clock configuration
+    PATH_MANUAL_TRUNK,  // manual trunk ports
     PATH_SHURE_CONFIG,
     PATH_BOOTVAR_LOCK,
     PATH_MGMT_PORT_LOCK,
     // output files of show commands; those marked N take a number at the end
     PATH_SHOW_BOOTVAR,
     PATH_SHOW_IP_MANAGEMENT,
-    PATH_SHOW_TRUNK,          // N, or none for the auto-trunk reader
+    PATH_SHOW_TRUNK, // N, or none for the auto-trunk reader
     PATH_SHOW_SLOT,
-    PATH_SHOW_PROCESS_CPU,    // N
-    PATH_SHOW_ENVIRONMENT,    // N
-    PATH_SHOW_SWITCH_DETAIL,  // N
+    PATH_SHOW_PROCESS_CPU,   // N
+    PATH_SHOW_ENVIRONMENT,   // N
+    PATH_SHOW_SWITCH_DETAIL, // N
     PATH_SHOW_SWITCH,
     PATH_SHOW_STACK_PORT,
     PATH_SHOW_CLOCK_DETAIL,
@@ -43,7 +43,7 @@ enum PATH_ID : int {
     PATH_SHOW_PORT_STATUS,
     PATH_SHOW_VLAN_PORT_PHY,
     PATH_SHOW_COUNTERS,
-    PATH_SHOW_INTERFACE,      // N
+    PATH_SHOW_INTERFACE, // N
     PATH_SHOW_STACK_CAPABLE,
     PATH_SHOW_INTERFACES_STATUS,
     PATH_SHOW_FEC,
@@ -56,11 +56,11 @@ enum PATH_ID : int {
     PATH_SHOW_STP_INTERFACE,
     PATH_SHOW_STP_SUMMARY,
     PATH_SHOW_DOT1AS,
-    PATH_SHOW_IP_INTERFACE,   // N
+    PATH_SHOW_IP_INTERFACE, // N
     PATH_SHOW_VLAN_FAST,
     PATH_SHOW_VLAN_PROFILE,
-    PATH_SHOW_AUTO_LAG,       // N
-    PATH_SHOW_ACL,            // N
+    PATH_SHOW_AUTO_LAG, // N
+    PATH_SHOW_ACL,      // N
     PATH_SHOW_RADIUS,
     PATH_SHOW_LOGGING,
     PATH_COUNT

@@ -6,11 +6,11 @@
 
 enum RESULT_CODE : int {
     RESULT_OK = 0,
-    RESULT_ERROR = -1,           // runtime and cache layers
-    RESULT_NO_MEMORY = -7,       // a table of a builder could not be allocated
-    RESULT_FAILED = 10000,       // general failure
+    RESULT_ERROR = -1,     // runtime and cache layers
+    RESULT_NO_MEMORY = -7, // a table of a builder could not be allocated
+    RESULT_FAILED = 10000, // general failure
     RESULT_INVALID_POINTER = 10002,
     RESULT_INVALID_ARGUMENT = 10003,
-    RESULT_EMPTY = 10015,        // nothing found
-    RESULT_OPEN_FAILED = 10016,  // a file could not be opened
+    RESULT_EMPTY = 10015,       // nothing found
+    RESULT_OPEN_FAILED = 10016, // a file could not be opened
 };

@@ -5,7 +5,7 @@
 
 // One row of a task table; a row without an entry ends the table.
 struct DM_TASK_T {
-    const char *name;  // at most 7 characters, also the thread's name
+    const char *name; // at most 7 characters, also the thread's name
     OS_TASK_ENTRY entry;
     intptr_t argument;
 };
@@ -17,7 +17,8 @@ struct DM_TASK_T {
 // What main does after its options: DmInit, then idle for ever. Returns 1 when start-up failed, else never.
 int DmMain(const DM_TASK_T *table);
 
-// Called exactly once by every task entry, early: reports whether the task initialised (failed = 0) and lets start-up go on.
+// Called exactly once by every task entry, early: reports whether the task initialised (failed = 0) and lets start-up
+// go on.
 int OsTaskInitDone(int failed);
 
 // Entry of the timer task: makes the timer list's lock, then ticks once a second.
