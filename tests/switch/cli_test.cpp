@@ -1,0 +1,310 @@
+#include "switch/cli.h"
+
+#include "fixture.h"
+#include "runtime/result.h"
+
+#include <atomic>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <thread>
+#include <unistd.h>
+
+using CLI = SWITCH_TEST;
+
+namespace {
+const std::string BOOTVAR_HEADER = "\n"
+                                   "Image Descriptions\n"
+                                   "\n"
+                                   " active :\n"
+                                   " backup :\n"
+                                   "\n"
+                                   "\n"
+                                   "Images currently available on Flash\n"
+                                   "\n"
+                                   "\n"
+                                   "--------------------------------------------------------------------\n"
+                                   " unit      active      backup     current-active        next-active\n"
+                                   "--------------------------------------------------------------------\n"
+                                   "\n";
+const std::string BOOTVAR_ROWS = "    1    7.1.0.14     7.1.0.9           7.1.0.14           7.1.0.14\n"
+                                 "    2    7.1.0.15     7.1.0.8           7.1.0.15           7.1.0.16\n";
+
+std::string withCrlf(const std::string &text)
+{
+    std::string out;
+    for (char character : text)
+        out += character == '\n' ? std::string("\r\n") : std::string(1, character);
+    return out;
+}
+
+int failingLockOperation = 0;
+
+// "result count|unit image1 image2 image3 image4|..."
+std::string bootvarRead(CLIENT_HANDLE_T *handle, uint32_t capacity)
+{
+    BOOTVAR_ROW_T rows[4] = {};
+    uint32_t count = capacity;
+    std::string text = std::to_string(bootvarGet(handle, rows, &count));
+    text += " " + std::to_string(count);
+    for (uint32_t i = 0; i < count; i++)
+        text += "|" + std::to_string(rows[i].unit) + " " + rows[i].image1 + " " + rows[i].image2 + " " +
+                rows[i].image3 + " " + rows[i].image4;
+    return text;
+}
+} // namespace
+
+// Stands before the C library's, for locks that fail.
+int flock(int descriptor, int operation) noexcept
+{
+    if (operation == failingLockOperation)
+        return -1;
+    return reinterpret_cast<decltype(flock) *>(dlsym(RTLD_NEXT, "flock"))(descriptor, operation);
+}
+
+TEST_F(CLI, MissingArgumentRunsNothing)
+{
+    std::string file = root.dir + "/tmp/out";
+    fileWrite(file, "old");
+    EXPECT_EQ(cliShowExecuteToFile(&handle, nullptr, file.c_str()), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(cliShowExecuteToFile(&handle, "show bootvar", nullptr), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(fileRead(file), "old");
+    EXPECT_EQ(vsCallCount("rpcclt_openapiCliShowExecuteToFile"), 0U);
+    EXPECT_EQ(logText(), "(ERROR) cliShowExecuteToFile: cliShowExecuteToFile: Invalid argument\n"
+                         "(ERROR) cliShowExecuteToFile: cliShowExecuteToFile: Invalid argument\n");
+}
+
+TEST_F(CLI, StaleFileGoesAlsoWhenTheCommandFails)
+{
+    std::string file = root.dir + "/tmp/out";
+    fileWrite(file, "old");
+    failCall("show bootvar", -5);
+    EXPECT_EQ(cliShowExecuteToFile(&handle, "show bootvar", file.c_str()), RESULT_FAILED);
+    EXPECT_FALSE(fileExists(file));
+    EXPECT_EQ(logText(), "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-5\n");
+}
+
+TEST_F(CLI, OverlongCommandAndPathAreCut)
+{
+    std::string command = "show " + std::string(300, 'x');
+    vsTextSet(command.substr(0, 254), "found\n");
+    std::string path = root.dir + "/tmp/" + std::string(200, 'f');
+    EXPECT_EQ(cliShowExecuteToFile(&handle, command.c_str(), path.c_str()), 0);
+    EXPECT_EQ(fileRead(path.substr(0, 95)), "found\n");
+}
+
+TEST_F(CLI, FileIsRemovedUnlessItIsToStay)
+{
+    vsTextSet("show slot", "text\n");
+    std::string file = PathGet(PATH_SHOW_SLOT);
+    for (SHOW_AFTER after : {SHOW_AFTER_REMOVE, SHOW_AFTER_KEEP}) {
+        {
+            SHOW_FILE_T show;
+            ASSERT_EQ(showFileRun(&show, &handle, {"reader", "show slot", PATH_SHOW_SLOT, SHOW_NAME_FIXED, after}), 0);
+            EXPECT_TRUE(fileExists(file));
+        }
+        EXPECT_EQ(fileExists(file), after == SHOW_AFTER_KEEP);
+    }
+}
+
+TEST_F(CLI, OpenFailureIsLoggedUnderTheReadersName)
+{
+    spoilCommand("show slot", VS_NO_FILE);
+    vsTextSet("show slot", "text\n");
+    std::string path = PathGet(PATH_SHOW_SLOT);
+    const std::string expected[] = {"(ERROR) reader: can not open file:" + path + "\n",
+                                    "(ERROR) reader: Can not open file:" + path + "\n",
+                                    "(ERROR) reader: can not open " + path + "\n", ""};
+    for (int line = SHOW_OPEN_LOWER; line <= SHOW_OPEN_SILENT; line++) {
+        logClear();
+        SHOW_FILE_T show;
+        EXPECT_EQ(showFileRun(&show, &handle,
+                              {"reader", "show slot", PATH_SHOW_SLOT, SHOW_NAME_RANDOM, SHOW_AFTER_REMOVE,
+                               static_cast<SHOW_OPEN_LINE>(line)}),
+                  RESULT_OPEN_FAILED);
+        std::string numbered = show.path; // the number comes straight after the name
+        ASSERT_EQ(numbered.compare(0, path.size(), path), 0);
+        std::string log = logText();
+        size_t at = log.find(numbered);
+        EXPECT_EQ(at == std::string::npos ? log : log.replace(at, numbered.size(), path), expected[line]);
+    }
+}
+
+TEST_F(CLI, PlatformRunGivesThePlatformsResultWithoutALine)
+{
+    failCall("show slot", -29);
+    SHOW_FILE_T show;
+    EXPECT_EQ(showFileRun(&show, &handle,
+                          {"reader", "show slot", PATH_SHOW_SLOT, SHOW_NAME_FIXED, SHOW_AFTER_REMOVE, SHOW_OPEN_LOWER,
+                           SHOW_RUN_PLATFORM}),
+              RESULT_FAILED);
+    EXPECT_EQ(show.platformResult, -29);
+    EXPECT_EQ(logText(), "");
+}
+
+TEST_F(CLI, LinesComeInPiecesOrCut)
+{
+    vsTextSet("show slot", "0123456789\r\nab\r\n\n0123456\r\nlast");
+    SHOW_FILE_T show;
+    ASSERT_EQ(showFileRun(&show, &handle, {"reader", "show slot", PATH_SHOW_SLOT}), 0);
+    char line[8];
+    std::string pieces;
+    while (showFileLine(&show, line, sizeof line))
+        pieces += std::string(line) + "|";
+    EXPECT_EQ(pieces, "0123456|789\r\n|ab\r\n|\n|0123456|\r\n|last|");
+    showFileRewind(&show);
+    std::string cut;
+    while (showFileLineCut(&show, line, sizeof line))
+        cut += std::string(line) + "|";
+    EXPECT_EQ(cut, "0123456|ab||0123456|last|");
+    showFileRewind(&show);
+    EXPECT_TRUE(showFileSkipTo(&show, "ab", line, sizeof line));
+    EXPECT_FALSE(showFileSkipTo(&show, "ab", line, sizeof line));
+    EXPECT_STREQ(line, "last");
+}
+
+TEST_F(CLI, BootvarRowsBeginAfterFourteenLines)
+{
+    const std::string longName(700, 'x');
+    struct ROW_T {
+        const char *what;
+        std::string text;
+        uint32_t capacity;
+        const char *expected;
+    };
+    const std::string one = "|1 7.1.0.14 7.1.0.9 7.1.0.14 7.1.0.14";
+    const std::string two = one + "|2 7.1.0.15 7.1.0.8 7.1.0.15 7.1.0.16";
+    const std::string twoRows = "0 2" + two, oneRow = "0 1" + one;
+    const ROW_T rows[] = {
+        {"two rows", BOOTVAR_HEADER + BOOTVAR_ROWS, 4, twoRows.c_str()},
+        {"room for one", BOOTVAR_HEADER + BOOTVAR_ROWS, 1, oneRow.c_str()},
+        {"room for none", BOOTVAR_HEADER + BOOTVAR_ROWS, 0, "0 0"},
+        {"CR LF", withCrlf(BOOTVAR_HEADER + BOOTVAR_ROWS), 4, twoRows.c_str()},
+        {"empty", "", 4, "0 0"},
+        {"header only", BOOTVAR_HEADER, 4, "0 0"},
+        {"row among the header lines", BOOTVAR_ROWS + BOOTVAR_ROWS, 4, "0 0"},
+        {"four fields end the table", BOOTVAR_HEADER + "1 a b c\n" + BOOTVAR_ROWS, 4, "0 0"},
+        {"a long name does not shift the next", BOOTVAR_HEADER + "1 " + longName + " b c d\n", 4,
+         "0 1|1 xxxxxxxxxxx b c d"},
+        {"an over-long row ends in its first piece", BOOTVAR_HEADER + "1 " + longName + " " + longName + " c d\n", 4,
+         "0 0"},
+    };
+    for (const ROW_T &row : rows) {
+        vsTextSet("show bootvar", row.text);
+        EXPECT_EQ(bootvarRead(&handle, row.capacity), row.expected) << row.what;
+        EXPECT_FALSE(fileExists(PathGet(PATH_SHOW_BOOTVAR))) << row.what;
+    }
+    EXPECT_EQ(logText(), "");
+}
+
+TEST_F(CLI, FailingSharedReadersGiveOpenFailed)
+{
+    failCall("show bootvar", -1);
+    failCall("show ip management", -1);
+    EXPECT_EQ(bootvarRead(&handle, 4), "10016 0");
+    MANAGEMENT_PORT_T parameters = {};
+    EXPECT_EQ(managementPortIPv4ParametersGet(&handle, &parameters), RESULT_OPEN_FAILED);
+    EXPECT_EQ(logText(), "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
+                         "(ERROR) bootvarGet: can not open file:" +
+                             std::string(PathGet(PATH_SHOW_BOOTVAR)) +
+                             "\n"
+                             "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
+                             "(ERROR) managementPortIPv4ParametersGet: can not open file:" +
+                             PathGet(PATH_SHOW_IP_MANAGEMENT) + "\n");
+}
+
+TEST_F(CLI, ManagementValuesStandAtTheirColumns)
+{
+    //  0         1         2         3         4         5
+    //  0123456789012345678901234567890123456789012345678901234567
+    const std::string text = "IPv4 Management Interface.......................... 20\n"
+                             "IP Address.................................... 10.1.2.3\n"
+                             "Subnet Mask................................... 255.255.0.0\n"
+                             "Method........................................ DHCP\n"
+                             "Default Gateway............................... \n" // no word: as the caller set it
+                             "  IP Address.................................. 9.9.9.9\n"
+                             "Subnet\n";
+    for (const std::string &output : {text, withCrlf(text)}) {
+        vsTextSet("show ip management", output);
+        MANAGEMENT_PORT_T got = {1, "none", "", "", "0.0.0.0"};
+        EXPECT_EQ(managementPortIPv4ParametersGetSafe(&handle, &got), 0);
+        EXPECT_EQ(got.vlan, 20);
+        EXPECT_STREQ(got.address, "10.1.2.3");
+        EXPECT_STREQ(got.mask, "255.255.0.0");
+        EXPECT_STREQ(got.method, "DHCP");
+        EXPECT_STREQ(got.gateway, "0.0.0.0");
+        EXPECT_FALSE(fileExists(PathGet(PATH_SHOW_IP_MANAGEMENT)));
+    }
+}
+
+TEST_F(CLI, ManagementVlanIsOneUnlessSaidOtherwise)
+{
+    uint32_t vlan = 9;
+    EXPECT_EQ(managementVlanGet(nullptr, &vlan), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(managementVlanGet(&handle, nullptr), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(vlan, 9U);
+    vsTextSet("show ip management", "IPv4 Management Interface..........\nMethod\n");
+    EXPECT_EQ(managementVlanGet(&handle, &vlan), 0);
+    EXPECT_EQ(vlan, 1U);
+    vsTextSet("show ip management", "IPv4 Management Interface.......................... 4093\n");
+    EXPECT_EQ(managementVlanGet(&handle, &vlan), 0);
+    EXPECT_EQ(vlan, 4093U);
+    failCall("show ip management", -1);
+    EXPECT_EQ(managementVlanGet(&handle, &vlan), RESULT_OPEN_FAILED);
+    EXPECT_EQ(vlan, 1U);
+}
+
+TEST_F(CLI, SafeReaderWaitsForTheLockAndKeepsItsFile)
+{
+    vsTextSet("show bootvar", BOOTVAR_HEADER + BOOTVAR_ROWS);
+    int other = open(PathGet(PATH_BOOTVAR_LOCK), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    ASSERT_EQ(flock(other, LOCK_EX), 0);
+    std::atomic<bool> begun{false};
+    std::atomic<int> result{-1};
+    std::thread reader([&] {
+        BOOTVAR_ROW_T rows[4];
+        uint32_t count = 4;
+        begun = true;
+        result = bootvarGetSafe(&handle, rows, &count) == 0 ? static_cast<int>(count) : -2;
+    });
+    while (!begun)
+        std::this_thread::yield();
+    for (int i = 0; i < 1000; i++)
+        std::this_thread::yield();
+    EXPECT_EQ(vsCallCount("show bootvar"), 0U);
+    EXPECT_EQ(flock(other, LOCK_UN), 0);
+    reader.join();
+    EXPECT_EQ(result, 2);
+    EXPECT_TRUE(fileExists(PathGet(PATH_BOOTVAR_LOCK)));
+    EXPECT_EQ(flock(other, LOCK_EX | LOCK_NB), 0); // given back
+    close(other);
+}
+
+TEST_F(CLI, LockFileThatDoesNotOpenFailsInSilence)
+{
+    // A folder in its place does not open for writing, whoever asks.
+    ASSERT_EQ(mkdir(PathGet(PATH_MGMT_PORT_LOCK), 0755), 0);
+    MANAGEMENT_PORT_T got = {};
+    EXPECT_EQ(managementPortIPv4ParametersGetSafe(&handle, &got), RESULT_FAILED);
+    EXPECT_EQ(vsCallCount("show ip management"), 0U);
+    EXPECT_EQ(logText(), "");
+}
+
+TEST_F(CLI, FailingLocksDiscardTheResult)
+{
+    vsTextSet("show bootvar", BOOTVAR_HEADER + BOOTVAR_ROWS);
+    vsTextSet("show ip management", "");
+    BOOTVAR_ROW_T rows[4];
+    uint32_t count = 4;
+    MANAGEMENT_PORT_T got = {};
+    failingLockOperation = LOCK_EX;
+    EXPECT_EQ(bootvarGetSafe(&handle, rows, &count), RESULT_FAILED);
+    EXPECT_EQ(vsCallCount("show bootvar"), 0U);
+    failingLockOperation = LOCK_UN;
+    EXPECT_EQ(managementPortIPv4ParametersGetSafe(&handle, &got), RESULT_FAILED);
+    EXPECT_EQ(vsCallCount("show ip management"), 1U);
+    failingLockOperation = 0;
+    EXPECT_EQ(bootvarGetSafe(&handle, rows, &count), 0);
+    EXPECT_EQ(logText(), "(ERROR) bootvarGetSafe: File lock failed\n"
+                         "(ERROR) managementPortIPv4ParametersGetSafe: File unlock failed\n");
+}
