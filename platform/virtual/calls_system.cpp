@@ -241,10 +241,13 @@ int rpcclt_openapiImageNamesGet(openclt_handle_t *handle, uint32_t unit, openclt
         return OPENCLT_NOT_FOUND;
     }
     const VS_SYSTEM_T &system = call.state().system;
-    bool own = !owner->management; // the managing unit's names are the system's
-    int results[] = {vsTextOut(own ? owner->images[0] : system.activeImage, active),
-                     vsTextOut(own ? owner->images[1] : system.backupImage, backup),
-                     vsTextOut(own ? owner->images[3] : system.activatedImage, activated)};
+    // Names given for the system are those of the managing unit.
+    auto nameOf = [owner](const std::string &named, const std::string &column) {
+        return owner->management && !named.empty() ? named : column;
+    };
+    int results[] = {vsTextOut(nameOf(system.activeImage, owner->images[0]), active),
+                     vsTextOut(nameOf(system.backupImage, owner->images[1]), backup),
+                     vsTextOut(nameOf(system.activatedImage, owner->images[3]), activated)};
     return *std::min_element(std::begin(results), std::end(results));
 }
 
