@@ -190,12 +190,12 @@ static void sensorsRead(SHOW_FILE_T *show, SENSOR_TABLE_T *sensors, char line[CL
         ;
 }
 
-//           1         2         3         4         5         6
-// 01234567890123456789012345678901234567890123456789012345678901234567
-// Unit   Sensor   Description        Temp (C)   State          Max_Temp (C)
-// ----   ------   ----------------   --------   ------------   ------------
-// 1      1        MAC                45         Normal         52
-// 1      2        PHY Row 1          41         Normal         47
+//           1         2         3         4         5         6         7
+// 012345678901234567890123456789012345678901234567890123456789012345678901234
+// Unit     Sensor  Description       Temp (C)    State           Max_Temp (C)
+// ----     ------  ----------------  ----------  --------------  ------------
+// 1        1       MAC               45          Normal          52
+// 1        2       PHY Row 1         41          Normal          47
 //
 // The description is the 16 characters after the number, blanks included. False for a line without all six fields.
 static bool sensorLineStore(const char *line, SENSOR_TABLE_T *sensors)
@@ -231,11 +231,11 @@ static void fansRead(SHOW_FILE_T *show, FAN_TABLE_T *fans, char line[CLI_LINE_SI
 }
 
 //           1         2         3         4         5         6         7
-// 0123456789012345678901234567890123456789012345678901234567890123456789012
-// Unit   Fan   Description   Type    Speed   Duty level   State
-// ----   ---   -----------   -----   -----   ----------   -----------
-// 1      1     FAN-1         Fixed   5200    40%          Operational
-// 1      2     FAN-2         Fixed   0       0%           Not Present
+// 01234567890123456789012345678901234567890123456789012345678901234567890123456
+// Unit Fan Description          Type      Speed     Duty level  State
+// ---- --- -------------------- --------- --------- ----------- ---------------
+// 1    1   FAN-1                Fixed     5200      40%         Operational
+// 1    2   FAN-2                Fixed     0         0%          Not Present
 //
 // Words; the type is passed over. False for a line without all of the six fields that are kept.
 static bool fanLineStore(const char *line, FAN_TABLE_T *fans)

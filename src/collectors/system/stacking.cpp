@@ -47,11 +47,11 @@ int get_stacking_info(CLIENT_HANDLE_T *clientHandle)
 
 //           1         2         3         4         5         6
 // 01234567890123456789012345678901234567890123456789012345678901234567890
-//     Management  Standby   Preconfig        Plugged-in        Switch
-// SW  Switch      Status    Model ID         Model ID          Status
-// --- ----------- --------- ---------------- ----------------- -----------
-// 1   Mgmt Sw               TK830-T16        TK830-T16         OK
-// 2   Stack Mbr   Oper Stby TK830-T16        TK830-T16         OK
+//     Management  Standby   Preconfig        Plugged-in       Switch
+// SW  Switch      Status    Model ID         Model ID         Status
+// --- ----------- --------- ---------------- ---------------- -----------
+// 1   Mgmt Sw               TK830-T16        TK830-T16        OK
+// 2   Stack Mbr   Oper Stby TK830-T16        TK830-T16        OK
 int getStacking(CLIENT_HANDLE_T *clientHandle, char **out)
 {
     UNIT_INFO_RECORD_T records[STACK_UNITS] = {};
@@ -112,12 +112,12 @@ void unitInfoGet(CLIENT_HANDLE_T *clientHandle, UNIT_INFO_RECORD_T records[STACK
     }
 }
 
-//           1         2
-// 01234567890123456789012345678
-// Unit Interface  Configured Mode
-// ---- ---------- ---------------
-// 1    1/0/15     Stack
-// 2    0/15       Stack
+//           1         2         3
+// 012345678901234567890123456789012345678
+// Unit Interface   Configured  Running
+// ---- ----------  ----------  ----------
+// 1    1/0/15      Stack       Stack
+// 2    0/15        Stack       Stack
 //
 // or, without a table, "No stack ports are configured."
 int getStackPortInfo(CLIENT_HANDLE_T *clientHandle, uint32_t unit, cJSON *array)

@@ -1,0 +1,89 @@
+#include "collectors/system/system_info.h"
+#include "support/build.h"
+#include "support/root.h"
+
+#include "control.h"
+#include "model.h"
+
+#include <gtest/gtest.h>
+
+class SystemInfo : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(vsLoadText("{}"), "");
+        VS_STATE_T &state = vsState();
+        state = VS_STATE_T();
+        state.system.name = "sw-1";
+        state.system.mac = "AA:BB:CC:00:11:22";
+        state.system.serviceAddress = 0xc0a80005;
+        state.system.fanMode = 3;
+        state.system.bootVersion = "B1.0.0.9";
+        VS_UNIT_T unit;
+        unit.poeSupported = true;
+        state.units.push_back(unit);
+        vsTextSet("show ip management", "IPv4 Management Interface.......................... 20\r\n");
+    }
+    void TearDown() override
+    {
+        vsUnload();
+    }
+    TEST_ROOT_T root;
+};
+
+TEST_F(SystemInfo, DescribesTheSwitch)
+{
+    BUILT_T built = buildText(systemInfoGet);
+    EXPECT_EQ(built.result, 0);
+    EXPECT_EQ(built.text,
+              "{\n\t\"name\":\t\"sw-1\",\n\t\"mac\":\t\"AA:BB:CC:00:11:22\",\n\t\"keloVer\":\t\"2.2.16.19\",\n"
+              "\t\"poe\":\ttrue,\n\t\"STP\":\t32768,\n\t\"fanMode\":\t1,\n\t\"mgmtVlan\":\t20\n}");
+}
+
+// Each source that fails leaves its own field at the default; the address and the MAC are one source.
+TEST_F(SystemInfo, FailedSourceGivesItsDefault)
+{
+    struct {
+        const char *call;
+        const char *document;
+    } cases[] = {
+        {"rpcclt_openapiSystemNameGet",
+         R"({"name":"","mac":"AA:BB:CC:00:11:22","keloVer":"2.2.16.19","poe":true,"STP":32768,"fanMode":1,"mgmtVlan":20})"},
+        {"rpcclt_openapiServicePortIPv4AddrGet",
+         R"({"name":"sw-1","mac":"","keloVer":"2.2.16.19","poe":true,"STP":32768,"fanMode":1,"mgmtVlan":20})"},
+        {"rpcclt_openapiPoeIsSupported",
+         R"({"name":"sw-1","mac":"AA:BB:CC:00:11:22","keloVer":"2.2.16.19","poe":false,"STP":32768,"fanMode":1,"mgmtVlan":20})"},
+        {"rpcclt_openapiDot1SMSTInstancePriorityGet",
+         R"({"name":"sw-1","mac":"AA:BB:CC:00:11:22","keloVer":"2.2.16.19","poe":true,"STP":0,"fanMode":1,"mgmtVlan":20})"},
+        {"rpcclt_openapiBoxsFanControlModeGet",
+         R"({"name":"sw-1","mac":"AA:BB:CC:00:11:22","keloVer":"2.2.16.19","poe":true,"STP":32768,"fanMode":0,"mgmtVlan":20})"},
+        {"show ip management",
+         R"({"name":"sw-1","mac":"AA:BB:CC:00:11:22","keloVer":"2.2.16.19","poe":true,"STP":32768,"fanMode":1,"mgmtVlan":1})"},
+        {"*", R"({"name":"","mac":"","keloVer":"2.2.16.19","poe":false,"STP":0,"fanMode":0,"mgmtVlan":1})"},
+    };
+    for (const auto &one : cases) {
+        vsFaultAdd({one.call});
+        BUILT_T built = buildText(systemInfoGet);
+        vsFaultsClear();
+        EXPECT_EQ(built.result, 0) << one.call;
+        EXPECT_EQ(compact(built.text), one.document) << one.call;
+    }
+}
+
+TEST_F(SystemInfo, RecordHoldsWhatStackingNeedsAndSkipsTheFanMode)
+{
+    CLIENT_HANDLE_T handle = {};
+    SYSTEM_INFO_RECORD_T record;
+    memset(&record, 0x55, sizeof(record));
+    vsCallsReset();
+    systemInfoRecordGet(&handle, &record, 1);
+    EXPECT_STREQ(record.ip, "192.168.0.5");
+    EXPECT_STREQ(record.bootVersion, "B1.0.0.9");
+    EXPECT_EQ(record.fanMode, 0u);
+    EXPECT_EQ(vsCallCount("rpcclt_openapiBoxsFanControlModeGet"), 0u);
+}
+
+TEST_F(SystemInfo, NoMemoryGivesNoDocument)
+{
+    expectNoDocumentWithoutMemory(systemInfoGet, 10002);
+}
