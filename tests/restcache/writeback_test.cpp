@@ -1,0 +1,194 @@
+#include "restcache/writeback.h"
+
+#include "fakes.h"
+#include "support/alloc.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+// What readers and operators know of each document: payload key, adapter and builder in the log, bytes offered.
+static const struct EXPECTED_T {
+    const char *apiName, *key, *adapter, *builder;
+    size_t size;
+} expected[] = {
+    {"vlan_list", "switchConfigVlan", "wb_vlan_list", "switchConfigVlanList", 0},
+    {"swcfg_port", "switchPortConfig", "wb_swcfg_port", "getPhyInfAllStatusFast", 0},
+    {"swcfg_ports_status", "swcfg_ports_status", "wb_swcfg_ports_status", "getPortStatusListFast", 0},
+    {"swcfg_ports_settings", "swcfg_ports_settings", "wb_swcfg_ports_settings", "getPortsSettings", 0},
+    {"interfaces_status", "interfacesStatus", "wb_interfaces_status", "interfacesStatusBuild", 0},
+    {"swcfg_poe", "poePortConfig", "wb_swcfg_poe", "getPortsPoeJson", 0},
+    {"sw_lag_cfg", "switchConfigLagGroup", "wb_sw_lag_cfg", "getLagInfoList", 0},
+    {"sw_lag_cfg_ex", "switchConfigLagGroup", "wb_sw_lag_cfg_ex", "getLagInfoListEx", 0},
+    {"sw_auto_lag_cfg", "switchConfigAutoLag", "wb_sw_auto_lag_cfg", "getAutoLagCfg", 0},
+    {"sw_manual_trunk_cfg", "switchConfigManualTrunk", "wb_sw_manual_trunk_cfg", "manualTrunkGet", 0},
+    {"sw_auto_trunk_cfg", "switchConfigAutoTrunk", "wb_sw_auto_trunk_cfg", "switchTrunkModeGet", 0},
+    {"radius_config", "radiusConfig", "wb_radius_config", "getRadiusServerJson", 8192},
+    {"radius_port_config", "radius_port_config", "wb_radius_port_config", "getPortAuthConfigJson", 0},
+    {"multicast_mode_ex", "multicastModeConfig", "wb_multicast_mode_ex", "getMulticastModeEx", 0},
+    {"multicast_block_address", "blockAddressList", "wb_multicast_block_address", "getDenyList", 0},
+    {"sw_ptp_cfg", "switchPtpCfg", "wb_sw_ptp_cfg", "switchPtpModeGet", 0},
+    {"sw_portmirroring", "devicePortMirroring", "wb_sw_portmirroring", "getPortMirroring", 0},
+    {"scheduleList", "poeSchedule", "wb_scheduleList", "getPoeScheduleAllJson", 0},
+    {"system_info", "systemInfo", "wb_system_info", "systemInfoGet", 0},
+    {"device_health", "deviceHealth", "wb_device_health", "deviceHealthGet", 0},
+    {"special_interface_route", "switchSpecialInterface", "wb_special_interface_route", "getSpecialInfInfo", 1024},
+    {"device_time", "deviceTime", "wb_device_time", "getDeviceTime", 1024},
+    {"logging", "loggingCfg", "wb_logging", "getLogConfigJson", 4096},
+    {"profile", "profile", "wb_profile", "ProfileTemplateGet", 30720},
+    {"profile/list_ex", "profileList", "wb_profile_list_ex", "profileListExGet", 0},
+    {"neighbor_ex", "", "wb_neighbor_ex", "neighborListExChunkedPush", 0},
+    {"port_vendor_detect", "portVendorDetect", "wb_port_vendor_detect", "portVendorDetectBuild", 0},
+    {"port_hardware_info", "portHardwareInfo", "wb_port_hardware_info", "portHardwareInfoBuild", 0},
+    {"fiberOptics", "fiberOptics", "wb_fiber_optics", "fiberOpticsGet", 0},
+    {"imageInfo", "imageInfo", "wb_imageInfo", "getImageInfo", 4096},
+};
+
+static CLIENT_HANDLE_T handle;
+static const std::string resp = R"("resp":{"respCode":0,"respMsg":"Success","status":"success"}})";
+
+struct Writeback : testing::Test {
+    TEST_ROOT_T root;
+    void SetUp() override
+    {
+        std::vector<const char *> names;
+        fake = FAKE_T();
+        for (const EXPECTED_T &row : expected)
+            names.push_back(row.apiName);
+        fakesRegister(names);
+        ASSERT_EQ(restapi_db_operation(REST_DB_CREATE, nullptr, nullptr), 0);
+    }
+    static std::string failed(const char *adapter, const char *builder, int result)
+    {
+        return std::string("(ERROR) ") + adapter + ": " + adapter + ": " + builder +
+               " failed result=" + std::to_string(result) + "\n";
+    }
+};
+
+TEST_F(Writeback, EveryDocumentIsBuiltUnderItsLockAndStoredUnderItsKey)
+{
+    unsigned index = 0;
+    for (const EXPECTED_T &row : expected) {
+        std::string key = row.key, name = row.apiName;
+        fake = FAKE_T();
+        fake.lockName = name == "profile/list_ex" ? "profile_list_ex" : name;
+        EXPECT_STREQ(writebackName(index++), row.apiName);
+        ASSERT_EQ(rest_db_writeback(&handle, row.apiName), 0) << name;
+        EXPECT_EQ(fake.built, std::vector<std::string>{name});
+        EXPECT_TRUE(fake.lockHeld) << name;
+        EXPECT_EQ(fake.bufferSize, row.size) << name;
+        EXPECT_TRUE(fake.bufferClean || row.size == 0) << name;
+        std::string payload = name == "sw_portmirroring" ? R"({"session":1})" : "[1]";
+        std::string stored = key.empty() ? "" : "{\"" + key + "\":" + payload + "," + resp;
+        EXPECT_EQ(key.empty() ? cacheRead(name) : compact(cacheRead(name)), stored);
+        EXPECT_STREQ(documentCurrent(), "");
+    }
+    EXPECT_EQ(writebackName(index), nullptr);
+    EXPECT_EQ(logText(), "");
+}
+
+TEST_F(Writeback, FailuresKeepTheOldRecordAndNameTheBuilder)
+{
+    LISTENER_T listener;
+    for (const EXPECTED_T &row : expected) {
+        std::string name = row.apiName;
+        const char *word = name == "swcfg_ports_status" ? "getPortStatusList" : row.builder;
+        fake.result = 10003;
+        logClear();
+        EXPECT_EQ(rest_db_writeback(&handle, row.apiName), 10003);
+        EXPECT_EQ(logText(), failed(row.adapter, word, 10003));
+        builderTableSet(nullptr, 0);
+        logClear();
+        EXPECT_EQ(rest_db_writeback(&handle, row.apiName), -1);
+        EXPECT_EQ(logText(),
+                  std::string("(ERROR) ") + row.adapter + ": " + row.adapter + ": " + row.builder + " not linked\n");
+        SetUp();
+        fake.lockName = name == "profile/list_ex" ? "profile_list_ex" : name;
+        EXPECT_EQ(cacheRead(row.apiName), "");
+    }
+    EXPECT_EQ(changeList(), "");
+    EXPECT_FALSE(listener.signalled());
+}
+
+TEST_F(Writeback, RefusesUnknownNamesAndAMissingLock)
+{
+    EXPECT_EQ(rest_db_writeback(&handle, "Vlan_list"), -1);
+    EXPECT_EQ(rest_db_writeback(nullptr, "vlan_list"), -1);
+    EXPECT_EQ(rest_db_writeback(&handle, nullptr), -1);
+    const std::string null = "(ERROR) rest_db_writeback: rest_db_writeback: NULL handle or api_name\n";
+    EXPECT_EQ(logText(), "(ERROR) rest_db_writeback: rest_db_writeback: unknown api_name 'Vlan_list'\n" + null + null);
+    std::filesystem::remove_all(PathGet(PATH_LOCK_DIR));
+    fileWrite(PathGet(PATH_LOCK_DIR), "");
+    EXPECT_EQ(rest_db_writeback(&handle, "vlan_list"), -1);
+    EXPECT_TRUE(fake.built.empty());
+}
+
+TEST_F(Writeback, SignalsAfterEverySuccessAlsoWithoutAChange)
+{
+    for (int run = 0; run < 2; run++) {
+        LISTENER_T listener;
+        EXPECT_EQ(rest_db_writeback(&handle, "vlan_list"), 0);
+        EXPECT_TRUE(listener.signalled());
+        EXPECT_EQ(changeList(), "vlan_list\n");
+    }
+}
+
+TEST_F(Writeback, SuccessWithoutAPayload)
+{
+    fake.payload = false;
+    EXPECT_EQ(rest_db_writeback(&handle, "vlan_list"), 0);
+    EXPECT_EQ(logText(), failed("wb_vlan_list", "switchConfigVlanList", 0));
+    logClear();
+    EXPECT_EQ(rest_db_writeback(&handle, "profile/list_ex"), 0);
+    EXPECT_EQ(compact(cacheRead("profile/list_ex")), "{" + resp);
+    EXPECT_EQ(logText(), "");
+    EXPECT_EQ(changeList(), "profile/list_ex\n");
+}
+
+TEST_F(Writeback, OpticsWithoutAnyModuleAreASuccess)
+{
+    fake.result = 10015;
+    EXPECT_EQ(rest_db_writeback(&handle, "fiberOptics"), 0);
+    EXPECT_EQ(compact(cacheRead("fiberOptics")), R"({"fiberOptics":[1],)" + resp);
+    fake.payload = false;
+    EXPECT_EQ(rest_db_writeback(&handle, "fiberOptics"), 0);
+    EXPECT_EQ(logText(), failed("wb_fiber_optics", "fiberOpticsGet", 0));
+    EXPECT_EQ(rest_db_writeback(&handle, "vlan_list"), 10015);
+}
+
+TEST_F(Writeback, WritesOnlyAnEnvelopeThatWasBuilt)
+{
+    fake.text = "[1";
+    EXPECT_EQ(rest_db_writeback(&handle, "vlan_list"), 0);
+    EXPECT_EQ(logText(), "(ERROR) responseJsonRreallocStr: [MEM] Failed to parse data JSON\n");
+    fake.text = "[\"" + std::string(1000, 't') + "\"]"; // fits the builder's buffer, its envelope does not
+    EXPECT_EQ(rest_db_writeback(&handle, "device_time"), 0);
+    EXPECT_EQ(changeList(), "");
+    EXPECT_EQ(rest_db_writeback(&handle, "special_interface_route"), 0);
+    EXPECT_EQ(changeList(), "special_interface_route\n");
+}
+
+// Own allocations fail one at a time; the adapter's first one is its buffer.
+TEST_F(Writeback, BuffersThatCannotBeAllocated)
+{
+    auto run = [](const char *name, unsigned source) {
+        logClear();
+        allocFailAt(0, source);
+        int result = rest_db_writeback(&handle, name);
+        allocFailStop();
+        return std::to_string(result) + " " + logText();
+    };
+    EXPECT_EQ(run("logging", ALLOC_OWN), "-1 (ERROR) wb_logging: wb_logging: alloc failed\n");
+    EXPECT_EQ(run("profile", ALLOC_OWN), "-1 (ERROR) wb_profile: wb_profile: alloc failed\n");
+    EXPECT_EQ(run("imageInfo", ALLOC_OWN), "-1 (ERROR) wb_imageInfo: wb_imageInfo: alloc failed\n");
+    EXPECT_EQ(run("sw_portmirroring", ALLOC_CJSON),
+              "-1 (ERROR) wb_sw_portmirroring: wb_sw_portmirroring: cJSON_CreateObject failed\n");
+    EXPECT_TRUE(fake.built.empty());
+
+    // 8192 bytes after logging are not enough for radius; 16384 after radius are for both
+    EXPECT_EQ(rest_db_writeback(&handle, "logging"), 0);
+    EXPECT_EQ(run("logging", ALLOC_OWN), "0 ");
+    EXPECT_EQ(run("radius_config", ALLOC_OWN), "-1 ");
+    EXPECT_EQ(rest_db_writeback(&handle, "radius_config"), 0);
+    EXPECT_EQ(run("radius_config", ALLOC_OWN), "0 ");
+    EXPECT_EQ(run("logging", ALLOC_OWN), "0 ");
+}
