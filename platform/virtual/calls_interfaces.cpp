@@ -59,7 +59,8 @@ int walk(const VS_CALL_T &call, const void *handle, uint32_t type, uint32_t abov
     return vsNumberOf(call, handle, next == 0 ? nullptr : &next, ifNum, [](uint32_t number) { return number; });
 }
 
-// "1/0/5" or "lag 2", nothing after it; null for any other text and for names that nobody has.
+// "1/0/5"; "lag 2", also written "lag2", or a LAG by the name that was given to it. Nothing may follow. Null for any
+// other text and for names that nobody has.
 const VS_INTERFACE_T *byName(const VS_STATE_T &state, const std::string &name)
 {
     unsigned unit = 0, slot = 0, port = 0;
@@ -68,7 +69,7 @@ const VS_INTERFACE_T *byName(const VS_STATE_T &state, const std::string &name)
         return found != nullptr && vsPortName(*found) == name ? found : nullptr;
     }
     for (const VS_LAG_T &lag : state.lags) {
-        if (vsLagName(lag) == name) {
+        if (vsLagName(lag) == name || name == "lag" + std::to_string(lag.number) || lag.name == name) {
             return &lag;
         }
     }

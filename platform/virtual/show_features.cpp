@@ -127,7 +127,9 @@ static std::string spanningSummary(const VS_STATE_T &state, double now, const st
 {
     std::string text = "\n" + vsTableHead(SPANNING_COLUMNS);
     for (const VS_SHOWN_T &shown : vsShownInterfaces(state, now)) {
-        const char *role = !shown.up ? "Disabled" : shown.interface->stpState == 1 ? "Alternate" : "Designated";
+        const char *role = !shown.up || !shown.interface->stpEnabled ? "Disabled"
+                           : shown.interface->stpState == 1          ? "Alternate"
+                                                                     : "Designated";
         text += vsTableRow(SPANNING_COLUMNS,
                            {shown.name, vsEnabled(shown.interface->stpEnabled), "", spanningState(shown), role});
     }
@@ -224,7 +226,7 @@ static const char *spanningState(const VS_SHOWN_T &shown)
 {
     static constexpr const char *STATES[] = {"",         "Discarding",        "Learning",         "Forwarding",
                                              "Disabled", "Manual forwarding", "Not participating"};
-    if (!shown.up)
+    if (!shown.up || !shown.interface->stpEnabled)
         return "Disabled";
     return shown.interface->stpState < std::size(STATES) ? STATES[shown.interface->stpState] : "";
 }

@@ -65,9 +65,9 @@ static std::string ipManagement(const VS_STATE_T &state, double, const std::stri
 
 static constexpr VS_COLUMN_T SLOT_COLUMNS[] = {
     {0, 6, "Slot"},
-    {7, 9, "Status"},
-    {17, 6, "Admin\nState"},
-    {24, 6, "Power\nState"},
+    {7, 7, "Status"},
+    {15, 7, "Admin\nState"},
+    {23, 7, "Power\nState"},
     {31, 20, "Configured Card\nModel ID"},
     {52, 20, "Inserted Card\nModel ID"},
     {73, 9, "Pluggable"},

@@ -98,7 +98,7 @@ static std::string interfaceOne(const VS_STATE_T &state, double now, const std::
 
 static constexpr VS_COLUMN_T OPTICS_COLUMNS[] = {
     {0, 8, "Port"},
-    {8, 14, "Module"},
+    {9, 13, "Module"},
     {24, 4, "Temp\n[C]"},
     {30, 7, "Voltage\n[Volt]"},
     {39, 7, "Current\n[mA]"},
@@ -138,7 +138,7 @@ static constexpr VS_COLUMN_T INFO_COLUMNS[] = {
     {40, 6, "Length\n[m]"},
     {47, 16, "Serial Number"},
     {64, 16, "Part Number"},
-    {81, 7, "Nominal\nBit Rate\n[Mbps]"},
+    {81, 7, "Nominal\nRate\n[Mbps]"},
     {89, 4, "Rev"},
     {94, 16, "Compliance"},
     {111, 12, "Supported"},
