@@ -1,4 +1,4 @@
-#include "engine.h"
+#include "control.h"
 
 // Names of all client calls, for tools that list them and for tests that fail each in turn.
 

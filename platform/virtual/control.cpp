@@ -85,9 +85,6 @@ double clockNow(const ENGINE_T &e)
     return since > 0 ? static_cast<double>(since) / 1e9 : 0;
 }
 
-// ---- names
-// -----------------------------------------------------------------------------------------------------------
-
 USE_T &use(ENGINE_T &e, std::string_view name)
 {
     auto found = e.uses.find(name);
@@ -107,9 +104,6 @@ void latencyApply(ENGINE_T &e)
         one.latency = slow != e.scenario.latency.end() ? slow->second : 0;
     }
 }
-
-// ---- scenarios
-// -------------------------------------------------------------------------------------------------------
 
 STAMP_T stampOf(const std::string &path)
 {
@@ -169,9 +163,6 @@ void rereadIfChanged(ENGINE_T &e)
     e.complaint = error;
 }
 
-// ---- faults
-// ----------------------------------------------------------------------------------------------------------
-
 bool faultMatches(const VS_FAULT_T &fault, std::string_view name, const std::string &key, bool isCommand)
 {
     std::string_view plain = vsPlainName(fault.name);
@@ -197,9 +188,6 @@ const VS_FAULT_T *faultOf(ENGINE_T &e, std::string_view name, const std::string 
     }
     return acting;
 }
-
-// ---- a use
-// -----------------------------------------------------------------------------------------------------------
 
 void waitMicroseconds(uint32_t microseconds)
 {
@@ -248,9 +236,6 @@ template <typename KEY> int callBegin(const char *name, const KEY &key)
         return OPENCLT_FAIL;
     return fault != nullptr ? fault->result : OPENCLT_OK;
 }
-
-// ---- environment
-// -----------------------------------------------------------------------------------------------------
 
 // Before main: a process whose scenario does not load does not start.
 __attribute__((constructor)) void loadFromEnvironment()
@@ -401,9 +386,6 @@ void vsCallsReset()
     GUARD_T guard(e.lock);
     countersClear(e);
 }
-
-// ---- inside the virtual switch
-// ----------------------------------------------------------------------------------------
 
 std::string_view vsPlainName(std::string_view name)
 {

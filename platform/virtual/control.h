@@ -70,3 +70,8 @@ void vsObserverSet(VS_OBSERVER_T observer, void *context);
 // Calls of a name since the last load or reset; "" counts all calls. Show commands are counted by their text.
 uint64_t vsCallCount(const std::string &name);
 void vsCallsReset();
+
+// Names of all client calls in the order of openclt.h, null at the end; and the commands that are rendered, where " *"
+// stands for an argument.
+extern const char *const vsCallNames[];
+std::vector<std::string> vsCommandNames();

@@ -42,7 +42,3 @@ struct VS_COMMAND_T {
 // Output of a command, literal or rendered; false when it is not known. The caller holds the lock.
 bool vsShow(const std::string &command, std::string &text);
 bool vsLiteral(const std::string &command, std::string &text);
-
-// Names of all client calls, in the order of openclt.h, and of all commands; each ends with null.
-extern const char *const vsCallNames[];
-std::vector<std::string> vsCommandNames();

@@ -187,14 +187,16 @@ bool vsRequire(VS_READ_T &read, const VS_NODE_T &node, std::initializer_list<con
 
 using VS_SECTION_READ_T = bool (*)(VS_READ_T &read, const VS_NODE_T &node);
 
-// loader_hardware.cpp
+// loader_system.cpp
 bool vsReadSystem(VS_READ_T &read, const VS_NODE_T &node);
 bool vsReadVlans(VS_READ_T &read, const VS_NODE_T &node);
+VS_VLAN_T &vsVlanAdd(VS_STATE_T &state, uint32_t id);
+
+// loader_hardware.cpp
 bool vsReadUnits(VS_READ_T &read, const VS_NODE_T &node);
 bool vsReadPorts(VS_READ_T &read, const VS_NODE_T &node);
 bool vsReadLags(VS_READ_T &read, const VS_NODE_T &node);
 VS_UNIT_T &vsUnitAdd(VS_STATE_T &state, uint32_t unit, const std::string &model);
-VS_VLAN_T &vsVlanAdd(VS_STATE_T &state, uint32_t id);
 VS_LAG_T &vsLagAdd(VS_STATE_T &state, uint32_t number);
 void vsPortsBuild(VS_READ_T &read);
 void vsLagsFinish(VS_STATE_T &state);

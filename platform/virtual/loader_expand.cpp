@@ -113,9 +113,6 @@ void vsExpandLags(VS_READ_T &read)
     }
 }
 
-// ---- tables
-// ----------------------------------------------------------------------------------------------------------
-
 static std::string deviceMac(const EXPAND &expand, uint32_t n)
 {
     static const char *const OUIS[] = {"00:10:7F", "00:19:0B", "00:0E:14", "80:1F:12", "00:1D:56",

@@ -24,9 +24,6 @@ static bool eitherName(VS_READ_T &read, const VS_NODE_T &node)
     return call != command || vsRefuse(read, node, "expected either \"call\" or \"command\" in it");
 }
 
-// ---- faults
-// ----------------------------------------------------------------------------------------------------------
-
 static bool faultKind(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
 {
     static const VS_WORD_T KINDS[] = {{"fail", VS_FAIL},      {"noFile", VS_NO_FILE},   {"empty", VS_EMPTY},
@@ -84,9 +81,6 @@ bool vsReadFaults(VS_READ_T &read, const VS_NODE_T &node)
     return true;
 }
 
-// ---- latency
-// ---------------------------------------------------------------------------------------------------------
-
 namespace {
 struct LATENCY_T {
     std::string name;
@@ -114,9 +108,6 @@ bool vsReadLatency(VS_READ_T &read, const VS_NODE_T &node)
     }
     return true;
 }
-
-// ---- literal texts
-// ---------------------------------------------------------------------------------------------------
 
 static bool textFile(VS_READ_T &read, const VS_NODE_T &node, std::string &text)
 {

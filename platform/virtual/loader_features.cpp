@@ -6,9 +6,6 @@
 // Tables of neighbours and features: FDB, ARP, LLDP, multicast groups, access lists, RADIUS, time ranges, mirroring,
 // PTP and the buffered log. What an entry refers to (interfaces, VLANs) has been made by the sections before.
 
-// ---- neighbours
-// ------------------------------------------------------------------------------------------------------
-
 using FDB = VS_FDB_T;
 static const VS_FIELD_T<FDB> FDB_FIELDS[] = {
     {"mac", value<&FDB::mac, vsMac>},
@@ -83,9 +80,6 @@ bool vsReadLldp(VS_READ_T &read, const VS_NODE_T &node)
     return true;
 }
 
-// ---- multicast
-// -------------------------------------------------------------------------------------------------------
-
 static const VS_FIELD_T<VS_SUBSCRIBER_T> SUBSCRIBER_FIELDS[] = {
     {"address", value<&VS_SUBSCRIBER_T::address, vsAddress>},
     {"mac", value<&VS_SUBSCRIBER_T::mac, vsMac>},
@@ -133,9 +127,6 @@ bool vsReadAcls(VS_READ_T &read, const VS_NODE_T &node)
             return false;
     return true;
 }
-
-// ---- services
-// --------------------------------------------------------------------------------------------------------
 
 static const VS_FIELD_T<VS_RADIUS_T> RADIUS_FIELDS[] = {
     {"address", plain<&VS_RADIUS_T::address>},
@@ -228,9 +219,6 @@ bool vsReadLog(VS_READ_T &read, const VS_NODE_T &node)
     read.out.state.log.insert(read.out.state.log.end(), entries.begin(), entries.end());
     return true;
 }
-
-// ---- order
-// -----------------------------------------------------------------------------------------------------------
 
 // Sorted by a key; of rows with equal keys the last one stays, so that an entry of the scenario replaces an expanded
 // one.

@@ -65,9 +65,6 @@ std::string vsLagName(const VS_LAG_T &lag)
     return "lag " + std::to_string(lag.number);
 }
 
-// ---- what moves
-// ------------------------------------------------------------------------------------------------------
-
 bool vsWindowOpen(const VS_WINDOW_T &window, double now)
 {
     if (now < window.from)

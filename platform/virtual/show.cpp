@@ -29,7 +29,7 @@ static const VS_SHOW_ROW_T *rowOf(const std::string &command, std::string &argum
     const VS_SHOW_ROW_T *open = nullptr;
     std::string openArgument;
     for (const VS_SHOW_ROW_T *table : TABLES)
-        for (const VS_SHOW_ROW_T *row = table; row != nullptr && row->command != nullptr; row++) {
+        for (const VS_SHOW_ROW_T *row = table; row->command != nullptr; row++) {
             if (!rowAnswers(*row, command, argument))
                 continue;
             if (argument.empty())
@@ -57,7 +57,7 @@ std::vector<std::string> vsCommandNames()
 {
     std::vector<std::string> names;
     for (const VS_SHOW_ROW_T *table : TABLES)
-        for (const VS_SHOW_ROW_T *row = table; row != nullptr && row->command != nullptr; row++)
+        for (const VS_SHOW_ROW_T *row = table; row->command != nullptr; row++)
             names.emplace_back(row->command);
     return names;
 }
