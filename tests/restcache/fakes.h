@@ -26,15 +26,22 @@ struct FAKE_T {
     bool payload = true;  // false: success without a text
     std::string lockName; // when set: whether that lock was held during the build is noted
     bool lockHeld = false;
+    std::string holdAt;
     size_t bufferSize = 0;          // bytes that were offered
     bool bufferClean = false;       // ... all of them zero
     std::vector<std::string> built; // API names, in the order of building
 };
 inline FAKE_T fake;
+inline std::atomic<bool> fakeHeld; // a builder has come to `holdAt` and stays there for ever
 
 inline void fakeNote()
 {
     fake.built.push_back(documentCurrent());
+    if (fake.holdAt == documentCurrent()) {
+        fakeHeld = true;
+        for (;;)
+            pause();
+    }
     if (fake.lockName.empty())
         return;
     std::string path = std::string(PathGet(PATH_LOCK_DIR)) + "/" + fake.lockName + ".lock";

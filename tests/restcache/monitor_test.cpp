@@ -229,11 +229,36 @@ TEST_F(Monitor, VendorsAreDetectedInThreeCyclesAfterAPortCameUp)
     EXPECT_EQ(cycles(1), "-");
 }
 
-TEST_F(Monitor, StartMarkIsTheExactText)
+TEST_F(Monitor, StartWritesItsMarkWaitsForTheProfilesThenBuildsTheStartDocuments)
 {
-    initCompleteWrite();
+    std::vector<const char *> names = {"profile", "imageInfo", "swcfg_ports_settings", "port_hardware_info"};
+    std::vector<std::string> order = {"profile",
+                                      "imageInfo",
+                                      "system_info",
+                                      "special_interface_route",
+                                      "swcfg_ports_settings",
+                                      "port_hardware_info",
+                                      "fiberOptics"};
+    for (const auto &item : schedule) {
+        names.push_back(item.first);
+        if (item.second(1))
+            order.push_back(item.first);
+    }
+    fakesRegister(names);
+    fake.holdAt = "bufferedLog"; // the last document of cycle 1
+    ASSERT_EQ(vsLoadText("{}"), "");
+    vsState().ports.clear();
+
+    std::thread(AgentRestMonitor, 0).detach(); // stays where it is held; it never ends by itself
+    while (cacheRead("init_complete").empty() || sleptSeconds() < 3)
+        std::this_thread::yield();
     EXPECT_EQ(cacheRead("init_complete"),
               R"({"init_complete": {},"resp": {"respCode": 0,"respMsg": "Success","status": "success"}})");
+    EXPECT_EQ(changeList(), "init_complete\n");
+    fileWrite(PathGet(PATH_VLANINFO_DB), "");
+    while (!fakeHeld)
+        std::this_thread::yield();
+    EXPECT_EQ(fake.built, order);
 }
 
 TEST_F(Monitor, EndsWithoutAClientAndWritesNothing)
