@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 struct RESP_CODE_T {
     int code;

@@ -18,11 +18,9 @@
 #include "runtime/process_state.h"
 #include "runtime/result.h"
 #include "runtime/startup.h"
-#include "switch/session.h"
 #include "switch/walk.h"
 
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <iterator>
 #include <unistd.h>
