@@ -1,0 +1,278 @@
+#include <algorithm>
+#include <control.h>
+#include <cstring>
+#include <dlfcn.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <model.h>
+#include <openclt.h>
+#include <regex>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// Faults, literal texts, counting, latency, and what happens when a scenario's file changes or does not load.
+
+namespace {
+
+constexpr char THREE_PORTS[] = R"({"units": {"1": {"model": "TK620-R01", "portCount": 3}}})";
+
+openclt_handle_t handle;
+
+int nameGet(uint32_t ifNum)
+{
+    char text[32];
+    openclt_buffer_t buffer{sizeof text, text};
+    return openapiIfNameGet(&handle, ifNum, &buffer);
+}
+
+std::string fileText(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+void fileSet(const std::string &path, const std::string &text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+struct SHOWN_T {
+    int result;
+    bool file;
+    std::string text;
+};
+
+class Control : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        char name[] = "/tmp/vsXXXXXX";
+        ASSERT_NE(mkdtemp(name), nullptr);
+        folder = name;
+        ASSERT_EQ(vsLoadText(THREE_PORTS), "");
+    }
+    void TearDown() override
+    {
+        vsObserverSet(nullptr, nullptr);
+        vsClockRun();
+        vsUnload();
+        EXPECT_EQ(system(("rm -r " + folder).c_str()), 0);
+    }
+    SHOWN_T show(std::string command)
+    {
+        std::string path = folder + "/out";
+        unlink(path.c_str());
+        openclt_buffer_t commandBuffer{static_cast<uint32_t>(command.size() + 1), command.data()};
+        openclt_buffer_t fileBuffer{static_cast<uint32_t>(path.size() + 1), path.data()};
+        int result = rpcclt_openapiCliShowExecuteToFile(&handle, &commandBuffer, &fileBuffer);
+        return {result, access(path.c_str(), F_OK) == 0, fileText(path)};
+    }
+    std::string folder;
+};
+
+} // namespace
+
+TEST_F(Control, FaultsStrikeByNameKeyAndUse)
+{
+    struct {
+        VS_FAULT_T fault;
+        std::vector<int> results; // of ports 1, 2, 1, 2
+    } const rows[] = {
+        {{"openapiIfNameGet"}, {-1, -1, -1, -1}},
+        {{"rpcclt_openapiIfNameGet", "2"}, {0, -1, 0, -1}},
+        {{"openapiIfNameGet", "", 3}, {0, 0, -1, 0}},
+        {{"openapiIfNameGet", "2", 2, VS_FAIL, OPENCLT_UNAVAILABLE}, {0, 0, 0, OPENCLT_UNAVAILABLE}},
+        {{"*", "1"}, {-1, 0, -1, 0}},
+        {{"openapiIfName"}, {0, 0, 0, 0}},
+    };
+    for (const auto &row : rows) {
+        vsFaultsClear();
+        vsFaultAdd(row.fault);
+        std::vector<int> results;
+        for (uint32_t ifNum : {1, 2, 1, 2})
+            results.push_back(nameGet(ifNum));
+        EXPECT_EQ(results, row.results) << row.fault.name << " " << row.fault.key << " " << row.fault.nth;
+    }
+}
+
+TEST_F(Control, AFaultActsInItsTimeOnly)
+{
+    ASSERT_EQ(vsLoadText(R"({"units": {"1": {"model": "TK620-R01"}},
+        "faults": [{"call": "openapiIfNameGet", "result": -5, "from": 10, "until": 20}]})"),
+              "");
+    for (auto [now, result] : {std::pair(9.0, 0), {10.0, -5}, {19.9, -5}, {20.0, 0}}) {
+        vsClockSet(now);
+        EXPECT_EQ(nameGet(1), result) << now;
+    }
+}
+
+TEST_F(Control, ShowCommandsCanBeSpoiled)
+{
+    const std::string text = "one\ntwo\nthree\n";
+    vsTextSet("show it", text);
+    struct {
+        VS_FAULT_T fault;
+        int result;
+        bool file;
+        std::string text;
+    } const rows[] = {
+        {{"show that"}, 0, true, text},
+        {{"show it"}, -1, false, ""},
+        {{"openapiCliShowExecuteToFile", "show it", 0, VS_FAIL, -3}, -3, false, ""},
+        {{"show it", "", 0, VS_NO_FILE}, 0, false, ""},
+        {{"show it", "", 0, VS_EMPTY}, 0, true, ""},
+        {{"show it", "", 0, VS_CUT, -1, 5}, 0, true, "one\nt"},
+        {{"show it", "", 0, VS_CUT, -1, 500}, 0, true, text},
+        {{"show it", "", 0, VS_CUT_PART, -1, 500}, 0, true, "one\ntwo"},
+        {{"show it", "", 0, VS_CRLF}, 0, true, "one\r\ntwo\r\nthree\r\n"},
+        {{"show it", "", 2, VS_EMPTY}, 0, true, text},
+    };
+    for (const auto &row : rows) {
+        vsFaultsClear();
+        vsFaultAdd(row.fault);
+        SHOWN_T shown = show("show it");
+        SCOPED_TRACE(row.fault.name + " " + std::to_string(row.fault.kind));
+        EXPECT_EQ(shown.result, row.result);
+        EXPECT_EQ(shown.file, row.file);
+        EXPECT_EQ(shown.text, row.text);
+    }
+    vsFaultsClear();
+    vsFaultAdd({"show it", "", 0, VS_GARBAGE});
+    std::string garbage = show("show it").text;
+    EXPECT_EQ(garbage.size(), text.size());
+    EXPECT_NE(garbage, text);
+    EXPECT_EQ(show("show it").text, garbage);
+}
+
+TEST_F(Control, AnUnknownCommandFailsAndLeavesNoFile)
+{
+    SHOWN_T shown = show("show nothing");
+    EXPECT_EQ(shown.result, OPENCLT_FAIL);
+    EXPECT_FALSE(shown.file);
+}
+
+TEST_F(Control, LiteralTextsGoBeforeTheRendered)
+{
+    fileSet(folder + "/v.txt", "from a file\r\n");
+    fileSet(folder + "/s.json", R"({"texts": {"show vlan": {"file": "v.txt"}, "show a": "x", "show b": ["1", "2"]}})");
+    EXPECT_NE(show("show vlan").text.find("VLAN"), std::string::npos);
+    ASSERT_EQ(vsLoadFile(folder + "/s.json"), "");
+    EXPECT_EQ(show("show vlan").text, "from a file\r\n");
+    EXPECT_EQ(show("show a").text, "x");
+    EXPECT_EQ(show("show b").text, "1\n2\n");
+}
+
+TEST_F(Control, CallsAreCountedAndSeen)
+{
+    std::string seen;
+    vsObserverSet(
+        [](void *context, const char *name, const char *key, bool isCommand) {
+            *static_cast<std::string *>(context) += std::string(isCommand ? "$" : "") + name + "(" + key + ") ";
+        },
+        &seen);
+    uint32_t size;
+    EXPECT_EQ(nameGet(2), 0);
+    EXPECT_EQ(rpcclt_openapiSystemNameMaxSizeGet(&handle, &size), 0);
+    show("show vlan");
+    EXPECT_EQ(seen, "openapiIfNameGet(2) openapiSystemNameMaxSizeGet() $show vlan(show vlan) ");
+    EXPECT_EQ(vsCallCount("openapiIfNameGet"), 1u);
+    EXPECT_EQ(vsCallCount("rpcclt_openapiCliShowExecuteToFile"), 1u);
+    EXPECT_EQ(vsCallCount("show vlan"), 1u);
+    EXPECT_EQ(vsCallCount(""), 3u);
+    vsCallsReset();
+    EXPECT_EQ(vsCallCount(""), 0u);
+    EXPECT_EQ(vsCallCount("show vlan"), 0u);
+}
+
+TEST_F(Control, ACallTakesAsLongAsTheScenarioSays)
+{
+    ASSERT_EQ(vsLoadText(R"({"units": {"1": {"model": "TK620-R01"}},
+        "latency": [{"call": "rpcclt_openapiIfNumGet", "microseconds": 1}, {"call": "openapiIfNameGet", "microseconds": 30000}]})"),
+              "");
+    timespec before, after;
+    clock_gettime(CLOCK_MONOTONIC, &before);
+    EXPECT_EQ(nameGet(1), 0);
+    clock_gettime(CLOCK_MONOTONIC, &after);
+    EXPECT_GE((after.tv_sec - before.tv_sec) * 1'000'000'000 + after.tv_nsec - before.tv_nsec, 30'000'000);
+}
+
+// Files are looked at every tenth of a second; calls go on until the state has the name, at most five seconds.
+static bool becomes(const std::string &name)
+{
+    for (int i = 0; i < 500 && vsState().system.name != name; i++) {
+        usleep(10'000);
+        nameGet(1);
+    }
+    return vsState().system.name == name;
+}
+
+TEST_F(Control, AChangedFileIsReadAgainAndABadOneKeepsTheLastGoodState)
+{
+    std::string path = folder + "/s.json";
+    fileSet(folder + "/t.txt", "a");
+    fileSet(path, R"({"system": {"name": "one"}, "texts": {"show t": {"file": "t.txt"}}})");
+    ASSERT_EQ(vsLoadFile(path), "");
+    testing::internal::CaptureStderr();
+    fileSet(path, "{\n\"sistem\": {}}");
+    usleep(150'000);
+    for (int i = 0; i < 30; i++) {
+        nameGet(1);
+        usleep(10'000);
+    }
+    std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(vsState().system.name, "one");
+    EXPECT_EQ(said.substr(0, said.find(": not a key")), "vswitch: " + path + ":2: sistem");
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+    fileSet(path, R"({"system": {"name": "two"}, "texts": {"show t": {"file": "t.txt"}}})");
+    EXPECT_TRUE(becomes("two"));
+    fileSet(folder + "/t.txt", "another");
+    for (int i = 0; i < 500 && show("show t").text != "another"; i++)
+        usleep(10'000);
+    EXPECT_EQ(show("show t").text, "another");
+}
+
+// The names are those that the header declares, so a call that is added there has to be listed.
+TEST_F(Control, EveryCallOfTheHeaderIsListed)
+{
+    std::string header = fileText(DEVMGR_SOURCE_DIR "/platform/openclt/openclt.h");
+    std::regex declaration("\nint (\\w+)\\(");
+    std::vector<std::string> declared, listed;
+    for (std::sregex_iterator at(header.begin(), header.end(), declaration), end; at != end; ++at)
+        declared.push_back((*at)[1]);
+    for (const char *const *name = vsCallNames; *name != nullptr; name++)
+        listed.emplace_back(*name);
+    EXPECT_EQ(listed, declared);
+}
+
+// Each call is made with zeroed memory behind every pointer; no call has more than eight arguments.
+TEST_F(Control, WithoutAScenarioEveryCallFailsAndWritesNothing)
+{
+    vsUnload();
+    using CALL_T = int (*)(void *, void *, void *, void *, void *, void *, void *, void *);
+    static char memory[8][65536];
+    static const char zeros[sizeof memory[0]] = {};
+    for (const char *const *name = vsCallNames; *name != nullptr; name++) {
+        CALL_T call = reinterpret_cast<CALL_T>(dlsym(RTLD_DEFAULT, *name));
+        ASSERT_NE(call, nullptr) << *name;
+        memset(memory, 0, sizeof memory);
+        int result = call(memory[0], memory[1], memory[2], memory[3], memory[4], memory[5], memory[6], memory[7]);
+        EXPECT_EQ(result, OPENCLT_FAIL) << *name;
+        for (const auto &block : memory)
+            EXPECT_EQ(memcmp(block, zeros, sizeof block), 0) << *name;
+    }
+}
+
+// What the daemon's process sees when VSWITCH_SCENARIO is set.
+TEST_F(Control, AProcessWhoseScenarioDoesNotLoadIsNotStarted)
+{
+    fileSet(folder + "/bad.json", "{\"units\": 5}");
+    std::string command =
+        "VSWITCH_SCENARIO=" + folder + "/bad.json " DEVMGR_BINARY " --version >" + folder + "/out 2>" + folder + "/err";
+    int status = system(command.c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 2);
+    EXPECT_EQ(fileText(folder + "/out"), "");
+    EXPECT_EQ(fileText(folder + "/err"), folder + "/bad.json:1: units: expected an object\n");
+}
