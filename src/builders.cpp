@@ -2,6 +2,10 @@
 
 #include "builders.h"
 
+#include "collectors/feature/lag.h"
+#include "collectors/feature/poe.h"
+#include "collectors/feature/poe_schedule.h"
+#include "collectors/feature/trunk.h"
 #include "collectors/port/port_statistics.h"
 #include "collectors/system/device_health.h"
 #include "collectors/system/device_time.h"
@@ -14,6 +18,15 @@ static const BUILDER_T builders[] = {
     // ports
     builderText("portStats_outbound_ex", portStatsOutboundGet),
     builderText("portStats_inbound_ex", portStatsInboundGet),
+    // features
+    builderText("sw_lag_cfg", getLagInfoList),
+    builderText("sw_lag_cfg_ex", getLagInfoListEx),
+    builderText("sw_auto_lag_cfg", getAutoLagCfg),
+    builderText("sw_auto_trunk_cfg", switchTrunkModeGet),
+    builderText("sw_manual_trunk_cfg", manualTrunkGet),
+    builderText("swcfg_poe", getPortsPoeJson),
+    builderText("swcfg_poe_info", gePoeInfoJson),
+    builderText("scheduleList", getPoeScheduleAllJson),
     // system
     builderText("system_info", systemInfoGet),
     builderText("device_health", deviceHealthGet),
