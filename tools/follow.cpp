@@ -9,15 +9,16 @@
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 
-#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fstream>
 #include <getopt.h>
+#include <poll.h>
 #include <string>
 #include <sys/ioctl.h>
+#include <sys/signalfd.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
@@ -58,8 +59,8 @@ static const char usageText[] =
     "  --limit SECONDS  how long --check waits (default 60)\n";
 
 static bool optionsTake(int argc, char **argv, FOLLOW_T *follow);
-static int follow(FOLLOW_T *follow, const sigset_t *signals);
-static int check(FOLLOW_T *follow, const sigset_t *signals);
+static int follow(FOLLOW_T *follow, int signals);
+static int check(FOLLOW_T *follow, int signals);
 static void look(FOLLOW_T *follow, bool bySignal);
 static OWNED_DB cacheOpen();
 static void readAll(FOLLOW_T *follow);
@@ -107,23 +108,33 @@ static void idFileRemove()
 
 enum WAKE_T { WAKE_CHANGE, WAKE_TIME, WAKE_RESIZE, WAKE_END };
 
-static WAKE_T waitFor(const sigset_t *signals, double seconds)
+// Whether an interrupt is pending for this very thread, as the daemon sends it, and not for the process. Kernels differ
+// in what si_code says of the two, so the pending set is what tells them apart; the thread's own signals are taken
+// first.
+static bool threadInterrupted()
 {
-    struct timespec limit;
-    siginfo_t info;
+    std::ifstream status("/proc/thread-self/status");
+    std::string line;
 
-    limit.tv_sec = static_cast<time_t>(seconds);
-    limit.tv_nsec = static_cast<long>((seconds - floor(seconds)) * 1e9);
-    switch (sigtimedwait(signals, &info, &limit)) {
-    case SIGINT:
-        return info.si_code == SI_TKILL ? WAKE_CHANGE : WAKE_END;
-    case SIGWINCH:
-        return WAKE_RESIZE;
-    case -1:
+    while (std::getline(status, line))
+        if (line.compare(0, 7, "SigPnd:") == 0)
+            return (strtoull(line.c_str() + 7, nullptr, 16) >> (SIGINT - 1) & 1) != 0;
+    return false;
+}
+
+static WAKE_T waitFor(int signals, double seconds)
+{
+    struct pollfd ready = {signals, POLLIN, 0};
+    struct signalfd_siginfo info;
+
+    if (poll(&ready, 1, static_cast<int>(seconds * 1000)) != 1)
         return WAKE_TIME;
-    default:
-        return WAKE_END;
-    }
+    bool change = threadInterrupted();
+    if (read(signals, &info, sizeof(info)) != sizeof(info))
+        return WAKE_TIME;
+    if (info.ssi_signo == SIGWINCH)
+        return WAKE_RESIZE;
+    return info.ssi_signo == SIGINT && change ? WAKE_CHANGE : WAKE_END;
 }
 
 // A child that ended but was not waited for yet counts as ended.
@@ -142,14 +153,15 @@ static bool daemonEnded(const FOLLOW_T *follow)
 int main(int argc, char **argv)
 {
     FOLLOW_T state;
-    sigset_t signals;
+    sigset_t blocked;
 
     if (!optionsTake(argc, argv, &state))
         return 2;
-    sigemptyset(&signals);
+    sigemptyset(&blocked);
     for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH})
-        sigaddset(&signals, number);
-    sigprocmask(SIG_BLOCK, &signals, nullptr); // before the daemon can know of this process
+        sigaddset(&blocked, number);
+    sigprocmask(SIG_BLOCK, &blocked, nullptr); // before the daemon can know of this process
+    OWNED_FD_T signals(signalfd(-1, &blocked, SFD_CLOEXEC | SFD_NONBLOCK));
     state.list.path = PathGet(PATH_REST_DELTA);
     state.terminal = isatty(STDOUT_FILENO) && state.expected.empty();
     state.started = steadySeconds();
@@ -157,7 +169,7 @@ int main(int argc, char **argv)
         perror(PathGet(PATH_WS_PID));
         return 1;
     }
-    int status = state.expected.empty() ? follow(&state, &signals) : check(&state, &signals);
+    int status = state.expected.empty() ? follow(&state, signals.fd) : check(&state, signals.fd);
     idFileRemove();
     return status;
 }
@@ -205,7 +217,7 @@ static bool optionsTake(int argc, char **argv, FOLLOW_T *follow)
 // ---- following
 // -------------------------------------------------------------------------------------------------------
 
-static int follow(FOLLOW_T *follow, const sigset_t *signals)
+static int follow(FOLLOW_T *follow, int signals)
 {
     WAKE_T wake = WAKE_TIME;
 
@@ -444,7 +456,7 @@ static int verdict(const FOLLOW_T *follow)
     return bad;
 }
 
-static int check(FOLLOW_T *follow, const sigset_t *signals)
+static int check(FOLLOW_T *follow, int signals)
 {
     WAKE_T wake = WAKE_TIME;
     const char *trouble = nullptr;
