@@ -6,6 +6,7 @@
 #include "collectors/feature/poe.h"
 #include "collectors/feature/poe_schedule.h"
 #include "collectors/feature/trunk.h"
+#include "collectors/port/interfaces_status.h"
 #include "collectors/port/port_statistics.h"
 #include "collectors/system/device_health.h"
 #include "collectors/system/device_time.h"
@@ -16,6 +17,7 @@
 
 static const BUILDER_T builders[] = {
     // ports
+    builderText("interfaces_status", interfacesStatusBuild),
     builderText("portStats_outbound_ex", portStatsOutboundGet),
     builderText("portStats_inbound_ex", portStatsInboundGet),
     // features
