@@ -30,7 +30,9 @@ template <size_t COUNT> static bool contains(const char *const (&names)[COUNT], 
 
 static bool hasBuilder(const char *name)
 {
-    for (BUILDER_KIND kind : {BUILDER_TEXT, BUILDER_BUFFER, BUILDER_OBJECT, BUILDER_WRITES})
+    static const BUILDER_KIND kinds[] = {BUILDER_TEXT, BUILDER_BUFFER, BUILDER_OBJECT, BUILDER_WRITES};
+
+    for (BUILDER_KIND kind : kinds)
         if (builderFind(name, kind) != nullptr)
             return true;
     return false;
