@@ -1,0 +1,213 @@
+#include "stores/vlan_info.h"
+
+#include "sql.h"
+#include "support/alloc.h"
+#include "support/root.h"
+
+#include <chrono>
+#include <climits>
+#include <thread>
+
+using namespace std::string_literals;
+
+namespace {
+struct VlanInfo : testing::Test {
+    void SetUp() override
+    {
+        vlanInfoTableMake();
+    }
+    // Row of an ID as "type|name|profile type|colour"; "" when there is none and the out places were left alone.
+    static std::string row(int id)
+    {
+        int32_t vlanType = 77;
+        char name[256] = "kept", type[256] = "kept", color[8] = "kept";
+        int found = vlanInfoSelectById(id, &vlanType, name, type, color);
+        std::string text = std::to_string(vlanType) + "|" + name + "|" + type + "|" + color;
+        EXPECT_TRUE(found == 1 || text == "77|kept|kept|kept") << text;
+        return found == 1 ? text : "";
+    }
+    static void insert(const std::string &values)
+    {
+        sqlRun(PATH_VLANINFO_DB, "insert into vlanInfo values(" + values + ")");
+    }
+    static int listLoad()
+    {
+        OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+        return vlanInfoSelectAll(list.get());
+    }
+    TEST_ROOT_T root;
+};
+
+// The database held by another process until release.
+struct LOCK_T {
+    LOCK_T() : db(sqlOpen(PATH_VLANINFO_DB))
+    {
+        EXPECT_EQ(sqlite3_exec(db.get(), "begin exclusive", nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    void release()
+    {
+        EXPECT_EQ(sqlite3_exec(db.get(), "commit", nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    OWNED_DB db;
+};
+} // namespace
+
+TEST_F(VlanInfo, TextsComeBackAsTheyWereStored)
+{
+    for (const char *name :
+         {"O'Brien's \"stage\"", "100 %s %d %n %%", "'); drop table vlanInfo;--", "", "Bühne 日本"}) {
+        ASSERT_EQ(vlanInfoReplace(10, 4, name, name, "#00ff00"), 0) << name;
+        EXPECT_EQ(row(10), "4|"s + name + "|" + name + "|#00ff00");
+    }
+    ASSERT_EQ(vlanInfoReplace(11, 1, "other", "Default", "#000000"), 0);
+    ASSERT_EQ(vlanInfoReplace(10, 5, "second", "Default", "#111111"), 0);
+    EXPECT_EQ(row(10), "5|second|Default|#111111");
+    EXPECT_EQ(row(11), "1|other|Default|#000000");
+    EXPECT_EQ(row(12), "");
+    EXPECT_EQ(vlanInfoSelectById(10, nullptr, nullptr, nullptr, nullptr), 1);
+    EXPECT_EQ(logText(), "");
+}
+
+TEST_F(VlanInfo, OddCellsAreHeldWithinTheirFields)
+{
+    insert("1, NULL, NULL, NULL, NULL");
+    insert("2, 99999999999, '" + std::string(300, 'n') + "', '" + std::string(300, 't') + "', '#123456789'");
+    insert("3, 'six', 12, 1.5, x'00'");
+    EXPECT_EQ(row(1), "0|||");
+    EXPECT_EQ(row(2), std::to_string(INT_MAX) + "|" + std::string(255, 'n') + "|" + std::string(255, 't') + "|#123456");
+    EXPECT_EQ(row(3), "0|12|1.5|");
+
+    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+    ASSERT_EQ(vlanInfoSelectAll(list.get()), 3);
+    vlanInfoListSortById(list.get());
+    for (int id = 1; id <= 3; id++) {
+        const VLAN_INFO_ENTRY_T *entry = vlanInfoListFindById(list.get(), id);
+        ASSERT_NE(entry, nullptr) << id;
+        EXPECT_EQ(std::to_string(entry->vlanType) + "|" + entry->profileName + "|" + entry->profileType + "|" +
+                      entry->color,
+                  row(id));
+    }
+}
+
+TEST_F(VlanInfo, ListIsSortedSearchedAndLoadedAgain)
+{
+    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+    EXPECT_EQ(vlanInfoListFindById(list.get(), 1), nullptr);
+    EXPECT_EQ(vlanInfoSelectAll(list.get()), 0);
+    for (int id : {30, 4095, -5, 1, 200})
+        insert(std::to_string(id) + ", 1, 'n" + std::to_string(id) + "', 't', '#000000'");
+    for (int i = 0; i < 2; i++) { // a second load starts over
+        ASSERT_EQ(vlanInfoSelectAll(list.get()), 5);
+        vlanInfoListSortById(list.get());
+        for (int id : {30, 4095, -5, 1, 200}) {
+            const VLAN_INFO_ENTRY_T *entry = vlanInfoListFindById(list.get(), id);
+            ASSERT_NE(entry, nullptr) << id;
+            EXPECT_EQ(entry->profileName, "n" + std::to_string(id));
+        }
+        for (int id : {-6, 0, 31, 4096})
+            EXPECT_EQ(vlanInfoListFindById(list.get(), id), nullptr) << id;
+    }
+}
+
+TEST_F(VlanInfo, ListTakesAtMostItsCapacity)
+{
+    sqlRun(PATH_VLANINFO_DB, "with recursive n(i) as (select 1 union all select i + 1 from n where i < 5000) "
+                             "insert into vlanInfo select i, i % 9, 'name', 'type', '#000000' from n");
+    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+    EXPECT_EQ(vlanInfoSelectAll(list.get()), 4096);
+    EXPECT_EQ(list->count, 4096U);
+    EXPECT_EQ(row(5000), "5|name|type|#000000");
+}
+
+TEST_F(VlanInfo, MissingFileIsReportedAndNotCreated)
+{
+    ASSERT_EQ(remove(PathGet(PATH_VLANINFO_DB)), 0);
+    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+    EXPECT_EQ(vlanInfoReplace(1, 1, "n", "t", "#000000"), SQLITE_CANTOPEN);
+    EXPECT_EQ(row(1), "");
+    EXPECT_EQ(vlanInfoSelectAll(list.get()), -1);
+    EXPECT_FALSE(fileExists(PathGet(PATH_VLANINFO_DB)));
+    EXPECT_EQ(logText(), "(ERROR) vlanInfoReplace: Can't open database: unable to open database file\n"
+                         "(ERROR) vlanInfoSelectById: Can't open database: unable to open database file\n"
+                         "(ERROR) vlanInfoSelectAll: Can't open database: unable to open database file\n");
+}
+
+TEST_F(VlanInfo, FailedStatementIsNamed)
+{
+    sqlRun(PATH_VLANINFO_DB, "drop table vlanInfo");
+    EXPECT_EQ(vlanInfoReplace(1, 2, "it's", "t", "#000000"), SQLITE_ERROR);
+    EXPECT_EQ(row(1), "");
+    EXPECT_EQ(listLoad(), -1);
+    EXPECT_EQ(
+        logText(),
+        "(ERROR) vlanInfoReplace: replace into vlanInfo values(    1,    2,    'it''s',    't',    '#000000'    ) "
+        "error: no such table: vlanInfo\n"
+        "(ERROR) vlanInfoSelectById: select * from vlanInfo where id = 1 error: no such table: vlanInfo\n"
+        "(ERROR) vlanInfoSelectAll: vlanInfoSelectAll error: no such table: vlanInfo\n");
+}
+
+TEST_F(VlanInfo, FileThatIsNoDatabaseOrHasAnotherTableFails)
+{
+    sqlRun(PATH_VLANINFO_DB, "drop table vlanInfo; create table vlanInfo(id int); insert into vlanInfo values(1)");
+    EXPECT_EQ(row(1), "");
+    EXPECT_EQ(listLoad(), -1);
+    fileWrite(PathGet(PATH_VLANINFO_DB), std::string(4096, 'x'));
+    EXPECT_EQ(row(1), "");
+    EXPECT_EQ(listLoad(), -1);
+    EXPECT_EQ(vlanInfoReplace(1, 2, "n", "t", "#000000"), SQLITE_NOTADB);
+}
+
+TEST_F(VlanInfo, WaitsForAnotherProcess)
+{
+    LOCK_T lock;
+    std::thread other([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        lock.release();
+    });
+    EXPECT_EQ(vlanInfoReplace(7, 2, "n", "t", "#000000"), 0);
+    other.join();
+    EXPECT_EQ(row(7), "2|n|t|#000000");
+    EXPECT_EQ(logText(), "");
+}
+
+TEST_F(VlanInfo, GivesUpAfterThreeSeconds)
+{
+    insert("7, 2, 'n', 't', '#000000'");
+    LOCK_T lock;
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(listLoad(), -1);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2900));
+    lock.release();
+    EXPECT_EQ(row(7), "2|n|t|#000000");
+    EXPECT_EQ(logText(), "(ERROR) vlanInfoSelectAll: vlanInfoSelectAll error: database is locked\n");
+}
+
+TEST_F(VlanInfo, NoMemoryLeavesNoHalfMadeList)
+{
+    bool reached = true;
+    for (int n = 0; reached; n++) {
+        allocFailAt(n, ALLOC_OWN);
+        OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+        reached = allocFailStop();
+        EXPECT_EQ(list == nullptr, reached) << n;
+    }
+    EXPECT_EQ(vlanInfoSelectAll(nullptr), -1);
+}
+
+TEST_F(VlanInfo, NoMemoryInTheDatabaseIsAFailure)
+{
+    insert("7, 2, 'n', 't', '#000000'");
+    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+    bool reached = true;
+    for (int n = 0; reached; n += 3) {
+        allocFailAt(n, ALLOC_SQLITE);
+        int loaded = vlanInfoSelectAll(list.get());
+        std::string found = row(7);
+        int replaced = vlanInfoReplace(7, 2, "n", "t", "#000000");
+        reached = allocFailStop();
+        EXPECT_TRUE(loaded == 1 || loaded == -1) << n;
+        EXPECT_TRUE(found == "2|n|t|#000000" || found.empty()) << n << found;
+        EXPECT_TRUE(reached || (loaded == 1 && !found.empty() && replaced == 0)) << n;
+    }
+    EXPECT_EQ(row(7), "2|n|t|#000000");
+}
