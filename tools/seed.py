@@ -168,12 +168,13 @@ def seed_templates(root):
         write_json(os.path.join(folder, file_name(name)), {"name": name, "type": number, **TEMPLATE_DEFAULTS, **members})
 
 
-def build_oui(path):
+def build_oui(path, registry):
     vendors = {}
-    with open(IEEE_CSV, encoding="utf-8", newline="") as text:
-        for row in csv.DictReader(text):
-            digits = row["Assignment"].upper()
-            vendors.setdefault(":".join((digits[0:2], digits[2:4], digits[4:6])), row["Organization Name"].strip())
+    if registry:
+        with open(IEEE_CSV, encoding="utf-8", newline="") as text:
+            for row in csv.DictReader(text):
+                digits = row["Assignment"].upper()
+                vendors.setdefault(":".join((digits[0:2], digits[2:4], digits[4:6])), row["Organization Name"].strip())
     for vendor, ouis in VENDOR_OUIS.items():
         for oui in ouis:
             vendors.setdefault(oui, vendor)
@@ -191,7 +192,7 @@ def seed_oui(root, cache):
     sources = max(os.path.getmtime(IEEE_CSV), os.path.getmtime(__file__))
     if not os.path.exists(cached) or os.path.getmtime(cached) < sources:
         os.makedirs(cache, exist_ok=True)
-        build_oui(cached)
+        build_oui(cached, registry=True)
     shutil.copyfile(cached, os.path.join(root, APP, "oui/oui.db"))
 
 
@@ -200,6 +201,8 @@ def main():
     parser.add_argument("--scenario", required=True, help="scenario file whose VLANs get profiles")
     parser.add_argument("--cache", required=True, help="folder that keeps the OUI database between runs")
     parser.add_argument("--fresh", action="store_true", help="remove an earlier run's cache, change list and log")
+    parser.add_argument("--few-ouis", action="store_true",
+                        help="only the vendors that detection knows, which are the same on every host")
     parser.add_argument("--log-level", metavar="DIGIT", help="threshold of the daemon's log")
     parser.add_argument("root")
     args = parser.parse_args()
@@ -217,7 +220,10 @@ def main():
     rows = profiles_of(scenario_vlans(args.scenario))
     seed_exports(args.root, rows)
     seed_templates(args.root)
-    seed_oui(args.root, args.cache)
+    if args.few_ouis:
+        build_oui(os.path.join(args.root, APP, "oui/oui.db"), registry=False)
+    else:
+        seed_oui(args.root, args.cache)
     write_json(os.path.join(args.root, "tmp/manual_trunk_config"), {"physicalPort": [49, 50], "lagPort": [1]})
     write_json(os.path.join(args.root, "mnt/fastpath/vesta_config"),
                {"switchConfig": {"clock": {"timezone": "Europe/Berlin"}}})

@@ -155,8 +155,7 @@ void AgentRestMonitor(intptr_t)
     initCompleteWrite();
     while (access(PathGet(PATH_VLANINFO_DB), F_OK) != 0)
         ClockSleep(1);
-    for (const char *apiName : startDocuments)
-        documentWriteBack(apiName);
+    startDocumentsWrite();
     GetAllRestApiData();
     (void)TmrStart(monitor.taskId, REFRESH_EVENT, REFRESH_PERIOD); // logs its own failure
     eventsServe();
@@ -176,6 +175,22 @@ void GetAllRestApiData()
 void initCompleteWrite()
 {
     (void)restapi_db_operation(REST_DB_WRITE, "init_complete", initCompleteText); // logs its own failure
+}
+
+void startDocumentsWrite()
+{
+    for (const char *apiName : startDocuments)
+        documentWriteBack(apiName);
+}
+
+const char *cycleItemName(unsigned index)
+{
+    return index < CADENCE_COUNT ? cadenceTable[index].name : nullptr;
+}
+
+void cycleItemRun(unsigned index)
+{
+    itemRun(&cadenceTable[index]);
 }
 
 void portLinkWatch()

@@ -14,6 +14,14 @@ void GetAllRestApiData();
 // Write the "init_complete" record.
 void initCompleteWrite();
 
+// Write the documents that are made once, before the first cycle.
+void startDocumentsWrite();
+
+// Items of the cadence table, for tools: the name at an index (null beyond the last), and one run of that item as a
+// cycle does it, whether it is due or not. A change of a direct item is signalled by the next cycle.
+[[nodiscard]] const char *cycleItemName(unsigned index);
+void cycleItemRun(unsigned index);
+
 // Rebuild "interfaces_status", watch the links, and rebuild "port_vendor_detect" after a port came up.
 void portLinkWatch();
 

@@ -1,0 +1,292 @@
+#include "documents.h"
+
+// Stands between the tools that judge documents (goldens, sweep, bench) and the daemon's rooms. The time of day moves
+// with the waiting that the daemon does and with nothing else; the switch's time stands still.
+
+#include "restcache/builder.h"
+#include "restcache/monitor.h"
+#include "restcache/store.h"
+#include "restcache/writeback.h"
+#include "runtime/clock.h"
+#include "runtime/log.h"
+#include "runtime/owned.h"
+#include "runtime/paths.h"
+#include "runtime/process_state.h"
+#include "switch/session.h"
+
+#include <control.h>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <model.h>
+#include <spawn.h>
+#include <sstream>
+#include <sys/wait.h>
+
+static int64_t sleptMilliseconds;
+static double frozenSeconds;
+
+static std::string rootMake();
+static bool programRun(const std::vector<std::string> &arguments);
+static void timeNow(struct timespec *now);
+static void timeSleep(uint32_t milliseconds);
+static bool hasBuilder(const char *name);
+static std::vector<DOCUMENT_T> documentsOfTables();
+static OWNED_DB cacheOpen();
+static void cacheRun(sqlite3 *db, const char *sql, const char *name, const char *data);
+
+static const CLOCK_SOURCE_T frozenClock = {timeNow, timeSleep};
+
+std::string rootSeed(const std::string &scenario)
+{
+    std::string root = rootMake();
+
+    if (root.empty() || programRun({"/usr/bin/python3", DEVMGR_SOURCE_DIR "/tools/seed.py", "--few-ouis", "--scenario",
+                                    scenario, "--cache", root, root}))
+        return root;
+    fprintf(stderr, "seed.py failed for %s\n", scenario.c_str());
+    rootRemove(root);
+    return "";
+}
+
+std::string rootCopy(const std::string &root)
+{
+    std::string copy = rootMake();
+    std::error_code error;
+
+    if (copy.empty())
+        return "";
+    std::filesystem::copy(root, copy, std::filesystem::copy_options::recursive, error);
+    if (!error)
+        return copy;
+    fprintf(stderr, "%s: %s\n", root.c_str(), error.message().c_str());
+    rootRemove(copy);
+    return "";
+}
+
+void rootRemove(const std::string &root)
+{
+    std::error_code ignored; // a temporary folder that cannot be removed harms nobody
+
+    if (!root.empty())
+        std::filesystem::remove_all(root, ignored);
+}
+
+bool switchUse(const std::string &root, const std::string &scenario, double seconds)
+{
+    if (PathsInit(root.c_str(), nullptr) != 0) {
+        fprintf(stderr, "%s: too long for a root\n", root.c_str());
+        return false;
+    }
+    if (!scenario.empty()) {
+        std::string error = vsLoadFile(scenario);
+        if (!error.empty()) {
+            fprintf(stderr, "%s\n", error.c_str());
+            return false;
+        }
+        vsClockSet(seconds);
+        frozenSeconds = seconds;
+    }
+    ClockSourceSet(&frozenClock);
+    return true;
+}
+
+void processBegin()
+{
+    processStateReset();
+    LogInit(LOG_OPTION_FILE, 8, "devmgr");
+    sleptMilliseconds = 0;
+    // Failures show as documents that are not there.
+    (void)initHandler("documents", monitorClientHandle());
+    (void)restapi_db_operation(REST_DB_CREATE, nullptr, nullptr);
+    // Items that wait for another process to ask are asked for.
+    textWrite(PathGet(PATH_FIBER_REQUEST), std::to_string(ClockSeconds()));
+}
+
+std::vector<DOCUMENT_T> documentsListed()
+{
+    std::vector<DOCUMENT_T> linked;
+
+    for (const DOCUMENT_T &document : documentsOfTables()) {
+        if (hasBuilder(document.name))
+            linked.push_back(document);
+    }
+    return linked;
+}
+
+std::vector<std::string> documentsNotLinked()
+{
+    std::vector<std::string> names;
+
+    for (const DOCUMENT_T &document : documentsOfTables()) {
+        if (!hasBuilder(document.name))
+            names.push_back(document.name);
+    }
+    return names;
+}
+
+void documentRun(const DOCUMENT_T &document)
+{
+    if (document.cycleItem >= 0)
+        cycleItemRun(static_cast<unsigned>(document.cycleItem));
+    else
+        (void)rest_db_writeback(monitorClientHandle(), document.name); // logs its own failures
+}
+
+void documentsRunAll()
+{
+    initCompleteWrite();
+    startDocumentsWrite();
+    GetAllRestApiData();
+    for (const DOCUMENT_T &document : documentsListed()) {
+        if (document.cycleItem < 0)
+            documentRun(document);
+    }
+}
+
+RECORDS_T recordsRead()
+{
+    RECORDS_T records;
+    OWNED_DB db = cacheOpen();
+    sqlite3_stmt *prepared = nullptr;
+
+    (void)sqlite3_prepare_v2(db.get(), "SELECT api_name, data FROM restapi_db;", -1, &prepared, nullptr);
+    OWNED_STATEMENT select(prepared);
+    while (prepared != nullptr && sqlite3_step(prepared) == SQLITE_ROW) {
+        const unsigned char *name = sqlite3_column_text(prepared, 0);
+        const unsigned char *data = sqlite3_column_text(prepared, 1);
+        if (name != nullptr && data != nullptr)
+            records[reinterpret_cast<const char *>(name)] = reinterpret_cast<const char *>(data);
+    }
+    return records;
+}
+
+void recordsWrite(const RECORDS_T &records)
+{
+    OWNED_DB db = cacheOpen();
+
+    cacheRun(db.get(), "BEGIN;", nullptr, nullptr);
+    cacheRun(db.get(), "DELETE FROM restapi_db;", nullptr, nullptr);
+    for (const auto &[name, data] : records)
+        cacheRun(db.get(), "INSERT INTO restapi_db (api_name, data) VALUES (?, ?);", name.c_str(), data.c_str());
+    cacheRun(db.get(), "COMMIT;", nullptr, nullptr);
+}
+
+void recordsDelete(const std::vector<std::string> &names)
+{
+    OWNED_DB db = cacheOpen();
+
+    for (const std::string &name : names)
+        cacheRun(db.get(), "DELETE FROM restapi_db WHERE api_name = ?;", name.c_str(), nullptr);
+}
+
+std::string textRead(const std::string &path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    std::ostringstream text;
+
+    text << stream.rdbuf();
+    return text.str();
+}
+
+void textWrite(const std::string &path, const std::string &text)
+{
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+static std::string rootMake()
+{
+    char name[] = "/tmp/dm_XXXXXX";
+
+    if (mkdtemp(name) != nullptr)
+        return name;
+    perror(name);
+    return "";
+}
+
+static bool programRun(const std::vector<std::string> &arguments)
+{
+    std::vector<char *> argv;
+    posix_spawn_file_actions_t actions;
+    pid_t child;
+    int status = -1;
+
+    for (const std::string &argument : arguments)
+        argv.push_back(const_cast<char *>(argument.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    bool started = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ) == 0;
+    posix_spawn_file_actions_destroy(&actions);
+    return started && waitpid(child, &status, 0) == child && status == 0;
+}
+
+static void timeNow(struct timespec *now)
+{
+    int64_t milliseconds = static_cast<int64_t>(frozenSeconds * 1000) + sleptMilliseconds;
+
+    now->tv_sec = static_cast<time_t>(vsState().epoch + milliseconds / 1000);
+    now->tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000L;
+}
+
+static void timeSleep(uint32_t milliseconds)
+{
+    sleptMilliseconds += milliseconds;
+}
+
+static bool hasBuilder(const char *name)
+{
+    for (BUILDER_KIND kind : {BUILDER_TEXT, BUILDER_BUFFER, BUILDER_OBJECT, BUILDER_WRITES}) {
+        if (builderFind(name, kind) != nullptr)
+            return true;
+    }
+    return false;
+}
+
+static std::vector<DOCUMENT_T> documentsOfTables()
+{
+    std::vector<DOCUMENT_T> documents;
+    auto listed = [&documents](const char *name) {
+        for (const DOCUMENT_T &document : documents) {
+            if (strcmp(document.name, name) == 0)
+                return true;
+        }
+        return false;
+    };
+
+    for (unsigned i = 0; cycleItemName(i) != nullptr; i++) {
+        if (strcmp(cycleItemName(i), "change signal") != 0)
+            documents.push_back({cycleItemName(i), static_cast<int>(i)});
+    }
+    for (unsigned i = 0; writebackName(i) != nullptr; i++) {
+        if (!listed(writebackName(i)))
+            documents.push_back({writebackName(i), -1});
+    }
+    return documents;
+}
+
+static OWNED_DB cacheOpen()
+{
+    sqlite3 *opened = nullptr;
+
+    if (sqlite3_open(PathGet(PATH_REST_DB), &opened) != SQLITE_OK)
+        fprintf(stderr, "%s: %s\n", PathGet(PATH_REST_DB), sqlite3_errmsg(opened));
+    sqlite3_exec(opened, "PRAGMA synchronous = OFF;", nullptr, nullptr, nullptr);
+    return OWNED_DB(opened);
+}
+
+static void cacheRun(sqlite3 *db, const char *sql, const char *name, const char *data)
+{
+    sqlite3_stmt *prepared = nullptr;
+
+    (void)sqlite3_prepare_v2(db, sql, -1, &prepared, nullptr);
+    OWNED_STATEMENT statement(prepared);
+    if (name != nullptr)
+        sqlite3_bind_text(prepared, 1, name, -1, SQLITE_STATIC);
+    if (data != nullptr)
+        sqlite3_bind_text(prepared, 2, data, -1, SQLITE_STATIC);
+    if (prepared == nullptr || sqlite3_step(prepared) != SQLITE_DONE)
+        fprintf(stderr, "%s: %s\n", sql, sqlite3_errmsg(db));
+}

@@ -1,0 +1,205 @@
+// golden.cpp - every document of every shipped scenario, at a frozen time, against the golden texts.
+//
+// A golden is the stored text with a line end, in tests/golden/<scenario>/<API name>.json, '/' in the name as %2F. A
+// document that differs, has no golden, or a golden that has no document any more is a failure; --update rewrites.
+
+#include "builders.h"
+#include "documents.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <set>
+#include <spawn.h>
+#include <sys/wait.h>
+
+struct OPTIONS_T {
+    bool update = false;
+    std::vector<std::string> scenarios; // paths; none: all shipped ones
+    std::set<std::string> names;        // API names; none: all
+};
+
+struct TALLY_T {
+    unsigned documents = 0;
+    unsigned different = 0;
+};
+
+static const char USAGE[] = "usage: golden [--update] [--scenario FILE]... [NAME]...\n"
+                            "Compares the documents of the scenarios (default: all shipped) with tests/golden.\n"
+                            "NAMEs (API names) leave the others alone.\n";
+static const char GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden";
+static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios";
+
+static bool optionsTake(int argc, char **argv, OPTIONS_T *options);
+static std::vector<std::string> filesOf(const std::string &folder);
+static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally);
+static RECORDS_T goldensRead(const std::string &folder);
+static void documentCompare(const std::string &name, const std::string &golden, const std::string &now,
+                            const std::string &folder);
+static void goldensUpdate(const std::string &folder, const std::string &name, const std::string &now);
+static std::string fileName(const std::string &apiName);
+static std::string apiName(const std::string &fileStem);
+static bool wanted(const OPTIONS_T &options, const std::string &name);
+
+int main(int argc, char **argv)
+{
+    OPTIONS_T options;
+    TALLY_T tally;
+
+    if (!optionsTake(argc, argv, &options)) {
+        fputs(USAGE, stderr);
+        return 2;
+    }
+    if (options.scenarios.empty())
+        options.scenarios = filesOf(SCENARIOS);
+    buildersRegister();
+    for (const std::string &name : documentsNotLinked())
+        printf("not linked, skipped: %s\n", name.c_str());
+    for (const std::string &scenario : options.scenarios) {
+        if (!scenarioCompare(options, scenario, &tally))
+            return 2;
+    }
+    printf("golden: %zu scenarios, %u documents, %u %s\n", options.scenarios.size(), tally.documents, tally.different,
+           options.update ? "rewritten" : "different");
+    return tally.different == 0 || options.update ? 0 : 1;
+}
+
+static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
+{
+    for (int i = 1; i < argc; i++) {
+        if (strcmp(argv[i], "--update") == 0)
+            options->update = true;
+        else if (strcmp(argv[i], "--scenario") == 0 && i + 1 < argc)
+            options->scenarios.push_back(argv[++i]);
+        else if (argv[i][0] == '-')
+            return false;
+        else
+            options->names.insert(argv[i]);
+    }
+    return true;
+}
+
+// JSON files of a folder, in the order of their names.
+static std::vector<std::string> filesOf(const std::string &folder)
+{
+    std::vector<std::string> files;
+    std::error_code none;
+
+    for (const auto &entry : std::filesystem::directory_iterator(folder, none)) {
+        if (entry.path().extension() == ".json")
+            files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// False when the scenario cannot be run at all.
+static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally)
+{
+    std::string folder = std::string(GOLDENS) + "/" + std::filesystem::path(scenario).stem().string();
+    std::string root = rootSeed(scenario);
+
+    if (root.empty() || !switchUse(root, scenario)) {
+        rootRemove(root);
+        return false;
+    }
+    processBegin();
+    documentsRunAll();
+    RECORDS_T now = recordsRead();
+    RECORDS_T goldens = goldensRead(folder);
+    std::set<std::string> names;
+    for (const RECORDS_T *records : {&now, &goldens}) {
+        for (const auto &[name, text] : *records)
+            names.insert(name);
+    }
+    for (const std::string &name : names) {
+        if (!wanted(options, name))
+            continue;
+        std::string text = now.count(name) == 0 ? "" : now[name] + "\n";
+        tally->documents += text.empty() ? 0 : 1;
+        if (goldens[name] == text)
+            continue;
+        tally->different++;
+        if (options.update)
+            goldensUpdate(folder, name, text);
+        else
+            documentCompare(name, goldens[name], text, folder);
+    }
+    rootRemove(root);
+    return true;
+}
+
+static RECORDS_T goldensRead(const std::string &folder)
+{
+    RECORDS_T goldens;
+
+    for (const std::string &file : filesOf(folder))
+        goldens[apiName(std::filesystem::path(file).stem())] = textRead(file);
+    return goldens;
+}
+
+static void documentCompare(const std::string &name, const std::string &golden, const std::string &now,
+                            const std::string &folder)
+{
+    std::string path = folder + "/" + fileName(name);
+    char fresh[] = "/tmp/golden_XXXXXX";
+    int fd = mkstemp(fresh);
+    int status;
+    pid_t child;
+
+    if (golden.empty())
+        printf("no golden: %s\n", path.c_str());
+    else if (now.empty())
+        printf("stale golden, no such document: %s\n", path.c_str());
+    if (golden.empty() || now.empty() || fd < 0)
+        return;
+    textWrite(fresh, now);
+    const char *arguments[] = {"diff", "-u", "--label", path.c_str(), "--label", "now", path.c_str(), fresh, nullptr};
+    fflush(stdout);
+    if (posix_spawnp(&child, arguments[0], nullptr, nullptr, const_cast<char **>(arguments), environ) == 0)
+        waitpid(child, &status, 0);
+    else
+        printf("different: %s\n", path.c_str());
+    close(fd);
+    unlink(fresh);
+}
+
+// An empty text removes the golden.
+static void goldensUpdate(const std::string &folder, const std::string &name, const std::string &now)
+{
+    std::string path = folder + "/" + fileName(name);
+
+    std::filesystem::create_directories(folder);
+    if (now.empty())
+        std::filesystem::remove(path);
+    else
+        textWrite(path, now);
+    printf("%s %s\n", now.empty() ? "removed" : "written", path.c_str());
+}
+
+static std::string fileName(const std::string &apiName)
+{
+    std::string file;
+
+    for (char character : apiName)
+        file += character == '/' ? std::string("%2F") : std::string(1, character);
+    return file + ".json";
+}
+
+static std::string apiName(const std::string &fileStem)
+{
+    std::string name = fileStem;
+    size_t at;
+
+    while ((at = name.find("%2F")) != std::string::npos)
+        name.replace(at, 3, "/");
+    return name;
+}
+
+// The records of a document in chunks, "name/0" and on, go with their name.
+static bool wanted(const OPTIONS_T &options, const std::string &name)
+{
+    return options.names.empty() || options.names.count(name) != 0 ||
+           options.names.count(name.substr(0, name.rfind('/'))) != 0;
+}
