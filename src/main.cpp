@@ -128,7 +128,7 @@ static bool optionsTake(int argc, char **argv, int *status)
 
 int main(int argc, char **argv)
 {
-    int status;
+    int status = EXIT_FAILURE;
 
     standardStreamsOpen();
     if (PathsInit(nullptr, nullptr) != 0 || !optionsTake(argc, argv, &status))
