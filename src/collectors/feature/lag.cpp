@@ -12,6 +12,8 @@
 #include "switch/swapi.h"
 #include "switch/walk.h"
 
+#include <cstring>
+
 constexpr size_t NAME_READ_SIZE = 256;
 constexpr uint32_t MODE_TABLE_MAX = 65536; // a higher count of interfaces is taken for a wrong answer and cut to this
 constexpr uint32_t LAG_MODE_TAGGED = 3;
@@ -39,6 +41,8 @@ static void lagRead(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PO
 static void membersRead(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest, LAG_INFO_T *lag);
 static uint32_t lagMode(const LAG_INFO_T &lag);
 static int membersAppend(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, cJSON *array);
+static int membersGet(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest,
+                      LAG_MEMBERS_T *members);
 static uint32_t highestPortGet(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest);
 
 int lagMembersJsonArrayGet(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, cJSON *members)
@@ -227,16 +231,13 @@ static void lagRead(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PO
 
 static void membersRead(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest, LAG_INFO_T *lag)
 {
-    OWNED_JSON members(cJSON_CreateArray());
-    const cJSON *member;
+    LAG_MEMBERS_T members;
 
-    (void)membersAppend(clientHandle, lag->ifNum, highest, members.get()); // no members when it fails
-    cJSON_ArrayForEach(member, members.get())
-    {
-        if (lag->memberCount < LAG_MEMBERS_SHOWN)
-            lag->members[lag->memberCount] = static_cast<uint32_t>(cJSON_GetNumberValue(member));
-        lag->memberCount++;
-    }
+    if (membersGet(clientHandle, lag->ifNum, highest, &members) != RESULT_OK)
+        return; // without members
+    lag->memberCount = members.count;
+    for (uint32_t i = 0; i < members.count && i < LAG_MEMBERS_SHOWN; i++)
+        lag->members[i] = lagMember(&members, i);
 }
 
 static uint32_t lagMode(const LAG_INFO_T &lag)
@@ -246,28 +247,41 @@ static uint32_t lagMode(const LAG_INFO_T &lag)
 
 static int membersAppend(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, cJSON *array)
 {
-    static const char caller[] = "lagMembersJsonArrayGet";
-    uint32_t type = 0, maxMembers = 0;
     LAG_MEMBERS_T members;
+
+    if (membersGet(clientHandle, lagIfNum, highest, &members) != RESULT_OK)
+        return RESULT_FAILED;
+    for (uint32_t i = 0; i < members.count; i++)
+        jsonAppendNumber(array, lagMember(&members, i));
+    return jsonIncomplete() ? RESULT_FAILED : RESULT_OK;
+}
+
+// Members of a LAG without the phantom ones.
+static int membersGet(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, LAG_MEMBERS_T *members)
+{
+    static const char caller[] = "lagMembersJsonArrayGet";
+    uint32_t type = 0, maxMembers = 0, kept = 0;
 
     if (swapiIfTypeGet(clientHandle, lagIfNum, &type) != RESULT_OK || type != OPENCLT_IF_LAG ||
         lagMaxMemberCountGet(clientHandle, &maxMembers) != RESULT_OK)
         return RESULT_FAILED;
     uint32_t highestPort = highestPortGet(clientHandle, highest);
-    int result = lagMembersGet(clientHandle, lagIfNum, maxMembers, &members);
-    if (members.bytes == nullptr)
+    int result = lagMembersGet(clientHandle, lagIfNum, maxMembers, members);
+    if (members->bytes == nullptr)
         LOG_ERROR_AS(caller, "Failed to allocate memory\n");
     if (result != RESULT_OK)
         return RESULT_FAILED;
 
-    for (uint32_t i = 0; i < members.count; i++) {
-        uint32_t ifNum = lagMember(&members, i);
-        if (highestPort != 0 && ifNum > highestPort)
+    for (uint32_t i = 0; i < members->count; i++) {
+        uint32_t ifNum = lagMember(members, i);
+        if (highestPort != 0 && ifNum > highestPort) {
             LOG_DEBUG_AS(caller, "Skipping phantom LAG member ifIndex %u (max PHY=%u)\n", ifNum, highestPort);
-        else
-            jsonAppendNumber(array, ifNum);
+            continue;
+        }
+        memcpy(members->bytes.get() + sizeof(ifNum) * kept++, &ifNum, sizeof(ifNum));
     }
-    return jsonIncomplete() ? RESULT_FAILED : RESULT_OK;
+    members->count = kept;
+    return RESULT_OK;
 }
 
 static uint32_t highestPortGet(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest)
