@@ -13,8 +13,9 @@
 #include <map>
 #include <string>
 
-// Longer than a writer waits for a locked database between announcing a name and writing its record.
-constexpr double SETTLE_SECONDS = 5.0;
+// Longer than a writer waits for a locked database between announcing a name and writing its record (3 seconds for each
+// of its statements).
+constexpr double SETTLE_SECONDS = 10.0;
 
 struct CHANGE_BATCH_T {
     OWNED_FD_T fd;                         // of the renamed and unlinked list
