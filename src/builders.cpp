@@ -3,9 +3,14 @@
 #include "builders.h"
 
 #include "collectors/feature/lag.h"
+#include "collectors/feature/multicast.h"
+#include "collectors/feature/multicast_groups.h"
 #include "collectors/feature/poe.h"
 #include "collectors/feature/poe_schedule.h"
+#include "collectors/feature/profile_list.h"
+#include "collectors/feature/profile_templates.h"
 #include "collectors/feature/trunk.h"
+#include "collectors/feature/vlan_list.h"
 #include "collectors/port/interfaces_status.h"
 #include "collectors/port/port_statistics.h"
 #include "collectors/system/device_health.h"
@@ -14,6 +19,7 @@
 #include "collectors/system/stacking.h"
 #include "collectors/system/system_info.h"
 #include "restcache/builder.h"
+#include "stores/port_vendor.h"
 
 static const BUILDER_T builders[] = {
     // ports
@@ -21,6 +27,7 @@ static const BUILDER_T builders[] = {
     builderText("portStats_outbound_ex", portStatsOutboundGet),
     builderText("portStats_inbound_ex", portStatsInboundGet),
     // features
+    builderText("vlan_list", switchConfigVlanList),
     builderText("sw_lag_cfg", getLagInfoList),
     builderText("sw_lag_cfg_ex", getLagInfoListEx),
     builderText("sw_auto_lag_cfg", getAutoLagCfg),
@@ -29,6 +36,12 @@ static const BUILDER_T builders[] = {
     builderText("swcfg_poe", getPortsPoeJson),
     builderText("swcfg_poe_info", gePoeInfoJson),
     builderText("scheduleList", getPoeScheduleAllJson),
+    builderText("multicast_mode_ex", getMulticastModeEx),
+    builderText("multicast_block_address", getDenyList),
+    builderWrites("multicast_groups_ex", mgeWriteChunks),
+    builderBuffer("profile", profileTemplateBuild),
+    builderText("profile/list_ex", profileListExGet),
+    builderText("port_vendor_detect", portVendorDetectBuild),
     // system
     builderText("system_info", systemInfoGet),
     builderText("device_health", deviceHealthGet),
