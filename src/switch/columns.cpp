@@ -175,6 +175,11 @@ void ipv4Text(uint32_t address, char out[16])
     snprintf(out, 16, "%u.%u.%u.%u", address >> 24, (address >> 16) & 0xFFU, (address >> 8) & 0xFFU, address & 0xFFU);
 }
 
+void macText(const uint8_t mac[6], char out[18])
+{
+    snprintf(out, 18, "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
+}
+
 int randomSuffixGet()
 {
     struct timespec now;
