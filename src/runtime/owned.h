@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <memory>
 #include <sqlite3.h>
+#include <type_traits>
 #include <unistd.h>
 
 struct JSON_DELETER_T {
@@ -59,6 +60,20 @@ template <typename T> using OWNED_ARRAY = std::unique_ptr<T[], TEXT_DELETER_T>;
 template <typename T> [[nodiscard]] OWNED_ARRAY<T> ownedArray(size_t count)
 {
     return OWNED_ARRAY<T>(static_cast<T *>(calloc(count == 0 ? 1 : count, sizeof(T))));
+}
+
+// Double the room of such an array; what is new is not zeroed. False, with array and capacity as they were, when there is
+// no memory.
+template <typename T> [[nodiscard]] bool ownedArrayDouble(OWNED_ARRAY<T> *array, size_t *capacity)
+{
+    static_assert(std::is_trivially_copyable<T>::value, "moved as bytes");
+    void *grown = realloc(array->get(), 2 * *capacity * sizeof(T));
+    if (grown == nullptr)
+        return false;
+    (void)array->release(); // realloc has freed it or given it back
+    array->reset(static_cast<T *>(grown));
+    *capacity *= 2;
+    return true;
 }
 
 // A descriptor; -1 when it holds none.
