@@ -26,6 +26,7 @@ static const BUILDER_T builders[] = {
     builderText("interfaces_status", interfacesStatusBuild),
     builderText("portStats_outbound_ex", portStatsOutboundGet),
     builderText("portStats_inbound_ex", portStatsInboundGet),
+    builderText("port_vendor_detect", portVendorDetectBuild),
     // features
     builderText("vlan_list", switchConfigVlanList),
     builderText("sw_lag_cfg", getLagInfoList),
@@ -41,7 +42,6 @@ static const BUILDER_T builders[] = {
     builderWrites("multicast_groups_ex", mgeWriteChunks),
     builderBuffer("profile", profileTemplateBuild),
     builderText("profile/list_ex", profileListExGet),
-    builderText("port_vendor_detect", portVendorDetectBuild),
     // system
     builderText("system_info", systemInfoGet),
     builderText("device_health", deviceHealthGet),
