@@ -2,13 +2,19 @@
 
 #include "builders.h"
 
+#include "collectors/feature/buffered_log.h"
+#include "collectors/feature/image_info.h"
 #include "collectors/feature/lag.h"
+#include "collectors/feature/logging_config.h"
 #include "collectors/feature/multicast.h"
 #include "collectors/feature/multicast_groups.h"
 #include "collectors/feature/poe.h"
 #include "collectors/feature/poe_schedule.h"
+#include "collectors/feature/port_mirroring.h"
 #include "collectors/feature/profile_list.h"
 #include "collectors/feature/profile_templates.h"
+#include "collectors/feature/ptp.h"
+#include "collectors/feature/radius.h"
 #include "collectors/feature/trunk.h"
 #include "collectors/feature/vlan_list.h"
 #include "collectors/port/interfaces_status.h"
@@ -42,6 +48,13 @@ static const BUILDER_T builders[] = {
     builderWrites("multicast_groups_ex", mgeWriteChunks),
     builderBuffer("profile", profileTemplateBuild),
     builderText("profile/list_ex", profileListExGet),
+    builderBuffer("radius_config", getRadiusServerJson),
+    builderText("radius_port_config", getPortAuthConfigJson),
+    builderObject("sw_portmirroring", getPortMirroring),
+    builderText("sw_ptp_cfg", switchPtpModeGet),
+    builderBuffer("logging", getLogConfigJson),
+    builderBuffer("imageInfo", getImageInfo),
+    builderWrites("bufferedLog", get_buffered_log),
     // system
     builderText("system_info", systemInfoGet),
     builderText("device_health", deviceHealthGet),

@@ -8,6 +8,7 @@
 #include "runtime/result.h"
 
 #include <climits>
+#include <cstring>
 
 static cJSON *lost(cJSON *added);
 static bool fileSize(FILE *stream, size_t *size);
@@ -98,6 +99,19 @@ int jsonToStr(const cJSON *tree, JSON_FORM form, char **out)
         LOG_ERROR_AS("jsonToStr", "Response error\r\n");
         return RESULT_FAILED;
     }
+    return RESULT_OK;
+}
+
+// Printed aside first: the JSON library asks for a few bytes more than a text takes when it prints into a buffer.
+int jsonPrintInto(const cJSON *tree, JSON_FORM form, char *buffer, size_t size)
+{
+    if (size == 0)
+        return RESULT_FAILED;
+    buffer[0] = '\0';
+    OWNED_TEXT text(jsonPrint(tree, form));
+    if (text == nullptr || strlen(text.get()) >= size)
+        return RESULT_FAILED;
+    memcpy(buffer, text.get(), strlen(text.get()) + 1);
     return RESULT_OK;
 }
 

@@ -39,5 +39,9 @@ enum JSON_FORM : int { JSON_COMPACT, JSON_FORMATTED };
 // *out null; 0 with the text otherwise.
 [[nodiscard]] int jsonToStr(const cJSON *tree, JSON_FORM form, char **out);
 
+// Print a tree into a caller's buffer, terminated. 0; 10000 with the buffer empty when the print fails, the document is
+// incomplete, or its text does not fit.
+[[nodiscard]] int jsonPrintInto(const cJSON *tree, JSON_FORM form, char *buffer, size_t size);
+
 // Read a whole file and parse it. Empty when the file is missing, empty, not JSON, or there is no memory.
 [[nodiscard]] OWNED_JSON jsonFileLoad(const char *path);

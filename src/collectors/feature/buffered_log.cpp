@@ -1,0 +1,126 @@
+#include "collectors/feature/buffered_log.h"
+
+// Thousands of entries each cycle, so the document is written straight into one growing text instead of a tree. An
+// entry's room is made before it is written: it stands in the document whole or not at all.
+
+#include "restcache/store.h"
+#include "runtime/json_escape.h"
+#include "runtime/log.h"
+#include "runtime/owned.h"
+#include "runtime/result.h"
+
+#include <cstring>
+
+constexpr uint32_t ENTRY_SIZE = 592; // bytes offered to the platform
+constexpr size_t FIRST_SIZE = 8192;
+constexpr uint32_t ENTRIES_MAX = 99999;
+constexpr size_t ESCAPED = 6; // bytes that one byte can become
+constexpr char header[] = "{\"bufferedLog\":[";
+constexpr char footer[] = "],\"resp\":{\"respCode\":0,\"respMsg\":\"Success\",\"status\":\"success\"}}";
+
+struct LOG_DOCUMENT_T {
+    OWNED_TEXT text;
+    size_t length = 0;
+    size_t size = 0;
+};
+
+static const char caller[] = "get_buffered_log";
+
+static void entriesAppend(CLIENT_HANDLE_T *clientHandle, char *entry, LOG_DOCUMENT_T *document);
+static bool entryNext(CLIENT_HANDLE_T *clientHandle, uint32_t *index, char *entry);
+static bool entryAppend(LOG_DOCUMENT_T *document, const char *entry, bool first);
+static bool roomMake(LOG_DOCUMENT_T *document, size_t need);
+static void textAppend(LOG_DOCUMENT_T *document, const char *text);
+
+int get_buffered_log(CLIENT_HANDLE_T *clientHandle)
+{
+    LOG_DOCUMENT_T document;
+
+    // One byte more than the platform is offered: always terminated.
+    OWNED_TEXT entry(static_cast<char *>(calloc(1, ENTRY_SIZE + 1)));
+    if (entry == nullptr) {
+        LOG_ERROR("get_buffered_log: Failed to allocate log buffer\n");
+        return RESULT_ERROR;
+    }
+    document.text.reset(static_cast<char *>(malloc(FIRST_SIZE)));
+    document.size = FIRST_SIZE;
+    if (document.text == nullptr) {
+        LOG_ERROR("get_buffered_log: Failed to allocate json buffer\n");
+        return RESULT_ERROR;
+    }
+    textAppend(&document, header);
+    entriesAppend(clientHandle, entry.get(), &document);
+    if (!roomMake(&document, sizeof(footer))) {
+        LOG_ERROR("get_buffered_log: realloc failed for footer, truncating\n");
+        return RESULT_ERROR;
+    }
+    textAppend(&document, footer);
+    (void)restapi_db_operation(REST_DB_WRITE, "bufferedLog", document.text.get()); // logs; the next cycle tries again
+    return RESULT_OK;
+}
+
+static void entriesAppend(CLIENT_HANDLE_T *clientHandle, char *entry, LOG_DOCUMENT_T *document)
+{
+    uint32_t index = 0, count = 0;
+
+    while (count < ENTRIES_MAX && entryNext(clientHandle, &index, entry)) {
+        if (!entryAppend(document, entry, count == 0)) {
+            LOG_ERROR_AS(caller, "get_buffered_log: realloc failed at count=%u\n", count);
+            return;
+        }
+        count++;
+    }
+}
+
+// Text of the next entry without its line feed. An index that stands still would give the same entry for ever.
+static bool entryNext(CLIENT_HANDLE_T *clientHandle, uint32_t *index, char *entry)
+{
+    openclt_buffer_t buffer = {ENTRY_SIZE, entry};
+    const uint32_t previous = *index;
+
+    entry[0] = '\0';
+    if (rpcclt_openapiBufferedLogEntryNextGet(clientHandle, index, &buffer) != OPENCLT_OK || *index <= previous)
+        return false;
+    size_t length = strlen(entry);
+    if (length > 0 && entry[length - 1] == '\n')
+        entry[length - 1] = '\0';
+    return true;
+}
+
+static bool entryAppend(LOG_DOCUMENT_T *document, const char *entry, bool first)
+{
+    if (!roomMake(document, ESCAPED * strlen(entry) + sizeof(",\"\"")))
+        return false;
+    textAppend(document, first ? "\"" : ",\"");
+    document->length += jsonEscape(entry, JSON_CONTROLS_HEX, document->text.get() + document->length,
+                                   document->size - document->length);
+    textAppend(document, "\"");
+    return true;
+}
+
+// Double until `need` more bytes fit, terminator included. False without memory; the document is untouched then.
+static bool roomMake(LOG_DOCUMENT_T *document, size_t need)
+{
+    size_t size = document->size;
+
+    while (size - document->length < need)
+        size *= 2;
+    if (size == document->size)
+        return true;
+    char *text = static_cast<char *>(realloc(document->text.get(), size));
+    if (text == nullptr)
+        return false;
+    (void)document->text.release(); // realloc took it over
+    document->text.reset(text);
+    document->size = size;
+    return true;
+}
+
+// For texts whose room is made.
+static void textAppend(LOG_DOCUMENT_T *document, const char *text)
+{
+    size_t length = strlen(text);
+
+    memcpy(document->text.get() + document->length, text, length + 1);
+    document->length += length;
+}
