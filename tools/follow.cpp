@@ -233,6 +233,8 @@ static int follow(FOLLOW_T *follow, int signals)
         }
         wake = waitFor(signals, LOOK_SECONDS);
     }
+    if (follow->terminal)
+        putchar('\n');
     return 0;
 }
 

@@ -190,7 +190,9 @@ TEST(FirstCycle, WritesEveryDocumentOfThisBuild)
     std::vector<std::string> changes = daemon.changeList();
     ASSERT_FALSE(changes.empty());
     EXPECT_EQ(changes.front(), "init_complete");
-    EXPECT_EQ(std::set<std::string>(changes.begin(), changes.end()).size(), records.size());
+    for (const std::string &name :
+         changes) // chunks that an earlier process may have left are deleted, with their names
+        EXPECT_TRUE(records.count(name) == 1 || name.find("_ex/") != std::string::npos) << name;
     for (const auto &record : records)
         EXPECT_NE(std::find(changes.begin(), changes.end(), record.first), changes.end()) << record.first;
 }
