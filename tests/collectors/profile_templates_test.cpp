@@ -1,0 +1,102 @@
+#include "collectors/feature/profile_templates.h"
+#include "runtime/paths.h"
+#include "support/build.h"
+#include "support/root.h"
+
+#include "control.h"
+#include "model.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+struct ProfileTemplates : ::testing::Test {
+    TEST_ROOT_T root;
+};
+
+static const std::string line = "(ERROR) ProfileTemplateGet: ";
+
+static std::string path(const std::string &name)
+{
+    return PathGet(PATH_TEMPLATE_DIR) + name;
+}
+
+static std::string document()
+{
+    logClear();
+    BUILT_T built = buildBuffer(profileTemplateBuild, PROFILE_TEMPLATE_BUFFER_SIZE);
+    EXPECT_EQ(built.result, 0);
+    EXPECT_NE(compact(built.text), "(not JSON)") << built.text;
+    return built.text;
+}
+
+TEST_F(ProfileTemplates, OfferedOnesStandInTheOrderOfTheirNames)
+{
+    for (const char *name : {"a", "Z", "Audio_Video_AVB", "Audio_Video_SMPTE", "Poly_StudioNet_Modular_Room_Switch",
+                             "Audio_Video_AVB_MILAN_with_Dante_PTPv1_PTPv2_or_AES67", "Audio_Video_AVB_MILAN"})
+        fileWrite(path(name), "\"" + std::string(name).substr(0, 17) + "\"");
+    const std::string avb = R"(["Audio_Video_AVB","Audio_Video_AVB_M","Audio_Video_AVB_M",)";
+    const std::pair<const char *, std::string> cases[] = {{"TK830-T16", avb + R"("Z","a"])"},
+                                                          {"TK830-T04", avb + R"("Audio_Video_SMPTE","Z","a"])"},
+                                                          {"TK620-R13-X", avb + R"("Poly_StudioNet_Mo","Z","a"])"}};
+    ASSERT_EQ(vsLoadText("{}"), "");
+    vsState().units.resize(1);
+    vsState().units[0].management = true;
+    for (const auto &[model, expected] : cases) {
+        vsState().units[0].model = model;
+        EXPECT_EQ(document(), expected);
+    }
+    vsUnload(); // no model at all
+    EXPECT_EQ(document(), cases[0].second);
+    std::filesystem::remove_all(path(""));
+    EXPECT_EQ(document(), "[]");
+    EXPECT_EQ(logText(), line + "Open dir error...\n");
+}
+
+// Each stands between two good ones, which must not be lost with it.
+TEST_F(ProfileTemplates, SpoiltOnesArePassedOver)
+{
+    const std::string nul(1, '\0'), bad = "bad";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {nul + "2", ""},
+        {" {\"x\": [2]} \n", ", {\"x\": [2]} \n"}, // copied as it stands
+        {"2" + nul + "rubbish", ",2"},
+        {"2],[2", bad},
+        {"2,2", bad},
+        {" \n", bad},
+        {"\xEF\xBB\xBF{}", bad},
+        {"\x80\xFF\x01", bad},
+        {std::string(1000, '[') + std::string(1000, ']'), bad}, // too deep for the JSON library inside the array
+    };
+    fileWrite(path("a"), "1");
+    fileWrite(path("c"), "3");
+    for (const auto &[content, part] : cases) {
+        fileWrite(path("b"), content);
+        EXPECT_EQ(document(), "[1" + (part == bad ? "" : part) + ",3]") << content;
+        EXPECT_EQ(logText(), part == bad ? line + "ProfileTemplateGet: " + path("b") + " is not JSON, left out\n" : "");
+    }
+    std::filesystem::remove(path("b"));
+    std::filesystem::create_directory(path("b"));
+    std::filesystem::create_symlink("/nowhere", path("b2"));
+    ASSERT_EQ(mkfifo(path("b3").c_str(), 0600), 0);
+    EXPECT_EQ(document(), "[1,3]");
+    EXPECT_EQ(logText(), line + "ProfileTemplateGet: Failed to open file " + path("b2") + "\n");
+}
+
+// With the bracket before and three characters after an element, 30719 may be used.
+TEST_F(ProfileTemplates, FullBufferEndsTheList)
+{
+    const std::tuple<size_t, size_t, const char *> cases[] = {
+        {30716, 2, ""}, {40000, 2, ""}, {30715, 2, "a"}, {20000, 10716, "a"}, {20000, 10715, "ab"}};
+    fileWrite(path("c"), "1");
+    for (const auto &[a, b, kept] : cases) {
+        const std::string first = "\"" + std::string(a - 2, 'x') + "\"", second = "\"" + std::string(b - 2, 'x') + "\"";
+        fileWrite(path("a"), first);
+        fileWrite(path("b"), second);
+        const std::string elements = *kept == '\0' ? "" : kept[1] == '\0' ? first : first + "," + second;
+        EXPECT_TRUE(document() == "[" + elements + "]") << a << " " << b;
+        EXPECT_EQ(logText(), line + "ProfileTemplateGet: Response buffer full, skipping remaining profiles\n");
+    }
+    EXPECT_EQ(buildBuffer(profileTemplateBuild, PROFILE_TEMPLATE_BUFFER_SIZE - 1).result, 10003);
+}
