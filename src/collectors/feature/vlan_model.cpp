@@ -181,7 +181,7 @@ static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, const PROFILE_ROWS_T &
             (void)vlanInfoReplace(DEFAULT_VLAN, 1, defaultProfile, defaultProfile, defaultColor);
     } else {
         char *name = nullptr;
-        if (vlanNameGet(clientHandle, vlan->vlanId, &name) == RESULT_OK && name != nullptr)
+        if (vlanNameGet(clientHandle, vlan->vlanId, &name) == RESULT_OK && name != nullptr && name[0] != '\0')
             textCopy(vlan->name, sizeof(vlan->name), name);
         else
             snprintf(vlan->name, sizeof(vlan->name), "VLAN%u", vlan->vlanId);

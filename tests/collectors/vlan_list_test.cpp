@@ -1,0 +1,234 @@
+#include "collectors/feature/vlan_list.h"
+#include "runtime/paths.h"
+#include "stores/sql.h"
+#include "stores/vlan_info.h"
+#include "support/build.h"
+#include "support/root.h"
+
+#include "control.h"
+#include "model.h"
+
+#include <cstring>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+class VlanList : public ::testing::Test {
+protected:
+    // Two ports, a LAG with one of them and one without members.
+    void SetUp() override
+    {
+        ASSERT_EQ(vsLoadText(R"({
+            "vlans": {"1": {"name": "default"}, "10": {"name": "Dante", "address": "10.10.0.1/24"},
+                      "20": {"static": false}, "30": {"name": "Guest"}},
+            "units": {"1": {"model": "TK620-R01", "portCount": 2}},
+            "ports": {"1/0/1": {"pvid": 10, "tagged": [1, 20]}, "1/0/2": {"tagged": [20, 10]}},
+            "lags": {"1": {}, "2": {"members": ["1/0/2"], "pvid": 30, "tagged": [10]}}})"),
+                  "");
+        vsState().vlans[2].name = "";
+        vsState().ports[0].tagged.push_back(99); // no VLAN of the switch
+        vlanInfoTableMake();
+        sqlRun(PATH_VLANINFO_DB, "insert into vlanInfo values(10, 2, 'Stage', 'Audio Dante', '#43A0471')");
+    }
+    void TearDown() override
+    {
+        vsUnload();
+    }
+    static std::string document()
+    {
+        BUILT_T built = buildText(switchConfigVlanList);
+        EXPECT_EQ(built.result, 0);
+        return built.text;
+    }
+    static VLAN_INFO_ENTRY_T storedDefault()
+    {
+        VLAN_INFO_ENTRY_T row = {};
+        EXPECT_LE(vlanInfoSelectById(1, &row.vlanType, row.profileName, row.profileType, row.color), 1);
+        return row;
+    }
+    TEST_ROOT_T root;
+};
+
+static const char clean[] =
+    R"([{"vlanId":1,"name":"Default","color":"#000000","profileType":"Default","profileName":"Default","vlanType":1,)"
+    R"("assignedUntagPort":[2],"assignedtagPort":[1],"assignedUnTagLag":[],"assignedTagLag":[],"management":true,)"
+    R"("dynamicallyPort":[],"isStatic":true,"ipConfig":1,"ipAddr":"N/A","ipMask":"N/A"},)"
+    R"({"vlanId":10,"name":"Stage","color":"#43A047","profileType":"Audio Dante","profileName":"Stage","vlanType":2,)"
+    R"("assignedUntagPort":[1],"assignedtagPort":[2],"assignedUnTagLag":[],"assignedTagLag":[2],"management":false,)"
+    R"("dynamicallyPort":[],"isStatic":true,"ipConfig":3,"ipAddr":"10.10.0.1","ipMask":"255.255.255.0"},)"
+    R"({"vlanId":20,"name":"VLAN20","color":"#000000","profileType":"Default","profileName":"VLAN20","vlanType":1,)"
+    R"("assignedUntagPort":[],"assignedtagPort":[1,2],"assignedUnTagLag":[],"assignedTagLag":[],"management":false,)"
+    R"("dynamicallyPort":[1],"isStatic":false,"ipConfig":1,"ipAddr":"N/A","ipMask":"N/A"},)"
+    R"({"vlanId":30,"name":"Guest","color":"#000000","profileType":"Default","profileName":"Guest","vlanType":1,)"
+    R"("assignedUntagPort":[],"assignedtagPort":[],"assignedUnTagLag":[2],"assignedTagLag":[],"management":false,)"
+    R"("dynamicallyPort":[],"isStatic":true,"ipConfig":1,"ipAddr":"N/A","ipMask":"N/A"}])";
+
+TEST_F(VlanList, JoinsProfilesPortsAndAddresses)
+{
+    EXPECT_EQ(document(), clean);
+    VLAN_INFO_ENTRY_T row = storedDefault();
+    EXPECT_EQ(row.vlanType, 1);
+    EXPECT_STREQ(row.profileName, "Default");
+    EXPECT_STREQ(row.profileType, "Default");
+    EXPECT_STREQ(row.color, "#000000");
+    EXPECT_TRUE(fileExists(PathGet(PATH_SHOW_DOT1AS))); // other readers share it
+    std::filesystem::remove(PathGet(PATH_SHOW_DOT1AS));
+    EXPECT_TRUE(std::filesystem::is_empty(root.dir + "/mnt/application/kelo/tmp"));
+    EXPECT_EQ(document(), clean); // the row written before says the same
+}
+
+// Where one fact cannot be had, its default stands and everything else is as it was.
+TEST_F(VlanList, FailureLeavesTheDefault)
+{
+    const struct {
+        VS_FAULT_T fault;
+        std::vector<std::pair<std::string, std::string>> changes; // of the clean document
+    } cases[] = {
+        {{"show ip management"}, {}}, // VLAN 1
+        {{"show ip interface brief"},
+         {{R"(3,"ipAddr":"10.10.0.1","ipMask":"255.255.255.0")", R"(1,"ipAddr":"N/A","ipMask":"N/A")"}}},
+        {{"show ip interface brief", "", 0, VS_NO_FILE},
+         {{R"(3,"ipAddr":"10.10.0.1","ipMask":"255.255.255.0")", R"(1,"ipAddr":"N/A","ipMask":"N/A")"}}},
+        {{"rpcclt_openapiVlanNameGet", "30"},
+         {{R"("name":"Guest")", R"("name":"VLAN30")"}, {R"("profileName":"Guest")", R"("profileName":"VLAN30")"}}},
+        {{"openapiVlanIfPvidGet", "1"}, {{R"("assignedUntagPort":[1])", R"("assignedUntagPort":[])"}}},
+        {{"rpcclt_openapiDot1qSwPortTaggedVlanListGet", "1"},
+         {{R"("assignedtagPort":[1])", R"("assignedtagPort":[])"}, {"[1,2]", "[2]"}}},
+        {{"rpcclt_openapiLagMembersGet"},
+         {{R"("assignedTagLag":[2])", R"("assignedTagLag":[])"},
+          {R"("assignedUnTagLag":[2])", R"("assignedUnTagLag":[])"}}},
+        {{"rpcclt_openapiLagMaxMemberCountGet"},
+         {{R"("assignedTagLag":[2])", R"("assignedTagLag":[])"},
+          {R"("assignedUnTagLag":[2])", R"("assignedUnTagLag":[])"}}},
+    };
+    for (const auto &one : cases) {
+        std::string expected = clean;
+        for (const auto &change : one.changes) {
+            size_t at = expected.find(change.first);
+            ASSERT_NE(at, std::string::npos) << change.first;
+            expected.replace(at, change.first.size(), change.second);
+        }
+        vsFaultAdd(one.fault);
+        EXPECT_EQ(document(), expected) << one.fault.name;
+        vsFaultsClear();
+    }
+}
+
+TEST_F(VlanList, ModelThatCannotBeMadeGivesAnEmptyList)
+{
+    const char *noClock = "(ERROR) vlanListBaseInfoGetEX: Bad return code trying to get clock1 priority (result = ";
+    const char *noModel = "(ERROR) switchConfigVlanList: Call vlanListAllInfoCreate return error\n";
+    struct {
+        VS_FAULT_T fault;
+        std::string text, log;
+    } cases[] = {
+        {{"show dot1as summary"}, "", std::string(noClock) + "10000)\n"},
+        {{"show dot1as summary", "", 0, VS_NO_FILE}, "", std::string(noClock) + "10016)\n"},
+        {{"-"}, "Local Clock Priority1.... 246\n", std::string(noClock) + "10000)\n"},
+        {{"-"}, "Local Clock Priority2.... 248\n Local Clock Priority1... 1\n", std::string(noClock) + "10000)\n"},
+        {{"-"}, "Local Clock Priority1 246 x\nLocal Clock Priority2 248\n", std::string(noClock) + "10000)\n"},
+        {{"-"}, "Local Clock Priority1 4294967296\nLocal Clock Priority2 248\n", std::string(noClock) + "10000)\n"},
+        {{"-"},
+         "Local Clock Priority1 0000000000000246\nLocal Clock Priority2 248\n",
+         std::string(noClock) + "10000)\n"},
+        {{"openapiIfFirstGet", "2"}, "", noModel},
+    };
+    for (const auto &one : cases) {
+        logClear();
+        vsFaultAdd(one.fault);
+        if (!one.text.empty())
+            vsTextSet("show dot1as summary", one.text);
+        EXPECT_EQ(document(), "[]") << one.fault.name << one.text;
+        EXPECT_NE(logText().find(one.log), std::string::npos) << logText();
+        vsFaultsClear();
+        vsTextsClear();
+    }
+    vsTextSet("show dot1as summary", "Local Clock Priority1 000000004294967\r\nLocal Clock Priority2 4294967295 \t");
+    EXPECT_EQ(document(), clean);
+}
+
+// What the profile database says wins; the default profile is stored only when it is certain that there is none.
+TEST_F(VlanList, ProfileDatabaseThatCannotBeReadIsAskedRowByRowAndNotWritten)
+{
+    sqlRun(PATH_VLANINFO_DB,
+           "drop table vlanInfo; create table vlanInfo(id int, vlanType int, profileName, profileType, tint);"
+           "insert into vlanInfo values(10, 2, 'Stage', 'Audio Dante', '#43A047')");
+    EXPECT_EQ(document(), clean);
+    EXPECT_STREQ(storedDefault().profileName, "");
+
+    std::filesystem::remove(PathGet(PATH_VLANINFO_DB));
+    EXPECT_NE(document().find(R"("vlanId":10,"name":"Dante","color":"#000000","profileType":"Default")"),
+              std::string::npos);
+    EXPECT_FALSE(fileExists(PathGet(PATH_VLANINFO_DB)));
+
+    vlanInfoTableMake();
+    sqlRun(PATH_VLANINFO_DB, "insert into vlanInfo values(1, 7, 'Office \"A\"', NULL, NULL)");
+    EXPECT_NE(
+        document().find(
+            R"({"vlanId":1,"name":"Office \"A\"","color":"","profileType":"","profileName":"Office \"A\"","vlanType":7,)"),
+        std::string::npos);
+}
+
+TEST_F(VlanList, RoutingLinesAreTakenOrLeft)
+{
+    vsTextSet("show ip interface brief", "Interface  State IP Address      IP Mask         TOS Method\n"
+                                         "vlan 1     Up    192.168.111.222  255.255.255.0   0   DHCP\r\n"
+                                         "vlan 2     Up    2001:db8::1234:5678 255.255.255.128x 0 Manually extra\n"
+                                         "vlan 3     Up    10.0.0.3        255.0.0.0       0\n" // no method
+                                         " vlan 4    Up    10.0.0.4        255.0.0.0       0   Manual\n"
+                                         "vlan 0     Up    10.0.0.5        255.0.0.0       0   Manual\n"
+                                         "vlan 4097  Up    10.0.0.6        255.0.0.0       0   Manual\n"
+                                         "vlan -1    Up    10.0.0.7        255.0.0.0       0   Manual\n"
+                                         "vlan 4294967297 Up 10.0.0.8      255.0.0.0       0   Manual\n"
+                                         "vlan x     Up    10.0.0.9        255.0.0.0       0   Manual\n"
+                                         "vlan 4096  Up    10.0.0.10       255.0.0.0       0   Manual");
+    CLIENT_HANDLE_T handle = {};
+    std::vector<VLAN_ROUTING_T> table(VLAN_ROUTING_SIZE);
+    EXPECT_EQ(vlanListRoutingInfoGet(&handle, table.data()), 0);
+    std::string found;
+    for (const VLAN_ROUTING_T &record : table) {
+        if (record.vlanId != 0)
+            found += std::to_string(record.vlanId) + " " + std::to_string(record.ipConfig) + " " + record.ipAddr + " " +
+                     record.ipMask + "\n";
+    }
+    EXPECT_EQ(found, "1 2 192.168.111.222 255.255.255.0\n"
+                     "2 1 2001:db8::1234: 255.255.255.128\n"
+                     "4096 3 10.0.0.10 255.0.0.0\n");
+}
+
+// Each allocation that fails ends in one of the documented ways, and no VLAN ever lacks a key: nothing and 10000, or a
+// list of whole VLANs (none, or those before the failure).
+TEST_F(VlanList, NoMemoryGivesWholeVlansOrNothing)
+{
+    logClear();
+    bool reached = true;
+    for (int n = 0; reached; n++) {
+        allocFailAt(n, ALLOC_CJSON);
+        BUILT_T built = buildText(switchConfigVlanList);
+        reached = allocFailStop();
+        std::string whole = built.text.empty() ? "" : built.text.substr(0, built.text.size() - 1);
+        EXPECT_EQ(whole, std::string(clean).substr(0, whole.size())) << n;
+        EXPECT_EQ(built.result, built.text.empty() ? 10000 : 0) << n;
+    }
+    // here a table is missed, and with it what stands in it
+    for (int n = 0; n == 0 || reached; n++) {
+        allocFailAt(n, ALLOC_OWN);
+        BUILT_T built = buildText(switchConfigVlanList);
+        reached = allocFailStop();
+        EXPECT_EQ(built.result, 0) << n;
+        EXPECT_NE(compact(built.text), "(not JSON)") << n;
+    }
+    const std::string log = logText();
+    for (const char *line :
+         {"(ERROR) switchConfigVlanList: Failed to create VLAN item object for vlan 20\n",
+          "switchConfigVlanList: Failed to duplicate port arrays for vlan 20\n",
+          "(ERROR) switchConfigVlanList: Failed to create static/dynamic objects for vlan 20\n",
+          "(ERROR) jsonToStr: Response error\n",
+          "(ERROR) switchConfigVlanList: Memory error - failed to allocate VLAN_INFOX_LIST_T\n"
+          "(ERROR) switchConfigVlanList: Call vlanListAllInfoCreate return error\n",
+          "(ERROR) vlanListBaseInfoGetEX: Failed to allocate VLAN_INFO_T for VLAN 10\n",
+          "(ERROR) vlanListAllInfoGetEX: Failed to allocate VLAN_PORT_LIST_T\n"
+          "(ERROR) switchConfigVlanList: Call vlanListAllInfoCreate return error\n",
+          "(ERROR) vlanListPortAssGetFromVlanList: Failed to allocate memory\n",
+          "(ERROR) switchConfigVlanList: switchConfigVlanList: Failed to allocate memory for vrip\n"})
+        EXPECT_NE(log.find(line), std::string::npos) << line;
+}
