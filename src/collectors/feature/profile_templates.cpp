@@ -164,9 +164,7 @@ static bool templateAppend(ARRAY_T *array, const char *path, const char *content
         LOG_ERROR_AS("ProfileTemplateGet", "ProfileTemplateGet: Response buffer full, skipping remaining profiles\n");
         return false;
     }
-    begin[0] = '[';
-    memcpy(begin + 1, content, length);
-    memcpy(begin + 1 + length, "]", 2);
+    snprintf(begin, length + 3, "[%s]", content);
     OWNED_JSON element(cJSON_ParseWithOpts(begin, nullptr, 1));
     if (cJSON_GetArraySize(element.get()) != 1) {
         LOG_ERROR_AS("ProfileTemplateGet", "ProfileTemplateGet: %s is not JSON, left out\n", path);
