@@ -1,0 +1,211 @@
+#include "sweep.h"
+
+// What must hold after each run, whatever the fault was: the checks look at the cache, the root and the process from
+// outside and share nothing with the code that they judge but the paths.
+
+#include "restcache/monitor.h"
+#include "runtime/owned.h"
+#include "runtime/paths.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sstream>
+#include <sys/file.h>
+#include <unistd.h>
+
+constexpr unsigned RUN_LIMIT = 60; // seconds, under sanitizers; beyond it the run hangs
+
+static void recordCheck(SWEEP_T *sweep, const std::string &name, const std::string &text);
+static NAMES_T changesRead();
+static void locksCheck(SWEEP_T *sweep);
+static NAMES_T rootFiles();
+
+bool runWanted(SWEEP_T *sweep, const std::string &label)
+{
+    if (sweep->turn++ % sweep->every != 0)
+        return false;
+    snprintf(sweep->tally->at, sizeof(sweep->tally->at), "%s", label.c_str());
+    sweep->tally->runs++;
+    alarm(RUN_LIMIT);
+    return true;
+}
+
+void finding(SWEEP_T *sweep, const char *format, ...)
+{
+    char text[512];
+    va_list arguments;
+
+    va_start(arguments, format);
+    vsnprintf(text, sizeof(text), format, arguments);
+    va_end(arguments);
+    sweep->tally->findings++;
+    printf("%s: %s\n", sweep->tally->at, text);
+    fflush(stdout);
+}
+
+SNAPSHOT_T snapshotTake()
+{
+    std::filesystem::directory_iterator descriptors("/proc/self/fd");
+
+    return {recordsRead(), rootFiles(), static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)))};
+}
+
+RECORDS_T faultCheck(SWEEP_T *sweep, const SNAPSHOT_T &clean, const NAMES_T &mayDiffer)
+{
+    SNAPSHOT_T now = snapshotTake();
+    NAMES_T announced = changesRead();
+
+    for (const auto &[name, text] : now.records) {
+        recordCheck(sweep, name, text);
+        auto before = clean.records.find(name);
+        if (before != clean.records.end() && before->second == text)
+            continue;
+        sweep->tally->changes++;
+        if (announced.count(name) == 0)
+            finding(sweep, "%s changed and was not announced", name.c_str());
+        if (mayDiffer.count(name) == 0)
+            finding(sweep, "%s changed: %s", name.c_str(),
+                    before == clean.records.end() ? "new" : difference(text, before->second));
+    }
+    for (const auto &[name, text] : clean.records) {
+        if (now.records.count(name) == 0 && mayDiffer.count(name) == 0)
+            finding(sweep, "%s is gone", name.c_str());
+    }
+    for (const std::string &file : now.files) {
+        if (clean.files.count(file) == 0)
+            finding(sweep, "left behind: %s", file.c_str());
+    }
+    if (now.descriptors != clean.descriptors)
+        finding(sweep, "%zu descriptors, %zu before", now.descriptors, clean.descriptors);
+    locksCheck(sweep);
+    return now.records;
+}
+
+void coldBegin()
+{
+    processBegin();
+    textWrite(PathGet(PATH_REST_DELTA), "");
+}
+
+CLEAN_T cleanTake(SWEEP_T *sweep, const DOCUMENT_T &document)
+{
+    CLEAN_T clean;
+
+    snprintf(sweep->tally->at, sizeof(sweep->tally->at), "%s, clean", document.name);
+    coldBegin();
+    documentsRunAll();
+    clean.snapshot = snapshotTake();
+    recordsWrite({});
+    coldBegin();
+    documentRun(document);
+    for (const auto &[name, text] : recordsRead()) {
+        clean.own.insert(name);
+        recordCheck(sweep, name, text);
+        const std::string &among = clean.snapshot.records[name];
+        if (among != text)
+            finding(sweep, "%s built alone differs: %s", name.c_str(), difference(text, among));
+    }
+    if (clean.own.empty())
+        finding(sweep, "writes no record");
+    clean.due.assign(clean.own.begin(), clean.own.end());
+    for (const DOCUMENT_T &other : documentsListed()) {
+        if (strcmp(other.name, document.name) != 0)
+            clean.due.erase(std::remove(clean.due.begin(), clean.due.end(), other.name), clean.due.end());
+    }
+    documentRun(document);
+    clean.again = recordsRead();
+    recordsWrite(clean.snapshot.records);
+    return clean;
+}
+
+void recoveryCheck(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean)
+{
+    bool recovered = true;
+
+    recordsDelete(clean.due);
+    documentRun(document);
+    RECORDS_T now = recordsRead();
+    for (const std::string &name : clean.own) {
+        const std::string &first = clean.snapshot.records.at(name);
+        auto again = clean.again.find(name);
+        if (now[name] == first || (again != clean.again.end() && now[name] == again->second))
+            continue;
+        finding(sweep, "%s does not recover: %s", name.c_str(), difference(now[name], first));
+        recovered = false;
+    }
+    if (!recovered || now.size() != clean.snapshot.records.size())
+        recordsWrite(clean.snapshot.records);
+}
+
+// A response: an object to the text's end, which carries its result.
+static void recordCheck(SWEEP_T *sweep, const std::string &name, const std::string &text)
+{
+    OWNED_JSON tree(cJSON_ParseWithOpts(text.c_str(), nullptr, 1));
+
+    if (tree == nullptr)
+        finding(sweep, "%s does not parse: %.200s", name.c_str(), text.c_str());
+    else if (cJSON_GetObjectItem(cJSON_GetObjectItem(tree.get(), "resp"), "respCode") == nullptr)
+        finding(sweep, "%s is no response: %.200s", name.c_str(), text.c_str());
+}
+
+static NAMES_T changesRead()
+{
+    std::istringstream changes(textRead(PathGet(PATH_REST_DELTA)));
+    NAMES_T names;
+    std::string name;
+
+    while (std::getline(changes, name))
+        names.insert(name);
+    return names;
+}
+
+static void locksCheck(SWEEP_T *sweep)
+{
+    std::error_code none;
+
+    for (const auto &entry : std::filesystem::directory_iterator(PathGet(PATH_LOCK_DIR), none)) {
+        OWNED_FD_T lock(open(entry.path().c_str(), O_RDWR | O_CLOEXEC));
+        if (lock.fd < 0 || flock(lock.fd, LOCK_EX | LOCK_NB) != 0)
+            finding(sweep, "%s is still locked", entry.path().filename().c_str());
+    }
+}
+
+static NAMES_T rootFiles()
+{
+    std::string root = PathGet(PATH_REST_DB);
+    NAMES_T files;
+
+    root.resize(root.size() - strlen("/tmp/restapi_db")); // what stands before it
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(root)) {
+        const std::string path = entry.path();
+        bool changing = path == PathGet(PATH_LOG) || path == PathGet(PATH_LOG_OLD) ||
+                        path == PathGet(PATH_REST_DELTA) || path == PathGet(PATH_BOOTVAR_LOCK) ||
+                        path == PathGet(PATH_MGMT_PORT_LOCK) || path.rfind(PathGet(PATH_LOCK_DIR), 0) == 0;
+        if (!changing && entry.is_regular_file())
+            files.insert(path);
+    }
+    return files;
+}
+
+const char *difference(const std::string &now, const std::string &clean)
+{
+    static char text[300];
+    std::istringstream nowLines(now);
+    std::istringstream cleanLines(clean);
+    std::string nowLine;
+    std::string cleanLine;
+
+    if (now.empty() || clean.empty())
+        return now.empty() ? "no record" : "no clean record";
+    do {
+        nowLine.clear();
+        cleanLine.clear();
+        std::getline(nowLines, nowLine);
+        std::getline(cleanLines, cleanLine);
+    } while (nowLine == cleanLine && nowLines && cleanLines);
+    snprintf(text, sizeof(text), "\"%.120s\" instead of \"%.120s\"", nowLine.c_str(), cleanLine.c_str());
+    return text;
+}

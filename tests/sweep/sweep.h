@@ -1,0 +1,85 @@
+// sweep.h - failing everything in turn, without knowing a builder: what the passes share.
+//
+// A run is one document (or everything) built cold with one fault, checked, and built again without it. Passes run in
+// jobs, processes of their own with their own root, so that a crash costs one job and is told by its last run.
+#pragma once
+
+#include "documents.h"
+
+#include <control.h>
+#include <set>
+#include <string>
+#include <vector>
+
+// What a job tells its parent, in shared memory.
+struct TALLY_T {
+    unsigned runs;
+    unsigned findings;
+    unsigned changes; // records that a fault changed
+    char at[256];     // the run that is going on
+};
+
+struct SWEEP_T {
+    TALLY_T *tally;
+    bool wide;      // further modes of show commands
+    unsigned every; // only each so-many-th run
+    unsigned turn;  // of the next run; where a job begins differs, so that a share meets all modes
+};
+
+using NAMES_T = std::set<std::string>;
+
+// Whether the next run belongs to the share; begins it then, with a limit on its time.
+bool runWanted(SWEEP_T *sweep, const std::string &label);
+
+// Report something that is wrong in the run that is going on.
+void finding(SWEEP_T *sweep, const char *format, ...) __attribute__((format(printf, 2, 3)));
+
+// What the daemon leaves outside its memory.
+struct SNAPSHOT_T {
+    RECORDS_T records;
+    NAMES_T files; // under the root, but for logs, locks and the change list
+    size_t descriptors;
+};
+SNAPSHOT_T snapshotTake();
+
+// Everything as a good fault leaves it: each record parses as a response, those that are not in `mayDiffer` are as they
+// were, each change is in the change list, no file or descriptor more, every lock free. The records after the fault.
+RECORDS_T faultCheck(SWEEP_T *sweep, const SNAPSHOT_T &clean, const NAMES_T &mayDiffer);
+
+// The first line in which two texts differ, as a short text that the next call overwrites.
+const char *difference(const std::string &now, const std::string &clean);
+
+// Process state and change list as at a start; the cache stays.
+void coldBegin();
+
+// A document built cold and alone, twice.
+struct CLEAN_T {
+    SNAPSHOT_T snapshot; // after everything was built once
+    NAMES_T own;         // records that the document writes
+    RECORDS_T again;     // ... as its second build leaves them
+    // own records that each build writes; not one with a schedule of its own, as that of a document beside a link watch
+    std::vector<std::string> due;
+};
+CLEAN_T cleanTake(SWEEP_T *sweep, const DOCUMENT_T &document);
+
+// The document without its records and without the fault: the clean text again, else a finding, and the cache put
+// right.
+void recoveryCheck(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean);
+
+// A fault from outside: of the platform, or (a path in `file`) a file of another program that is missing or cut in
+// half.
+struct CASE_T {
+    std::string label;
+    VS_FAULT_T fault;
+    std::string file;
+    bool cut;
+};
+std::vector<CASE_T> casesOf(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean);
+
+// Build a document cold with the fault; it is lifted afterwards.
+void caseRun(const CASE_T &one, const DOCUMENT_T &document);
+
+// The passes: each call and command of a document; each of everything, a part of many; each allocation of a document.
+void documentFaults(SWEEP_T *sweep, const DOCUMENT_T &document);
+void cycleFaults(SWEEP_T *sweep, unsigned part, unsigned parts);
+void documentAllocations(SWEEP_T *sweep, const DOCUMENT_T &document);
