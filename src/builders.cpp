@@ -17,7 +17,10 @@
 #include "collectors/feature/radius.h"
 #include "collectors/feature/trunk.h"
 #include "collectors/feature/vlan_list.h"
+#include "collectors/port/fiber_optics.h"
 #include "collectors/port/interfaces_status.h"
+#include "collectors/port/port_hardware.h"
+#include "collectors/port/neighbors.h"
 #include "collectors/port/port_statistics.h"
 #include "collectors/system/device_health.h"
 #include "collectors/system/device_time.h"
@@ -30,6 +33,9 @@
 static const BUILDER_T builders[] = {
     // ports
     builderText("interfaces_status", interfacesStatusBuild),
+    builderWrites("neighbor_ex", neighborListExChunkedPush),
+    builderText("fiberOptics", fiberOpticsGet),
+    builderText("port_hardware_info", portHardwareInfoBuild),
     builderText("portStats_outbound_ex", portStatsOutboundGet),
     builderText("portStats_inbound_ex", portStatsInboundGet),
     builderText("port_vendor_detect", portVendorDetectBuild),
