@@ -1,0 +1,64 @@
+#include "collectors/feature/buffered_log.h"
+#include "restcache/store.h"
+#include "support/alloc.h"
+#include "switch/fixture.h"
+
+using BufferedLog = SWITCH_TEST;
+
+static std::string times(size_t count, const std::string &text)
+{
+    std::string all;
+    for (size_t i = 0; i < count; i++)
+        all += text;
+    return all;
+}
+
+// A control byte takes six in the document, and so much room is made for each byte: two entries of 591 fit the first
+// buffer, a third does not, and after one of 170 the end does not.
+TEST_F(BufferedLog, HoldsWholeEntriesOrNothing)
+{
+    std::string bytes, plain;
+    for (int byte = 1; byte < 256; byte++) {
+        bytes += static_cast<char>(byte);
+        plain += times(byte == '"' || byte == '\\', "\\") + times(byte >= 0x20, bytes.substr(bytes.size() - 1));
+    }
+    const std::string controls(591, '\1'), escaped = "\"" + times(591, "\\u0001") + "\"", text(591, 'x');
+    struct {
+        std::vector<std::string> log;
+        int noMemory; // allocation that fails; -1: none
+        std::string entries;
+        const char *line; // error
+        bool stored = true;
+    } cases[] = {
+        {{}, -1, "", ""},
+        {{"<14> link\tup \"0/1\"\n", "two\n\n", "", "\n"}, -1, R"("<14> link\tup \"0/1\"","two\n","","")", ""},
+        {{bytes},
+         -1,
+         R"("\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e\u000f\u0010\u0011\u0012\u0013\u0014)"
+         R"(\u0015\u0016\u0017\u0018\u0019\u001a\u001b\u001c\u001d\u001e\u001f)" +
+             plain + "\"",
+         ""},
+        {std::vector<std::string>(4096, text), -1, "\"" + text + "\"" + times(4095, ",\"" + text + "\""), ""},
+        {{"one"}, 0, "", "Failed to allocate log buffer\n", false},
+        {{"one"}, 1, "", "Failed to allocate json buffer\n", false},
+        {{controls, controls, text}, 2, escaped + "," + escaped, "realloc failed at count=2\n"},
+        {{controls, controls, std::string(170, '\1')}, 2, "", "realloc failed for footer, truncating\n", false},
+    };
+    ASSERT_EQ(restapi_db_operation(REST_DB_CREATE, nullptr, nullptr), 0);
+    for (const auto &one : cases) {
+        logClear();
+        vsState().log = one.log;
+        (void)restapi_db_operation(REST_DB_DELETE, "bufferedLog", nullptr); // there may be none
+        vsCallsReset();
+        allocFailAt(one.noMemory, ALLOC_OWN);
+        EXPECT_EQ(get_buffered_log(&handle), one.stored ? 0 : -1);
+        EXPECT_EQ(allocFailStop(), one.noMemory >= 0) << one.line;
+        EXPECT_LE(vsCallCount(""), one.log.size() + 1);
+        EXPECT_EQ(cacheRead("bufferedLog"),
+                  one.stored ? "{\"bufferedLog\":[" + one.entries +
+                                   R"(],"resp":{"respCode":0,"respMsg":"Success","status":"success"}})"
+                             : "");
+        EXPECT_EQ(logText(),
+                  *one.line == '\0' ? "" : std::string("(ERROR) get_buffered_log: get_buffered_log: ") + one.line);
+    }
+}
