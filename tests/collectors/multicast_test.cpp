@@ -100,26 +100,23 @@ TEST_F(Multicast, ModeOfPortsAndLags)
 
 TEST_F(Multicast, DeniedAddressesOfTheBlockList)
 {
-    const char show[] = "show ip access-list NET-BLOCK";
-    const std::string begin = "Destination IP Address.... ";
-    const std::string digits = "123456789012345678901234567890";
+    const char show[] = "show ip access-list NET-BLOCK", found[] = R"(["239.0.0.0/8","232.0.0.0/8"])";
+    const std::string begin = "Destination IP Address.... ", next = "\n" + begin, digits = "12345678901234567890";
+    const std::string odd = begin + next + "1.2.3.4 5.6.7.8\n " + begin + "5.0.0.0" + next + "\"\\\001" + next;
+    const std::string longer = begin + digits.substr(0, 18) + next + digits.substr(0, 19) + next + digits + "1";
     struct {
         VS_FAULT_T fault;
         std::string text; // "": as the switch prints it
         const char *document;
     } cases[] = {
-        {{"no such call"}, "", R"(["239.0.0.0/8","232.0.0.0/8"])"},
-        {{"rpcclt_openapiAclGet"}, "", R"(["239.0.0.0/8","232.0.0.0/8"])"},
+        {{"no such call"}, "", found},
+        {{"rpcclt_openapiAclGet"}, "", found},
         {{"rpcclt_openapiAclGet", "", 0, VS_FAIL, OPENCLT_NOT_PRESENT}, "", "[]"},
         {{show}, "", "[]"},
         {{show, "", 0, VS_NO_FILE}, "", "[]"},
-        {{show, "", 0, VS_CRLF}, "", R"(["239.0.0.0/8","232.0.0.0/8"])"},
-        {{"no such call"},
-         begin + "\n" + begin + "1.2.3.4 5.6.7.8\n " + begin + "5.0.0.0\n" + begin + "\"\\\001\n" + begin,
-         R"(["1.2.3.4/8","\"\\\u0001/8"])"},
-        {{"no such call"},
-         begin + digits.substr(0, 18) + "\n" + begin + digits.substr(0, 19) + "\n" + begin + digits,
-         R"(["123456789012345678/8","1234567890123456789/","12345678901234567890"])"},
+        {{show, "", 0, VS_CRLF}, "", found},
+        {{"no such call"}, odd, R"(["1.2.3.4/8","\"\\\u0001/8"])"},
+        {{"no such call"}, longer, R"(["123456789012345678/8","1234567890123456789/","12345678901234567890"])"},
     };
     for (const auto &one : cases) {
         vsFaultAdd(one.fault);
@@ -131,15 +128,12 @@ TEST_F(Multicast, DeniedAddressesOfTheBlockList)
     }
 }
 
+static const std::string groupHead = R"({"unit":1,"port":"3","vlanId":1,"subscriberAddress":)";
 static const std::string groupTail = R"("multicastAddress":"239.1.1.1","multicastMacAddress":"01:00:5E:01:01:01",)"
                                      R"("type":"IGMPv2","timeout":200})";
 static const std::string groups[] = {
-    R"({"unit":1,"port":"3","vlanId":1,"subscriberAddress":"10.0.0.1",)"
-    R"("subscriberMacAddress":"02:00:00:00:00:01",)" +
-        groupTail,
-    R"({"unit":1,"port":"3","vlanId":1,"subscriberAddress":"10.0.0.2",)"
-    R"("subscriberMacAddress":"02:00:00:00:00:0F",)" +
-        groupTail,
+    groupHead + R"("10.0.0.1","subscriberMacAddress":"02:00:00:00:00:01",)" + groupTail,
+    groupHead + R"("10.0.0.2","subscriberMacAddress":"02:00:00:00:00:0F",)" + groupTail,
     R"({"unit":1,"port":"lag2","vlanId":1,"subscriberAddress":"","subscriberMacAddress":"",)"
     R"("multicastAddress":"239.1.1.2","multicastMacAddress":"01:00:5E:01:01:02","type":"IGMPv3","timeout":null})",
     R"({"unit":2,"port":"3/5","vlanId":1,"subscriberAddress":"192.168.1.2",)"

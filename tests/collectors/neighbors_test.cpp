@@ -1,0 +1,203 @@
+#include "collectors/port/neighbor_rows.h"
+#include "collectors/port/neighbors.h"
+#include "restcache/store.h"
+#include "stores/sql.h"
+#include "support/build.h"
+#include "support/root.h"
+
+#include "control.h"
+#include "model.h"
+
+#include <gtest/gtest.h>
+
+class Neighbors : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(vsLoadText("{}"), "");
+        VS_STATE_T &state = vsState();
+        state = VS_STATE_T();
+        state.units.emplace_back();
+        portAdd(3, 0, 3);
+        portAdd(7, 2, 9);
+        portAdd(8, 0, 8)->switchMode = 3;
+        portAdd(9, 0, 9)->linkUp = false;
+        portAdd(896, 0, 10);
+        state.arp = {{0x0A000001, "02:00:00:00:00:0a", 1, {}}, {0x0A000002, "02:00:00:00:00:0A", 1, {}}};
+        ouiTableMake();
+        sqlRun(PATH_OUI_DB, "insert into oui values('02:00:00','Pixel \"Works\"')");
+        ASSERT_EQ(restapi_db_operation(REST_DB_CREATE, nullptr, nullptr), 0);
+    }
+    void TearDown() override
+    {
+        vsUnload();
+    }
+    static VS_PORT_T *portAdd(uint32_t ifNum, uint32_t slot, uint32_t number)
+    {
+        VS_PORT_T port;
+        port.ifNum = ifNum;
+        port.slot = slot;
+        port.port = number;
+        port.linkUp = true;
+        port.pvid = 20;
+        vsState().ports.push_back(port);
+        return &vsState().ports.back();
+    }
+    // The only LLDP device of the switch.
+    static VS_LLDP_T *deviceSet(uint32_t ifNum, uint32_t chassisSubtype, const std::string &chassisId,
+                                uint32_t portSubtype, const std::string &portId, const std::string &name)
+    {
+        VS_LLDP_T device;
+        device.ifNum = ifNum;
+        device.chassisSubtype = chassisSubtype;
+        device.chassisId = chassisId;
+        device.portSubtype = portSubtype;
+        device.portId = portId;
+        device.systemName = name;
+        vsState().lldp = {device};
+        return &vsState().lldp.back();
+    }
+    static int push()
+    {
+        CLIENT_HANDLE_T handle = {};
+        return neighborListExChunkedPush(&handle);
+    }
+    // Rows of the only record.
+    static std::string rows()
+    {
+        EXPECT_EQ(push(), 0);
+        std::string text = cacheRead("neighbor_ex/0");
+        EXPECT_NE(compact(text), "(not JSON)") << text;
+        size_t head = strlen(R"({"lldpRemoteDevice":{"rows":[)");
+        size_t end = text.find(R"(],"chunkIndex":0,"isLastChunk":true},"resp":{)");
+        return end == std::string::npos ? "?" : text.substr(head, end - head);
+    }
+    TEST_ROOT_T root;
+};
+
+static std::string repeat(const std::string &text, int count)
+{
+    return count == 0 ? "" : text + repeat(text, count - 1);
+}
+
+static const std::string tableHead = "VLAN ID  MAC Address         Interface  IfIndex  Status\n"
+                                     "-------  ------------------  ---------  -------  -----------\n";
+
+// A learned address that an LLDP row has, in whatever case, gives no second row; neither does a port that is down give
+// an LLDP row. The first ARP entry of an address counts.
+TEST_F(Neighbors, LldpRowsThenLearnedAddresses)
+{
+    VS_LLDP_T down = *deviceSet(9, 4, "02:00:00:00:00:99", 5, "away", "down");
+    deviceSet(7, 4, "02:00:00:00:00:0b", 5, "eth0", "stage box")->addresses = {"10.0.0.9", "10.0.0.10"};
+    vsState().lldp.push_back(down);
+    vsTextSet("show mac-addr-table", tableHead + "30  02:00:00:00:00:0A  1/0/3  3  Learned\n"
+                                                 "1   02:00:00:00:00:0B  1/2/9  7  Learned\n"
+                                                 "4   03:00:00:00:00:01  1/2/9  7  Learned\n");
+    EXPECT_EQ(
+        rows(),
+        R"({"port":"2/9","portNum":7,"portName":"1/2/9","unit":1,"vlanId":20,"hostName":"stage box",)"
+        R"("hostIpAddress":"10.0.0.9","hostMacAddress":"02:00:00:00:00:0b","remotePortId":"eth0","source":"lldp"},)"
+        R"({"port":"3","portNum":3,"portName":"1/0/3","unit":1,"hostName":"Pixel \"Works\"","vlanId":30,)"
+        R"("hostIpAddress":"10.0.0.1","hostMacAddress":"02:00:00:00:00:0A","remotePortId":"","source":"arp"},)"
+        R"({"port":"2/9","portNum":7,"portName":"1/2/9","unit":1,"hostName":"","vlanId":4,)"
+        R"("hostIpAddress":"","hostMacAddress":"03:00:00:00:00:01","remotePortId":"","source":"arp"})");
+    EXPECT_EQ(logText(), "");
+}
+
+// Texts of hostile devices have quotes, controls and invalid UTF-8; they are cut at 255 and 511 between characters.
+TEST_F(Neighbors, WhatAnLldpDeviceSays)
+{
+    const std::string mac = "02:00:00:00:00:0C", vendor = R"(Pixel \"Works\")", long254(254, 'x');
+    const std::string quotes(255, '"'), lines = std::string(127, '\n') + "\xc3\xa9";
+    auto row = [](const std::string &name, const std::string &address, const std::string &portId) {
+        return R"({"port":"3","portNum":3,"portName":"1/0/3","unit":1,"vlanId":20,"hostName":")" + name +
+               R"(","hostIpAddress":"","hostMacAddress":")" + address + R"(","remotePortId":")" + portId +
+               R"(","source":"lldp"})";
+    };
+    struct {
+        uint32_t chassisSubtype, portSubtype;
+        std::string chassisId, portId, name, fault, row;
+    } cases[] = {
+        {4, 3, mac, "p", "", "none", row(vendor, mac, "p")},
+        {5, 3, "x", mac, "", "none", row(vendor, mac, mac)},
+        {7, 5, mac, mac, "", "none", row("", "", mac)},
+        {4, 3, "", mac, "n", "none", row("n", "", mac)},
+        {4, 5, mac, "", "n", "openapiLldpIntfRemoteDeviceSystemNameGet", row(vendor, mac, "")},
+        {4, 5, mac, "p", "n", "openapiLldpIntfRemoteDeviceChassisIdGet", ""},
+        {4, 5, mac, "p", "n", "openapiLldpIntfRemoteDevicePortIdGet", ""},
+        {4, 5, mac, "p", "n", "openapiLldpMgmtStrLenGet", row("n", mac, "p")},
+        {4, 5, "\"\\\n\x01", "\"\t\xff", "\"},{\b\x1f\xc3", "none",
+         row("\\\"},{\\b\xc3", "\\\"\\\\\\n", "\\\"\\t\xff")},
+        {7, 5, "", quotes, long254 + "\"", "none", row(long254, "", repeat("\\\"", 255))},
+        {7, 5, "", "p", lines, "none", row(repeat("\\n", 127), "", "p")},
+    };
+    for (const auto &one : cases) {
+        deviceSet(3, one.chassisSubtype, one.chassisId, one.portSubtype, one.portId, one.name);
+        vsFaultAdd({one.fault});
+        EXPECT_EQ(rows(), one.row) << one.chassisId << one.fault;
+        vsFaultsClear();
+    }
+}
+
+TEST_F(Neighbors, LearnedAddressesThatGiveNoRow)
+{
+    struct {
+        const char *line;
+        VS_FAULT_T fault;
+        bool shown;
+    } cases[] = {
+        {"1 02:00:00:00:00:01 1/0/3 3 Learned", {"none"}, true},
+        {"1 02:00:00:00:00:01 1/0/9 9 Learned", {"none"}, true}, // its port is down by now
+        {"1 02:00:00:00:00:01 1/0/3 3 Static", {"none"}, false},
+        {"1 02:00:00:00:00:01 1/0/10 896 Learned", {"none"}, false},
+        {"1 02:00:00:00:00:01 1/0/3 4 Learned", {"none"}, false}, // no such port
+        {"1 02:00:00:00:00:01 1/0/8 8 Learned", {"none"}, false}, // auto-trunk
+        {"1 02:00:00:00:00:01 1/0/3 3 Learned", {"rpcclt_openapiDot1qSwPortModeGet", "3"}, false},
+        {"1 02:00:00:00:00:01 1/0/3 3 Learned", {"rpcclt_openapiHashIntfUnitSlotPortGet", "3"}, false},
+        {"1 02:00:00:00:00:01 1/0/3 3 Learned", {"openapiIfFirstGet", "0"}, false},
+    };
+    for (const auto &one : cases) {
+        vsTextSet("show mac-addr-table", tableHead + one.line + "\n");
+        vsFaultAdd(one.fault);
+        EXPECT_EQ(rows() != "", one.shown) << one.line << " " << one.fault.name;
+        vsFaultsClear();
+    }
+    vsTextSet("show mac-addr-table", ""); // the walk of the forwarding database takes its place
+    vsState().fdb = {{"02:00:00:00:00:01", 5, 3, true, {}}, {"02:00:00:00:00:02", 5, 3, false, {}}};
+    EXPECT_EQ(rows(), R"({"port":"3","portNum":3,"portName":"1/0/3","unit":1,"hostName":"Pixel \"Works\"","vlanId":5,)"
+                      R"("hostIpAddress":"","hostMacAddress":"02:00:00:00:00:01","remotePortId":"","source":"arp"})");
+}
+
+TEST_F(Neighbors, RowOfMoreThan2559BytesIsLeftOut)
+{
+    NEIGHBOR_IF_T interface = {};
+    char text[NEIGHBOR_ROW_SIZE];
+    for (NEIGHBOR_ROW_FORM form : {NEIGHBOR_ROW_LLDP, NEIGHBOR_ROW_FDB}) {
+        size_t empty = neighborRowPrint(form, {&interface, 1, 1, "", "", "", ""}, text);
+        std::string fits(2559 - empty, 'x');
+        EXPECT_EQ(neighborRowPrint(form, {&interface, 1, 1, "", fits.c_str(), "", ""}, text), 2559u);
+        EXPECT_EQ(neighborRowPrint(form, {&interface, 1, 1, "", (fits + "x").c_str(), "", ""}, text), 0u);
+        EXPECT_EQ(neighborRowPrint(form, {&interface, 1, 1, "", std::string(9000, '"').c_str(), "", ""}, text), 0u);
+    }
+}
+
+// Without memory for the ARP table rows lack addresses; without any other table the records stay as they are.
+TEST_F(Neighbors, MissingMemory)
+{
+    deviceSet(3, 4, "02:00:00:00:00:0B", 5, "p", "n");
+    for (uint32_t index = 2; index <= 65; index++) { // one more address than the list's first room
+        vsState().lldp.push_back(vsState().lldp[0]);
+        vsState().lldp.back().index = index;
+    }
+    vsState().fdb = {{"02:00:00:00:00:0A", 5, 3, true, {}}};
+    const std::string clean = rows();
+    for (int n = 0; n < 6; n++) {
+        const bool arp = n == 1;
+        allocFailAt(n, ALLOC_OWN);
+        EXPECT_EQ(push(), arp ? 0 : 10000) << n;
+        EXPECT_TRUE(allocFailStop()) << n;
+        std::string text = cacheRead("neighbor_ex/0");
+        EXPECT_EQ(text.find("10.0.0.1") == std::string::npos, arp) << n;
+        EXPECT_EQ(rows(), clean) << n;
+    }
+}
