@@ -1,0 +1,146 @@
+// bench.cpp - runs a full cycle and single documents, each followed by its floor, for a counter of instructions.
+//
+// What is counted happens inside benchMeasured; the counter writes one profile whenever that function ends. A line on
+// standard output, "cycle" or a document's name, then "cost" or "floor", says which profile comes next.
+
+#include "builders.h"
+#include "documents.h"
+#include "floor.h"
+#include "restcache/builder.h"
+#include "restcache/monitor.h"
+#include "runtime/paths.h"
+
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <set>
+
+using BODY_T = std::function<void()>;
+
+// A document with what it stores when nothing changed.
+struct MEASURED_T {
+    DOCUMENT_T document;
+    std::vector<FLOOR_T> floors; // one a record
+};
+
+extern "C" void benchMeasured(const BODY_T *body);
+
+static bool formattedPayload(const char *name);
+static std::vector<MEASURED_T> measuredList();
+static void measure(const char *name, const char *what, const BODY_T &body);
+static bool floorsRun(const MEASURED_T &one);
+static bool cycleMeasure(const std::vector<MEASURED_T> &list);
+
+int main(int argc, char **argv)
+{
+    if (argc < 2) {
+        fputs("usage: bench SCENARIO [NAME]...\n", stderr);
+        return 2;
+    }
+    std::set<std::string> names(argv + 2, argv + argc);
+    std::string root = rootSeed(argv[1]);
+    buildersRegister();
+    if (root.empty() || !switchUse(root, argv[1]))
+        return 2;
+    processBegin();
+    documentsRunAll();
+    std::vector<MEASURED_T> list = measuredList();
+    bool good = cycleMeasure(list);
+    for (const MEASURED_T &one : list) {
+        if (!names.empty() && names.count(one.document.name) == 0)
+            continue;
+        measure(one.document.name, "cost", [&one] { documentRun(one.document); });
+        measure(one.document.name, "floor", [&one, &good] { good &= floorsRun(one); });
+    }
+    rootRemove(root);
+    if (good)
+        return 0;
+    fputs("bench: a floor did not give the stored text\n", stderr);
+    return 1;
+}
+
+extern "C" __attribute__((noinline)) void benchMeasured(const BODY_T *body)
+{
+    (*body)();
+}
+
+// All items of a cycle, whether due in the same one or not; nothing has changed.
+static bool cycleMeasure(const std::vector<MEASURED_T> &list)
+{
+    bool good = true;
+
+    measure("cycle", "cost", [&list] {
+        for (const MEASURED_T &one : list) {
+            if (one.document.cycleItem >= 0)
+                documentRun(one.document);
+        }
+    });
+    measure("cycle", "floor", [&list, &good] {
+        for (const MEASURED_T &one : list) {
+            if (one.document.cycleItem >= 0)
+                good &= floorsRun(one);
+        }
+    });
+    return good;
+}
+
+// Every document, warm: which records it stores is seen by taking them away.
+static std::vector<MEASURED_T> measuredList()
+{
+    std::vector<MEASURED_T> list;
+    RECORDS_T all;
+
+    for (int warm = 0; warm < 3; warm++) {
+        for (const DOCUMENT_T &document : documentsListed())
+            documentRun(document);
+    }
+    all = recordsRead();
+    for (const DOCUMENT_T &document : documentsListed()) {
+        recordsWrite({});
+        documentRun(document);
+        list.push_back({document, {}});
+        for (const auto &[name, text] : recordsRead()) {
+            FLOOR_T floor;
+            if (floorPrepare(name, text, formattedPayload(document.name), &floor))
+                list.back().floors.push_back(std::move(floor));
+        }
+    }
+    recordsWrite(all);
+    return list;
+}
+
+// A builder that writes its own records is taken to print the shorter form.
+static bool formattedPayload(const char *name)
+{
+    static char buffer[65536];
+    char *text = nullptr;
+    bool formatted = builderFind(name, BUILDER_OBJECT) != nullptr;
+
+    if (const BUILDER_T *builder = builderFind(name, BUILDER_TEXT)) {
+        (void)builder->text(monitorClientHandle(), &text); // no text: no line ends either
+        OWNED_TEXT owned(text);
+        formatted = text != nullptr && strchr(text, '\n') != nullptr;
+    } else if (const BUILDER_T *filler = builderFind(name, BUILDER_BUFFER)) {
+        memset(buffer, 0, sizeof(buffer));
+        (void)filler->buffer(monitorClientHandle(), buffer, sizeof(buffer)); // likewise
+        formatted = strchr(buffer, '\n') != nullptr;
+    }
+    return formatted;
+}
+
+static void measure(const char *name, const char *what, const BODY_T &body)
+{
+    body(); // what only a first run costs stays out
+    printf("%s %s\n", name, what);
+    fflush(stdout);
+    benchMeasured(&body);
+}
+
+static bool floorsRun(const MEASURED_T &one)
+{
+    bool good = true;
+
+    for (const FLOOR_T &floor : one.floors)
+        good &= floorRun(floor, PathGet(PATH_REST_DB));
+    return good;
+}
