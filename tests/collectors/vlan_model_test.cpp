@@ -1,5 +1,4 @@
 #include "collectors/feature/vlan_model.h"
-#include "collectors/feature/vlan_ports.h"
 #include "runtime/paths.h"
 #include "stores/sql.h"
 #include "stores/vlan_info.h"
@@ -185,35 +184,4 @@ TEST_F(VlanModel, ProfileMapKeepsThirtyTwoTypes)
     OWNED_VLAN_PROFILES list;
     ASSERT_EQ(vlanListProfileCreateFastEX(&handle, &list), 0);
     EXPECT_EQ(vlanProfileFind(list.get(), 33)->templatePath, PathGet(PATH_TEMPLATE_DIR) + std::string("T 33"));
-}
-
-TEST_F(VlanModel, HoleInTheVlanListIsReported)
-{
-    OWNED_VLAN_LIST vlans(ownedArray<VLAN_INFOX_LIST_T>(1).release());
-    OWNED_VLAN_PORTS ports(ownedArray<VLAN_PORT_LIST_T>(1).release());
-    vlans->count = 1;
-    EXPECT_EQ(vlanListPortAssGetFromVlanList(&handle, ports.get(), vlans.get()), 10002);
-    EXPECT_EQ(logText(), "(ERROR) vlanListPortAssGetFromVlanList: viList->ids[0] is NULL - data corruption\n");
-    vlans->count = 0; // nothing to free
-}
-
-// A copy that fails is reported by the array's name, and what was copied before is given back.
-TEST_F(VlanModel, NoMemoryForACopyIsNamed)
-{
-    std::string seen;
-    bool reached = true;
-    for (int n = 0; reached; n++) {
-        logClear();
-        jsonBuildBegin();
-        OWNED_VLAN_LIST list(ownedArray<VLAN_INFOX_LIST_T>(1).release());
-        allocFailAt(n, ALLOC_CJSON);
-        int result = vlanListAllInfoGetEX(&handle, list.get());
-        reached = allocFailStop();
-        std::string log = logText();
-        size_t at = log.find("Failed to duplicate ");
-        EXPECT_EQ(result, at != std::string::npos ? 10000 : result == 10002 && reached ? 10002 : 0) << n;
-        if (at != std::string::npos && log.find("VLAN 20") != std::string::npos)
-            seen += log.substr(at + 20, log.find(' ', at + 20) - at - 20) + " ";
-    }
-    EXPECT_EQ(seen, "tagPorts untagPorts tagLags untagLags shureDevicePorts shureLearnPorts ");
 }
