@@ -42,7 +42,7 @@ void documentAllocations(SWEEP_T *sweep, const DOCUMENT_T &document)
             else
                 finding(sweep, "%s is none of its texts: %s", name.c_str(), difference(now[name], whole));
         }
-        recoveryCheck(sweep, document, clean);
+        recoveryCheck(sweep, document, clean, true);
     }
     if (thin > 0)
         printf("%s: elements are left out after the failure of %u allocations\n", document.name, thin);

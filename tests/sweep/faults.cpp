@@ -51,7 +51,7 @@ void documentFaults(SWEEP_T *sweep, const DOCUMENT_T &document)
             continue;
         caseRun(one, document);
         (void)faultCheck(sweep, clean.snapshot, clean.own);
-        recoveryCheck(sweep, document, clean);
+        recoveryCheck(sweep, document, clean, !one.file.empty());
     }
 }
 

@@ -62,9 +62,10 @@ struct CLEAN_T {
 };
 CLEAN_T cleanTake(SWEEP_T *sweep, const DOCUMENT_T &document);
 
-// The document without its records and without the fault: the clean text again, else a finding, and the cache put
-// right.
-void recoveryCheck(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean);
+// The document without the records that are due and without the fault: the clean text again, else a finding, and the
+// cache put right. What is read once in a process's life (the vendor table) may need a restart, where that is allowed;
+// it is told then.
+void recoveryCheck(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean, bool restartAllowed);
 
 // A fault from outside: of the platform, or (a path in `file`) a file of another program that is missing or cut in
 // half.
