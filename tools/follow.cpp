@@ -76,8 +76,7 @@ static double steadySeconds()
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
-// ---- the id file
-// -----------------------------------------------------------------------------------------------------
+// ---- the id file ----
 
 // Written beside and renamed, so that the daemon never reads half of it.
 static bool idFileWrite()
@@ -103,8 +102,7 @@ static void idFileRemove()
         (void)unlink(PathGet(PATH_WS_PID));
 }
 
-// ---- waiting
-// ---------------------------------------------------------------------------------------------------------
+// ---- waiting ----
 
 enum WAKE_T { WAKE_CHANGE, WAKE_TIME, WAKE_RESIZE, WAKE_END };
 
@@ -214,8 +212,7 @@ static bool optionsTake(int argc, char **argv, FOLLOW_T *follow)
     return true;
 }
 
-// ---- following
-// -------------------------------------------------------------------------------------------------------
+// ---- following ----
 
 static int follow(FOLLOW_T *follow, int signals)
 {
@@ -249,8 +246,7 @@ static void look(FOLLOW_T *follow, bool bySignal)
         readOne(follow, db.get(), name.first, name.second);
 }
 
-// ---- records
-// ---------------------------------------------------------------------------------------------------------
+// ---- records ----
 
 static OWNED_DB cacheOpen()
 {
@@ -357,8 +353,7 @@ static void readOne(FOLLOW_T *follow, sqlite3 *db, const std::string &name, unsi
     }
 }
 
-// ---- the table
-// -------------------------------------------------------------------------------------------------------
+// ---- the table ----
 
 constexpr int COLUMN_SIZE = 8, COLUMN_CHANGES = 8, COLUMN_AGE = 7, COLUMN_RESULT = 24;
 
@@ -412,8 +407,7 @@ static void tablePrint(const FOLLOW_T *follow, size_t first, size_t count, int c
     }
 }
 
-// ---- --check
-// ---------------------------------------------------------------------------------------------------------
+// ---- --check ----
 
 static bool fileHas(const std::string &path, const char *what)
 {

@@ -27,7 +27,7 @@
 extern "C" {
 #endif
 
-/* ---- results ------------------------------------------------------------------------------------------------- */
+/* ---- results ---- */
 
 enum {
     OPENCLT_OK = 0,
@@ -38,7 +38,7 @@ enum {
     OPENCLT_NOT_PRESENT = -29 /* the named object is not configured */
 };
 
-/* ---- shared types -------------------------------------------------------------------------------------------- */
+/* ---- shared types ---- */
 
 /* One client session. Opaque to its owner. */
 typedef struct openclt_handle {
@@ -89,7 +89,7 @@ typedef struct openclt_inet_addr {
     uint8_t bytes[16];
 } openclt_inet_addr_t;
 
-/* ---- session and system -------------------------------------------------------------------------------------- */
+/* ---- session and system ---- */
 
 /* Register a client under a name of at most 99 characters; fills the caller's handle. Once per process. */
 int openapiClientRegister(const char *clientName, openclt_handle_t *handle);
@@ -131,7 +131,7 @@ int rpcclt_openapiTimeZoneGet(openclt_handle_t *handle, openclt_buffer_t *zone);
  * length plus one. On failure the file may be missing, or hold the part written so far. */
 int rpcclt_openapiCliShowExecuteToFile(openclt_handle_t *handle, openclt_buffer_t *command, openclt_buffer_t *file);
 
-/* ---- units, cards and hardware ------------------------------------------------------------------------------- */
+/* ---- units, cards and hardware ---- */
 
 /* Stack members in ascending unit number; start from 0. */
 int rpcclt_openapiUnitMgrStackMemberGetNext(openclt_handle_t *handle, uint32_t previousUnit, uint32_t *unit);
@@ -160,7 +160,7 @@ int rpcclt_openapiBoxsSfpComplianceSizeGet(openclt_handle_t *handle, uint32_t *s
 /* Fan control mode code: 2 cool, 3 off, 4 quiet; others are not used by devmgr. */
 int rpcclt_openapiBoxsFanControlModeGet(openclt_handle_t *handle, uint32_t *mode);
 
-/* ---- interfaces ---------------------------------------------------------------------------------------------- */
+/* ---- interfaces ---- */
 
 /* First and next interface of a type (OPENCLT_IF_...), ascending. */
 int openapiIfFirstGet(openclt_handle_t *handle, uint32_t type, uint32_t *ifNum);
@@ -216,7 +216,7 @@ int rpcclt_openapiStormControlIntfModeGet(openclt_handle_t *handle, uint32_t ifN
 /* One statistics counter of an interface, since start. Counters 58 and 59 are rates in bits per second. */
 int rpcclt_openapiStatGet(openclt_handle_t *handle, uint32_t counter, uint32_t ifNum, uint64_t *value);
 
-/* ---- VLANs and routing interfaces ---------------------------------------------------------------------------- */
+/* ---- VLANs and routing interfaces ---- */
 
 int openapiVlanIfPvidGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *vlanId);
 
@@ -244,7 +244,7 @@ int rpcclt_openapiRtrIntfVlanIdGet(openclt_handle_t *handle, uint32_t rtrIfNum, 
 int rpcclt_openapiRtrIntfIpAddrGet(openclt_handle_t *handle, uint32_t family, uint32_t rtrIfNum, uint32_t *address,
                                    uint32_t *prefixLength);
 
-/* ---- service port -------------------------------------------------------------------------------------------- */
+/* ---- service port ---- */
 
 int rpcclt_openapiServicePortIPv4AddrGet(openclt_handle_t *handle, uint32_t *address, uint32_t *mask);
 int rpcclt_openapiServicePortGatewayIPv4AddrGet(openclt_handle_t *handle, uint32_t *gateway);
@@ -252,7 +252,7 @@ int rpcclt_openapiServicePortGatewayIPv4AddrGet(openclt_handle_t *handle, uint32
 /* How the service port gets its address: 1 none (static), 2 BOOTP, 3 DHCP. */
 int rpcclt_openapiServicePortIPv4ProtocolModeGet(openclt_handle_t *handle, uint32_t *mode);
 
-/* ---- link aggregation ---------------------------------------------------------------------------------------- */
+/* ---- link aggregation ---- */
 
 int rpcclt_openapiLagNameGet(openclt_handle_t *handle, uint32_t lagIfNum, openclt_buffer_t *name);
 
@@ -270,7 +270,7 @@ int rpcclt_openapiLagMaxMemberCountGet(openclt_handle_t *handle, uint32_t *count
 int rpcclt_openapiLagMembersGet(openclt_handle_t *handle, uint32_t lagIfNum, uint32_t *count,
                                 openclt_buffer_t *members, uint32_t bufferSize);
 
-/* ---- spanning tree ------------------------------------------------------------------------------------------- */
+/* ---- spanning tree ---- */
 
 /* Bridge priority of an instance, 0 to 61440. */
 int rpcclt_openapiDot1SMSTInstancePriorityGet(openclt_handle_t *handle, uint32_t instance, uint16_t *priority);
@@ -286,7 +286,7 @@ int rpcclt_openapiDot1SIntfEdgePortModeGet(openclt_handle_t *handle, uint32_t if
 int rpcclt_openapiDot1SIntfBPDUFilterModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode);
 int rpcclt_openapiDot1SPortRestrictedTcnGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *restricted);
 
-/* ---- 802.1X and RADIUS --------------------------------------------------------------------------------------- */
+/* ---- 802.1X and RADIUS ---- */
 
 /* System-wide 802.1X: 0 off, 1 on. */
 int rpcclt_openapiDot1xSystemAuthControlModeGet(openclt_handle_t *handle, uint32_t *mode);
@@ -305,7 +305,7 @@ int rpcclt_openapiAuthMgrPortStatusGet(openclt_handle_t *handle, uint32_t ifNum,
 int rpcclt_openapiRadiusAuthServerPortNumGet(openclt_handle_t *handle, openclt_buffer_t *address, uint32_t addressType,
                                              uint32_t *port);
 
-/* ---- neighbours: FDB, ARP, LLDP ------------------------------------------------------------------------------ */
+/* ---- neighbours: FDB, ARP, LLDP ---- */
 
 /* Forwarding database in ascending (VLAN, MAC). In and out: the MAC text "AA:BB:CC:DD:EE:FF" (empty to start) and the
  * VLAN ID (0 to start). Out: interface number and entry type (1 learned, others not). */
@@ -343,7 +343,7 @@ int rpcclt_openapiLldpIntfRemoteDeviceSystemDescGet(openclt_handle_t *handle, ui
 int rpcclt_openapiLldpIntfRemoteDeviceMgmtAddressNextGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t index,
                                                          uint32_t *entry, openclt_buffer_t *address);
 
-/* ---- PoE and time ranges ------------------------------------------------------------------------------------- */
+/* ---- PoE and time ranges ---- */
 
 /* Whether a unit can feed power: 0 no, 1 yes. */
 int rpcclt_openapiPoeIsSupported(openclt_handle_t *handle, uint32_t unit, uint32_t *supported);
@@ -409,7 +409,7 @@ int rpcclt_openapiTimeRangePeriodicEntryStartDateAndTimeGet(openclt_handle_t *ha
 int rpcclt_openapiTimeRangePeriodicEntryEndDateAndTimeGet(openclt_handle_t *handle, openclt_buffer_t *name,
                                                           uint32_t entry, openclt_time_range_date_t *date);
 
-/* ---- multicast, access lists, mirroring, PTP ----------------------------------------------------------------- */
+/* ---- multicast, access lists, mirroring, PTP ---- */
 
 #define OPENCLT_SNOOP_SUBSCRIBERS_MAX 32
 typedef struct openclt_snoop_subscriber {
@@ -461,7 +461,7 @@ int rpcclt_openapiPtpTcAdminModeGet(openclt_handle_t *handle, uint32_t *mode);
 int rpcclt_openapiLinuxptpIsDomainExists(openclt_handle_t *handle, uint32_t domain, uint32_t *exists);
 int rpcclt_openapiLinuxptpDomainVlanGet(openclt_handle_t *handle, uint32_t domain, uint32_t *vlanId);
 
-/* ---- images and logging -------------------------------------------------------------------------------------- */
+/* ---- images and logging ---- */
 
 /* Bytes an image file name can need, terminator included. */
 int rpcclt_openapiImageFileNameMaxLengthGet(openclt_handle_t *handle, uint32_t *length);

@@ -23,8 +23,7 @@ inline bool vsUsable(const openclt_buffer_t *buffer)
     return buffer != nullptr && buffer->bytes != nullptr;
 }
 
-// ---- objects by their number
-// -----------------------------------------------------------------------------------------
+// ---- objects by their number ----
 
 template <typename OBJECT> const OBJECT *vsFind(const VS_STATE_T &state, uint32_t key, double now);
 
@@ -72,8 +71,7 @@ inline bool vsMacBytes(const std::string &text, uint8_t bytes[VS_MAC_BYTES])
     return true;
 }
 
-// ---- reading one object
-// ----------------------------------------------------------------------------------------------
+// ---- reading one object ----
 
 template <typename OBJECT, typename READ> auto vsReadOf(const VS_CALL_T &call, const OBJECT &object, READ read)
 {
@@ -147,8 +145,7 @@ inline int vsLimit(const char *name, const void *handle, uint32_t *size, uint32_
     return vsSystemNumber(name, handle, size, [limit](const VS_SYSTEM_T &) { return limit; });
 }
 
-// ---- ascending lists
-// -------------------------------------------------------------------------------------------------
+// ---- ascending lists ----
 
 // First row above `previous` that is wanted; null at the end. keyOf(row) ascends through the list.
 template <typename ROW, typename KEY, typename KEY_OF, typename WANTED>

@@ -78,8 +78,7 @@ const VS_INTERFACE_T *byName(const VS_STATE_T &state, const std::string &name)
 
 } // namespace
 
-// ---- walks and names
-// -------------------------------------------------------------------------------------------------
+// ---- walks and names ----
 
 int openapiIfFirstGet(openclt_handle_t *handle, uint32_t type, uint32_t *ifNum)
 {
@@ -143,8 +142,7 @@ int rpcclt_openapiHashIntfUnitSlotPortGet(openclt_handle_t *handle, uint32_t ifN
     });
 }
 
-// ---- states
-// ----------------------------------------------------------------------------------------------------------
+// ---- states ----
 
 // What a link would use is known only while it is up.
 int openapiIfSpeedGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *speed)
@@ -217,8 +215,7 @@ int rpcclt_openapiStatGet(openclt_handle_t *handle, uint32_t counter, uint32_t i
                                        });
 }
 
-// ---- media
-// -----------------------------------------------------------------------------------------------------------
+// ---- media ----
 
 int rpcclt_openapiBoxsSfpTypeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *sfpType)
 {

@@ -67,8 +67,7 @@ const VS_PTP_DOMAIN_T *ptpDomain(const VS_CALL_T &call, uint32_t domain)
 
 } // namespace
 
-// ---- multicast
-// -------------------------------------------------------------------------------------------------------
+// ---- multicast ----
 
 int rpcclt_openapiSnoopingGroupNextGet(openclt_handle_t *handle, uint32_t family, uint32_t,
                                        openclt_snoop_group_t *group)
@@ -98,8 +97,7 @@ int rpcclt_openapiSnoopIntfMrouterStatusGet(openclt_handle_t *handle, uint32_t f
     return vsNumberOf(call, handle, vsInterface(call.state(), ifNum), status, &VS_INTERFACE_T::mrouter);
 }
 
-// ---- access lists
-// ----------------------------------------------------------------------------------------------------
+// ---- access lists ----
 
 int rpcclt_openapiAclGet(openclt_handle_t *handle, uint32_t aclType, openclt_buffer_t *name, uint32_t *aclId)
 {
@@ -144,8 +142,7 @@ int rpcclt_openapiAclAssignedIntfDirListGet(openclt_handle_t *handle, uint32_t a
     return OPENCLT_NOT_FOUND;
 }
 
-// ---- port mirroring
-// --------------------------------------------------------------------------------------------------
+// ---- port mirroring ----
 
 int rpcclt_openapiSwPortMonitorModeGet(openclt_handle_t *handle, uint32_t session, uint32_t *mode)
 {
@@ -193,8 +190,7 @@ int rpcclt_openapiMirrorSourcePortDirectionGet(openclt_handle_t *handle, uint32_
     return vsNumberOf(call, handle, there ? &*found : nullptr, direction, &VS_MIRROR_SOURCE_T::direction);
 }
 
-// ---- PTP
-// -------------------------------------------------------------------------------------------------------------
+// ---- PTP ----
 
 int rpcclt_openapiPtpTcAdminModeGet(openclt_handle_t *handle, uint32_t *mode)
 {

@@ -65,8 +65,7 @@ int remoteId(const char *name, void *handle, uint32_t ifNum, uint32_t index, uin
 
 } // namespace
 
-// ---- forwarding database and ARP
-// -------------------------------------------------------------------------------------
+// ---- forwarding database and ARP ----
 
 int rpcclt_openapiFdbEntryNextGet(openclt_handle_t *handle, openclt_buffer_t *mac, uint32_t *vlanId, uint32_t *ifNum,
                                   uint32_t *entryType)
@@ -119,8 +118,7 @@ int rpcclt_openapiArpEntryNextGet(openclt_handle_t *handle, openclt_arp_entry_t 
                       });
 }
 
-// ---- LLDP
-// ------------------------------------------------------------------------------------------------------------
+// ---- LLDP ----
 
 int rpcclt_openapiLldpMgmtStrLenGet(openclt_handle_t *handle, uint32_t *length)
 {

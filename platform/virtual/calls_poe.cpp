@@ -111,8 +111,7 @@ int periodEnd(const char *call_name, void *handle, openclt_buffer_t *name, uint3
 
 } // namespace
 
-// ---- PoE of a unit
-// ---------------------------------------------------------------------------------------------------
+// ---- PoE of a unit ----
 
 int rpcclt_openapiPoeIsSupported(openclt_handle_t *handle, uint32_t unit, uint32_t *supported)
 {
@@ -136,8 +135,7 @@ int rpcclt_openapiPoePseThresholdPowerGet(openclt_handle_t *handle, uint32_t uni
     return poeUnit(__func__, handle, unit, power, &VS_UNIT_T::poeThreshold);
 }
 
-// ---- PoE of a port
-// ---------------------------------------------------------------------------------------------------
+// ---- PoE of a port ----
 
 int rpcclt_openapiPoeIsValidInterface(openclt_handle_t *handle, uint32_t, uint32_t ifNum, uint32_t *valid)
 {
@@ -222,8 +220,7 @@ int rpcclt_openapiPoePsePortTimerScheduleNameGet(openclt_handle_t *handle, uint3
     return vsTextOf(call, handle, found == nullptr ? nullptr : &found->poe, name, &VS_POE_T::schedule);
 }
 
-// ---- time ranges
-// -----------------------------------------------------------------------------------------------------
+// ---- time ranges ----
 
 int rpcclt_openapiTimeRangeNameFirstGet(openclt_handle_t *handle, openclt_buffer_t *name)
 {

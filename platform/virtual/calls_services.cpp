@@ -15,8 +15,7 @@ uint32_t forwardingState(const VS_STATE_T &state, const VS_INTERFACE_T &interfac
 
 } // namespace
 
-// ---- link aggregation
-// ------------------------------------------------------------------------------------------------
+// ---- link aggregation ----
 
 int rpcclt_openapiLagNameGet(openclt_handle_t *handle, uint32_t lagIfNum, openclt_buffer_t *name)
 {
@@ -63,8 +62,7 @@ int rpcclt_openapiLagMembersGet(openclt_handle_t *handle, uint32_t lagIfNum, uin
     return result;
 }
 
-// ---- spanning tree
-// ---------------------------------------------------------------------------------------------------
+// ---- spanning tree ----
 
 int rpcclt_openapiDot1SMSTInstancePriorityGet(openclt_handle_t *handle, uint32_t instance, uint16_t *priority)
 {
@@ -106,8 +104,7 @@ int rpcclt_openapiDot1SPortRestrictedTcnGet(openclt_handle_t *handle, uint32_t i
     return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, restricted, &VS_INTERFACE_T::stpTcnGuard);
 }
 
-// ---- 802.1X and RADIUS
-// -----------------------------------------------------------------------------------------------
+// ---- 802.1X and RADIUS ----
 
 int rpcclt_openapiDot1xSystemAuthControlModeGet(openclt_handle_t *handle, uint32_t *mode)
 {

@@ -57,8 +57,7 @@ std::string zoneText(const VS_SYSTEM_T &system)
 
 } // namespace
 
-// ---- session
-// ---------------------------------------------------------------------------------------------------------
+// ---- session ----
 
 int openapiClientRegister(const char *clientName, openclt_handle_t *handle)
 {
@@ -93,8 +92,7 @@ int rpcclt_openapiConnectivityCheck(openclt_handle_t *handle)
     return call.result == OPENCLT_OK && handle == nullptr ? static_cast<int>(OPENCLT_PARAM) : call.result;
 }
 
-// ---- system
-// ----------------------------------------------------------------------------------------------------------
+// ---- system ----
 
 int rpcclt_openapiNetworkOSVersionGet(openclt_handle_t *handle, openclt_buffer_t *version)
 {
@@ -160,8 +158,7 @@ int rpcclt_openapiTimeZoneGet(openclt_handle_t *handle, openclt_buffer_t *zone)
     return vsSystemText(__func__, handle, zone, zoneText);
 }
 
-// ---- units, cards and hardware
-// ---------------------------------------------------------------------------------------
+// ---- units, cards and hardware ----
 
 int rpcclt_openapiUnitMgrStackMemberGetNext(openclt_handle_t *handle, uint32_t previousUnit, uint32_t *unit)
 {
@@ -218,8 +215,7 @@ int rpcclt_openapiBoxsFanControlModeGet(openclt_handle_t *handle, uint32_t *mode
     return vsSystemNumber(__func__, handle, mode, &VS_SYSTEM_T::fanMode);
 }
 
-// ---- images and logging
-// ----------------------------------------------------------------------------------------------
+// ---- images and logging ----
 
 int rpcclt_openapiImageFileNameMaxLengthGet(openclt_handle_t *handle, uint32_t *length)
 {

@@ -29,8 +29,7 @@ const VS_VLAN_T *routingVlan(const VS_CALL_T &call, uint32_t rtrIfNum)
 
 } // namespace
 
-// ---- VLANs
-// -----------------------------------------------------------------------------------------------------------
+// ---- VLANs ----
 
 int openapiVlanIfPvidGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *vlanId)
 {
@@ -92,8 +91,7 @@ int rpcclt_openapiDot1qSwPortTaggedVlanListGet(openclt_handle_t *handle, uint32_
     return vsBytesOut(&answer, static_cast<uint32_t>(used), list);
 }
 
-// ---- routing interfaces
-// ----------------------------------------------------------------------------------------------
+// ---- routing interfaces ----
 
 int rpcclt_openapiRtrIntfNextGet(openclt_handle_t *handle, uint32_t previous, uint32_t *rtrIfNum)
 {
@@ -132,8 +130,7 @@ int rpcclt_openapiRtrIntfIpAddrGet(openclt_handle_t *handle, uint32_t family, ui
     return OPENCLT_OK;
 }
 
-// ---- service port
-// ----------------------------------------------------------------------------------------------------
+// ---- service port ----
 
 int rpcclt_openapiServicePortIPv4AddrGet(openclt_handle_t *handle, uint32_t *address, uint32_t *mask)
 {

@@ -28,7 +28,7 @@ void vsClockSet(double seconds);
 void vsClockRun();
 double vsClock();
 
-// ---- faults ----------------------------------------------------------------------------------------------------------
+// ---- faults ----
 
 // What an injected fault does. Client calls: VS_FAIL with a result. Show commands (named by their text): any of these.
 enum VS_FAULT_KIND {
@@ -60,7 +60,7 @@ void vsTextsClear();
 // Rendered output of a show command as the platform would write it now; "" for an unknown command.
 std::string vsShowText(const std::string &command);
 
-// ---- calls -----------------------------------------------------------------------------------------------------------
+// ---- calls ----
 
 // Called for every client call and show command before it answers; null: nobody. For tests that list calls by document.
 // `name` is a call, or a command's text when `isCommand`.

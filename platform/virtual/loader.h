@@ -33,8 +33,7 @@ struct VS_READ_T {
 bool vsRefuse(VS_READ_T &read, const VS_NODE_T &node, const std::string &expected);
 bool vsOnce(VS_READ_T &read, const VS_NODE_T &node, const std::string &what);
 
-// ---- values
-// ----------------------------------------------------------------------------------------------------------
+// ---- values ----
 
 bool vsNumber(VS_READ_T &read, const VS_NODE_T &node, int64_t least, int64_t most, int64_t &value);
 bool vsText(VS_READ_T &read, const VS_NODE_T &node, std::string &text);
@@ -53,8 +52,7 @@ struct VS_WORD_T {
 };
 bool vsWord(VS_READ_T &read, const VS_NODE_T &node, const VS_WORD_T *words, size_t count, uint32_t &code);
 
-// ---- setters
-// ---------------------------------------------------------------------------------------------------------
+// ---- setters ----
 
 template <class ROW> struct VS_FIELD_T {
     const char *key;
@@ -182,8 +180,7 @@ bool vsInterfaceList(VS_READ_T &read, const VS_NODE_T &node, std::vector<uint32_
 const VS_NODE_T *vsMember(const VS_NODE_T &node, const char *key);
 bool vsRequire(VS_READ_T &read, const VS_NODE_T &node, std::initializer_list<const char *> keys);
 
-// ---- sections
-// --------------------------------------------------------------------------------------------------------
+// ---- sections ----
 
 using VS_SECTION_READ_T = bool (*)(VS_READ_T &read, const VS_NODE_T &node);
 

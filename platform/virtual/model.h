@@ -295,7 +295,7 @@ struct VS_STATE_T {
     int64_t epoch = 0;                        // seconds since 1970 at which the scenario's time 0 lies
 };
 
-// ---- look-ups; null when there is none -------------------------------------------------------------------------------
+// ---- look-ups; null when there is none ----
 
 const VS_PORT_T *vsPort(const VS_STATE_T &state, uint32_t ifNum);
 const VS_PORT_T *vsPortAt(const VS_STATE_T &state, uint32_t unit, uint32_t slot, uint32_t port);
@@ -308,7 +308,7 @@ const VS_VLAN_T *vsVlan(const VS_STATE_T &state, uint32_t id);
 std::string vsPortName(const VS_PORT_T &port);
 std::string vsLagName(const VS_LAG_T &lag);
 
-// ---- what moves; `now` is seconds since the epoch ---------------------------------------------------------------------
+// ---- what moves; `now` is seconds since the epoch ----
 
 // The switch has been up for this long when the scenario's time begins, so that no counter starts from nothing.
 constexpr double VS_SECONDS_BEFORE_EPOCH = 3600;

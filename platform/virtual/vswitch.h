@@ -33,7 +33,7 @@ int vsTextOut(const std::string &text, openclt_buffer_t *buffer);
 int vsBytesOut(const void *bytes, uint32_t length, openclt_buffer_t *buffer);
 std::string vsTextIn(const openclt_buffer_t *buffer);
 
-// ---- show commands ---------------------------------------------------------------------------------------------------
+// ---- show commands ----
 
 // One show command: `command` may end in one " *" that matches any argument, handed over as `argument`.
 using VS_SHOW_T = std::string (*)(const VS_STATE_T &state, double now, const std::string &argument);

@@ -79,7 +79,7 @@ struct SHOW_FILE_T {
 // Start again at the first line.
 void showFileRewind(SHOW_FILE_T *show);
 
-// ---- readers that other processes share, behind lock files ----------------------------------------------------------
+// ---- readers that other processes share, behind lock files ----
 
 // One row of "show bootvar": the unit and the four image columns.
 struct BOOTVAR_ROW_T {

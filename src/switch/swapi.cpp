@@ -31,8 +31,7 @@ void macText(const uint8_t mac[6], char separator, char text[18]);
 bool trunkRowParse(const char *line, char name[10]);
 } // namespace
 
-// ---- interfaces
-// ------------------------------------------------------------------------------------------------------
+// ---- interfaces ----
 
 int swapiIfFirstGet(CLIENT_HANDLE_T *clientHandle, uint32_t type, uint32_t *ifNum)
 {
@@ -130,8 +129,7 @@ int ifNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char *name, size_t 
                     [=](openclt_buffer_t *buffer) { return openapiIfNameGet(clientHandle, ifNum, buffer); });
 }
 
-// ---- system
-// ----------------------------------------------------------------------------------------------------------
+// ---- system ----
 
 int unitCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t *count)
 {
@@ -222,8 +220,7 @@ int boxsSfpTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *sfpT
     return generalResult(result);
 }
 
-// ---- switch-port modes and VLANs
-// -------------------------------------------------------------------------------------
+// ---- switch-port modes and VLANs ----
 
 int dot1qSwPortAutoTrunkStatusGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *status)
 {
@@ -304,8 +301,7 @@ int swapiDot1qSwPortTaggedVlanListGet(CLIENT_HANDLE_T *clientHandle, uint32_t if
     return generalResult(result);
 }
 
-// ---- PoE
-// -------------------------------------------------------------------------------------------------------------
+// ---- PoE ----
 
 int poeIsSupported(CLIENT_HANDLE_T *clientHandle, uint32_t *supported)
 {
@@ -350,8 +346,7 @@ int poePseThresholdPowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32
     return RESULT_OK;
 }
 
-// ---- LAG
-// -------------------------------------------------------------------------------------------------------------
+// ---- LAG ----
 
 int swapiLagNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char *name, size_t size)
 {
@@ -390,8 +385,7 @@ int lagMaxMemberCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t *count)
     return generalResult(result);
 }
 
-// ---- 802.1X and spanning tree
-// ----------------------------------------------------------------------------------------
+// ---- 802.1X and spanning tree ----
 
 int swapiDot1xPortControlModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode)
 {

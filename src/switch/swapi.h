@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// ---- interfaces ------------------------------------------------------------------------------------------------------
+// ---- interfaces ----
 
 // First interface of a type (0 physical, 2 LAG): logs on failure; raw. The next one: no message; raw.
 [[nodiscard]] int swapiIfFirstGet(CLIENT_HANDLE_T *clientHandle, uint32_t type, uint32_t *ifNum);
@@ -36,7 +36,7 @@ uint32_t ifCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t type);
 // CLI name of an interface, cut to size-1; raw and "" on failure, no message.
 [[nodiscard]] int ifNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char *name, size_t size);
 
-// ---- system ----------------------------------------------------------------------------------------------------------
+// ---- system ----
 
 [[nodiscard]] int unitCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t *count);  // stack members; always 0
 [[nodiscard]] int systemNameGet(CLIENT_HANDLE_T *clientHandle, char text[256]);
@@ -58,7 +58,7 @@ void uiVersionGet(char text[20]);
 // Media type of a port, 0 on failure; logs; 10000.
 [[nodiscard]] int boxsSfpTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *sfpType);
 
-// ---- switch-port modes and VLANs -------------------------------------------------------------------------------------
+// ---- switch-port modes and VLANs ----
 
 // 1 when the switch-port mode is auto-trunk (3), else 0; raw.
 [[nodiscard]] int dot1qSwPortAutoTrunkStatusGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *status);
@@ -76,7 +76,7 @@ void uiVersionGet(char text[20]);
 [[nodiscard]] int swapiDot1qSwPortTaggedVlanListGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum,
                                                     openclt_vlan_list_t *list);
 
-// ---- PoE (watts) -----------------------------------------------------------------------------------------------------
+// ---- PoE (watts) ----
 
 // 1 as soon as a stack unit supports PoE, else the last unit's answer; always 0.
 [[nodiscard]] int poeIsSupported(CLIENT_HANDLE_T *clientHandle, uint32_t *supported);
@@ -85,14 +85,14 @@ void uiVersionGet(char text[20]);
 [[nodiscard]] int poePseTotalAvailablePowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power);
 [[nodiscard]] int poePseThresholdPowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power);  // always 0
 
-// ---- LAG -------------------------------------------------------------------------------------------------------------
+// ---- LAG ----
 
 [[nodiscard]] int swapiLagNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char *name, size_t size);
 [[nodiscard]] int swapiLagStaticModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode);
 [[nodiscard]] int swapiLagLoadBalanceModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode);
 [[nodiscard]] int lagMaxMemberCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t *count);  // 0 on failure; logs; 10000
 
-// ---- 802.1X and spanning tree ----------------------------------------------------------------------------------------
+// ---- 802.1X and spanning tree ----
 
 [[nodiscard]] int swapiDot1xPortControlModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode);  // raw
 

@@ -39,8 +39,7 @@ static std::string scenarioWith(const ROOT_T &root, const std::string &members)
     return path;
 }
 
-// ---- options
-// ---------------------------------------------------------------------------------------------------------
+// ---- options ----
 
 struct WRONG_T {
     std::vector<std::string> arguments;
@@ -80,8 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
         WRONG_T{{"--verbose"}, "devmgr: option --verbose: unknown (see --help)\n"},
         WRONG_T{{"now"}, "devmgr: argument now: not expected (see --help)\n"}));
 
-// ---- start-up and end
-// ------------------------------------------------------------------------------------------------
+// ---- start-up and end ----
 
 TEST(Startup, LogsItsStepsInOrder)
 {
@@ -172,8 +170,7 @@ TEST(Startup, WaitsForTheProfileDatabase)
     EXPECT_TRUE(daemon.waitCycle());
 }
 
-// ---- the first cycle
-// ---------------------------------------------------------------------------------------------------
+// ---- the first cycle ----
 
 TEST(FirstCycle, WritesEveryDocumentOfThisBuild)
 {
@@ -222,8 +219,7 @@ TEST(Neighbour, SeesTheNameTheRecordAndTheSignal)
     pthread_sigmask(SIG_UNBLOCK, &interrupt, nullptr);
 }
 
-// ---- contention
-// --------------------------------------------------------------------------------------------------------
+// ---- contention ----
 
 struct HELD_DATABASE_T {
     OWNED_DB db;
