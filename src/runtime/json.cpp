@@ -6,6 +6,7 @@
 
 #include "runtime/log.h"
 #include "runtime/result.h"
+#include "runtime/utf8.h"
 
 #include <climits>
 #include <cstring>
@@ -89,7 +90,10 @@ char *jsonPrint(const cJSON *tree, JSON_FORM form)
         incomplete = false;
         return nullptr;
     }
-    return form == JSON_FORMATTED ? cJSON_Print(tree) : cJSON_PrintUnformatted(tree);
+    OWNED_TEXT text(form == JSON_FORMATTED ? cJSON_Print(tree) : cJSON_PrintUnformatted(tree));
+    if (text == nullptr || utf8Valid(text.get()))
+        return text.release();
+    return utf8Clean(text.get());
 }
 
 int jsonToStr(const cJSON *tree, JSON_FORM form, char **out)

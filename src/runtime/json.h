@@ -31,8 +31,8 @@ cJSON *jsonAppendObject(cJSON *array);
 
 enum JSON_FORM : int { JSON_COMPACT, JSON_FORMATTED };
 
-// Print a tree into a newly allocated text, which the caller frees. Null when the print fails or the document is
-// incomplete.
+// Print a tree into a newly allocated text, which the caller frees; bytes that are no UTF-8 character become U+FFFD,
+// since a reader would refuse the whole document. Null when the print fails or the document is incomplete.
 [[nodiscard]] char *jsonPrint(const cJSON *tree, JSON_FORM form);
 
 // The same for builders whose print failure is reported under "jsonToStr": logs "Response error" and gives 10000 with

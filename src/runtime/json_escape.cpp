@@ -3,13 +3,14 @@
 // Documents with a fixed spacing are printed by a format; the texts in them come from the wire and from files of other
 // programs, and must not end the string they stand in. Nothing is allocated here.
 
+#include "runtime/utf8.h"
+
 #include <cstdio>
 #include <cstring>
 
 // Longest escape: "\u001f" with its terminator.
 constexpr size_t ESCAPE_SIZE = 7;
 
-static size_t sequenceLength(const char *text);
 static size_t characterEscape(char character, JSON_CONTROLS controls, char escape[ESCAPE_SIZE]);
 
 size_t jsonEscape(const char *text, JSON_CONTROLS controls, char *out, size_t size)
@@ -20,11 +21,15 @@ size_t jsonEscape(const char *text, JSON_CONTROLS controls, char *out, size_t si
         return 0;
     while (*text != '\0') {
         char escape[ESCAPE_SIZE];
-        size_t taken = sequenceLength(text);
+        size_t taken = utf8Length(text);
         size_t given = taken;
         const char *piece = text;
 
-        if (taken == 1) {
+        if (taken == 0) { // no character
+            taken = 1;
+            given = controls == JSON_CONTROLS_DROP ? UTF8_REPLACEMENT_LENGTH : 1;
+            piece = controls == JSON_CONTROLS_DROP ? UTF8_REPLACEMENT : text;
+        } else if (taken == 1) {
             given = characterEscape(*text, controls, escape);
             piece = escape;
         }
@@ -35,18 +40,6 @@ size_t jsonEscape(const char *text, JSON_CONTROLS controls, char *out, size_t si
         text += taken;
     }
     out[length] = '\0';
-    return length;
-}
-
-// Bytes of the character at `text`: a lead byte with the continuation bytes that are really there, else 1.
-static size_t sequenceLength(const char *text)
-{
-    auto lead = static_cast<unsigned char>(text[0]);
-    size_t wanted = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : lead >= 0xc0 ? 2 : 1;
-    size_t length = 1;
-
-    while (length < wanted && (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80)
-        length++;
     return length;
 }
 

@@ -15,7 +15,7 @@ TEST(JsonEscape, EscapesWhatWouldEndTheString)
 {
     const char text[] = "a\"b\\c\b\f\n\r\t\x01\x1f\x7f\xc3\xa4\xff";
     EXPECT_EQ(escaped(text, JSON_CONTROLS_HEX, 100), "a\\\"b\\\\c\\b\\f\\n\\r\\t\\u0001\\u001f\x7f\xc3\xa4\xff");
-    EXPECT_EQ(escaped(text, JSON_CONTROLS_DROP, 100), "a\\\"b\\\\c\\b\\f\\n\\r\\t\x7f\xc3\xa4\xff");
+    EXPECT_EQ(escaped(text, JSON_CONTROLS_DROP, 100), "a\\\"b\\\\c\\b\\f\\n\\r\\t\x7f\xc3\xa4\xef\xbf\xbd");
 }
 
 TEST(JsonEscape, CutsBetweenCharactersOnly)

@@ -62,6 +62,26 @@ TEST(Json, MarkLastsUntilTheDocumentIsPrintedOrBegunAnew)
     EXPECT_FALSE(jsonIncomplete());
 }
 
+TEST(Json, BytesThatAreNoCharacterAreReplaced)
+{
+    struct {
+        const char *text;
+        const char *printed;
+    } cases[] = {
+        {"Bühne \xf0\x9f\x8e\xb5", "\"Bühne \xf0\x9f\x8e\xb5\""},
+        {"cut \xc3", "\"cut \xef\xbf\xbd\""},
+        {"\xfflatin \xe9t\xe9", "\"\xef\xbf\xbdlatin \xef\xbf\xbdt\xef\xbf\xbd\""},
+        {"\xc0\xaf", "\"\xef\xbf\xbd\xef\xbf\xbd\""},                                 // longer than needed
+        {"\xed\xa0\x80", "\"\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\""},                 // half a pair
+        {"\xf4\x90\x80\x80", "\"\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\""}, // beyond the last character
+    };
+    for (const auto &one : cases) {
+        OWNED_JSON tree(cJSON_CreateString(one.text));
+        OWNED_TEXT text(jsonPrint(tree.get(), JSON_COMPACT));
+        EXPECT_STREQ(text.get(), one.printed);
+    }
+}
+
 struct FILE_CASE_T {
     const char *content; // null: no file
     const char *parsed;  // null: nothing is loaded
