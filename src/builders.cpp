@@ -22,6 +22,7 @@
 #include "collectors/port/port_hardware.h"
 #include "collectors/port/neighbors.h"
 #include "collectors/port/port_statistics.h"
+#include "collectors/port/port_table.h"
 #include "collectors/system/device_health.h"
 #include "collectors/system/device_time.h"
 #include "collectors/system/special_interface.h"
@@ -32,6 +33,7 @@
 
 static const BUILDER_T builders[] = {
     // ports
+    builderText("swcfg_port", fillPhyInfStatusFastEX),
     builderText("interfaces_status", interfacesStatusBuild),
     builderWrites("neighbor_ex", neighborListExChunkedPush),
     builderText("fiberOptics", fiberOpticsGet),
