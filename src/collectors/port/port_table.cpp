@@ -1,10 +1,11 @@
 #include "collectors/port/port_table.h"
 
-// The passes that ask the platform call by call, in the order in which the table is filled: units with their records,
-// VLANs, states, 802.1X, switch-port modes, PVIDs, VLAN membership, PoE, modules, addresses. Each goes once over the
-// records; look-ups from an interface number go through an index. Uses the VLAN model of collectors/feature, and the
-// slot models, wrappers and walks of switch/.
+// The build, and the passes that ask the platform call by call, in the order in which the table is filled: units with
+// their records, VLANs, states, 802.1X, switch-port modes, PVIDs, VLAN membership, PoE, modules, addresses. Each goes
+// once over the records; look-ups from an interface number go through an index. Uses the VLAN model of
+// collectors/feature, and the slot models, wrappers and walks of switch/.
 
+#include "collectors/port/port_table_model.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"

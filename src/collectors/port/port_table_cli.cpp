@@ -1,4 +1,4 @@
-#include "collectors/port/port_table.h"
+#include "collectors/port/port_table_model.h"
 
 // The passes that read show commands: port status, port VLAN IDs, counters, load of a port, stack capability. Three
 // tables of all ports are read once each; the rows of a unit are counted, and the n-th is its n-th record. Uses the

@@ -1,4 +1,4 @@
-#include "collectors/port/port_table.h"
+#include "collectors/port/port_table_model.h"
 
 // The document of a filled port table: units, their slots, and each port in its place, either among the ports of its
 // slot or as a sub-port of a front port that is fanned out. What depends on the place (module type and speed class in a
