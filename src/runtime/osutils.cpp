@@ -298,7 +298,7 @@ int TmrStart(uint32_t taskId, uint32_t eventBits, uint32_t period)
 {
     TMR_NODE_T *node = static_cast<TMR_NODE_T *>(calloc(1, sizeof(TMR_NODE_T)));
     if (node == nullptr) {
-        LOG_ERROR("Failed to create timer node fortask:%u and event:%u\n", taskId, eventBits);
+        LOG_ERROR("Failed to create timer node fortask:%d and event:%d\n", taskId, eventBits);
         return -1;
     }
     node->taskId = taskId;
@@ -312,7 +312,7 @@ int TmrStart(uint32_t taskId, uint32_t eventBits, uint32_t period)
             tail = &(*tail)->next;
         *tail = node;
     }
-    LOG_DEBUG("Successfully created timer node for task:%u event:%u\n", taskId, eventBits);
+    LOG_DEBUG("Successfully created timer node for task:%d event:%d\n", taskId, eventBits);
     return 0;
 }
 
@@ -334,7 +334,7 @@ int TmrStop(uint32_t taskId, uint32_t eventBits)
         if (empty)
             LOG_ERROR("Failed to delete! Timer list is empty!\n");
         else
-            LOG_ERROR("Could not find timer node for task:%u event:%u\n", taskId, eventBits);
+            LOG_ERROR("Could not find timer node for task:%d event:%d\n", taskId, eventBits);
         return -1;
     }
     free(found);
