@@ -43,7 +43,7 @@ static int usageError(const char *what, const char *value, const char *why)
     return EXIT_USAGE;
 }
 
-// A root must be there and writable, and short enough for the output paths; a trailing '/' is dropped by its owner.
+// A root must be there and writable, and short enough for the output paths.
 static int rootUse(const char *root)
 {
     struct stat status;
@@ -81,7 +81,7 @@ static void standardStreamsOpen()
         close(fd);
 }
 
-// 0 to go on; otherwise the process ends with *status.
+// True to go on; otherwise the process ends with *status.
 static bool optionsTake(int argc, char **argv, int *status)
 {
     static const struct option options[] = {
@@ -91,11 +91,13 @@ static bool optionsTake(int argc, char **argv, int *status)
         {"version", no_argument, nullptr, 'v'},
         {nullptr, 0, nullptr, 0},
     };
-    int option;
-
     *status = 0;
     opterr = 0;
-    while ((option = getopt_long(argc, argv, ":", options, nullptr)) != -1) {
+    for (;;) {
+        const char *asked = argv[optind]; // optind stays at a cluster of letters until its last one
+        int option = getopt_long(argc, argv, "+:", options, nullptr);
+        if (option == -1)
+            break;
         switch (option) {
         case 'r':
             *status = rootUse(optarg);
@@ -110,10 +112,10 @@ static bool optionsTake(int argc, char **argv, int *status)
             puts("devmgr " DEVMGR_VERSION);
             return false;
         case ':':
-            *status = usageError("option", argv[optind - 1], "needs a value (see --help)");
+            *status = usageError("option", asked, "needs a value (see --help)");
             break;
         default:
-            *status = usageError("option", argv[optind - 1], "unknown (see --help)");
+            *status = usageError("option", asked, "unknown (see --help)");
             break;
         }
         if (*status != 0)

@@ -77,6 +77,7 @@ INSTANTIATE_TEST_SUITE_P(
         WRONG_T{{"--tick-ms", "0"}, "devmgr: --tick-ms 0: not a number from 1 to 60000\n"},
         WRONG_T{{"--tick-ms", "10x"}, "devmgr: --tick-ms 10x: not a number from 1 to 60000\n"},
         WRONG_T{{"--verbose"}, "devmgr: option --verbose: unknown (see --help)\n"},
+        WRONG_T{{"-xy"}, "devmgr: option -xy: unknown (see --help)\n"},
         WRONG_T{{"now"}, "devmgr: argument now: not expected (see --help)\n"}));
 
 // ---- start-up and end ----
