@@ -190,7 +190,8 @@ const char *cycleItemName(unsigned index)
 
 void cycleItemRun(unsigned index)
 {
-    itemRun(&cadenceTable[index]);
+    if (index < CADENCE_COUNT)
+        itemRun(&cadenceTable[index]);
 }
 
 void portLinkWatch()
