@@ -21,7 +21,9 @@
 #include "collectors/port/interfaces_status.h"
 #include "collectors/port/port_hardware.h"
 #include "collectors/port/neighbors.h"
+#include "collectors/port/port_settings.h"
 #include "collectors/port/port_statistics.h"
+#include "collectors/port/port_status.h"
 #include "collectors/port/port_table.h"
 #include "collectors/system/device_health.h"
 #include "collectors/system/device_time.h"
@@ -34,6 +36,8 @@
 static const BUILDER_T builders[] = {
     // ports
     builderText("swcfg_port", fillPhyInfStatusFastEX),
+    builderText("swcfg_ports_status", getPortStatusListFast),
+    builderText("swcfg_ports_settings", getPortsSettings),
     builderText("interfaces_status", interfacesStatusBuild),
     builderWrites("neighbor_ex", neighborListExChunkedPush),
     builderText("fiberOptics", fiberOpticsGet),
