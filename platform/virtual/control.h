@@ -1,9 +1,9 @@
 // control.h - driving the virtual switch from tests and tools: load a scenario, change a fact, inject a fault, move the
 // clock, count calls. It belongs to the virtual switch, not to the client interface; the daemon knows nothing of it.
 //
-// The scenario of a process comes from the environment variable VSWITCH_SCENARIO (a path) or from vsLoadText/vsLoadFile.
-// VSWITCH_TIME (seconds since the scenario's epoch) freezes its clock; VSWITCH_EPOCH (seconds since 1970) takes the place of
-// the scenario's epoch, so that a run can begin at the scenario's time 0.
+// The scenario of a process comes from the environment variable VSWITCH_SCENARIO (a path) or from
+// vsLoadText/vsLoadFile. VSWITCH_TIME (seconds since the scenario's epoch) freezes its clock; VSWITCH_EPOCH (seconds
+// since 1970) takes the place of the scenario's epoch, so that a run can begin at the scenario's time 0.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@
 
 struct VS_STATE_T;
 
-// Load a scenario. "" on success; otherwise one line "<file>:<line>: <key>: what was expected", and the state is what it
-// was before. Faults, latencies and literal texts are replaced by the scenario's; calls are counted from 0 again.
+// Load a scenario. "" on success; otherwise one line "<file>:<line>: <key>: what was expected", and the state is what
+// it was before. Faults, latencies and literal texts are replaced by the scenario's; calls are counted from 0 again.
 std::string vsLoadText(const std::string &json, const std::string &name = "scenario");
 std::string vsLoadFile(const std::string &path);
 
@@ -41,14 +41,14 @@ enum VS_FAULT_KIND {
     VS_GARBAGE,  // ... bytes are replaced by pseudo-random ones, from a fixed seed
 };
 struct VS_FAULT_T {
-    std::string name;        // call ("openapiIfNameGet", with or without rpcclt_) or command ("show vlan"); "*" is any call
-    std::string key;         // "" any; otherwise the call's key as text: an interface number, a unit, a name ...
-    uint32_t nth = 0;        // 0: every use; n: only the n-th matching one, from 1
+    std::string name; // call ("openapiIfNameGet", with or without rpcclt_) or command ("show vlan"); "*" is any call
+    std::string key;  // "" any; otherwise the call's key as text: an interface number, a unit, a name ...
+    uint32_t nth = 0; // 0: every use; n: only the n-th matching one, from 1
     VS_FAULT_KIND kind = VS_FAIL;
     int result = -1;
     uint32_t bytes = 0;
-    uint32_t from = 0;       // seconds since the epoch from which it acts ...
-    uint32_t until = 0;      // ... and at which it ends; 0: never
+    uint32_t from = 0;  // seconds since the epoch from which it acts ...
+    uint32_t until = 0; // ... and at which it ends; 0: never
 };
 void vsFaultAdd(const VS_FAULT_T &fault);
 void vsFaultsClear();

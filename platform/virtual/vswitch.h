@@ -6,8 +6,8 @@
 #include <openclt.h>
 #include <string>
 
-// Every client call begins with this: counts, waits out the call's latency, re-reads a changed scenario file, and looks for
-// a fault. Holds the switch's lock for as long as it lives.
+// Every client call begins with this: counts, waits out the call's latency, re-reads a changed scenario file, and looks
+// for a fault. Holds the switch's lock for as long as it lives.
 //
 //     VS_CALL_T call("openapiIfNameGet", ifNum);
 //     if (call.result != OPENCLT_OK) return call.result;
@@ -27,8 +27,8 @@ struct VS_CALL_T {
     double now() const;
 };
 
-// Text into a buffer descriptor as openclt.h says: OPENCLT_FAIL when it does not fit, else `size` becomes the length with
-// terminator.
+// Text into a buffer descriptor as openclt.h says: OPENCLT_FAIL when it does not fit, else `size` becomes the length
+// with terminator.
 int vsTextOut(const std::string &text, openclt_buffer_t *buffer);
 int vsBytesOut(const void *bytes, uint32_t length, openclt_buffer_t *buffer);
 std::string vsTextIn(const openclt_buffer_t *buffer);

@@ -62,8 +62,8 @@ template <typename T> [[nodiscard]] OWNED_ARRAY<T> ownedArray(size_t count)
     return OWNED_ARRAY<T>(static_cast<T *>(calloc(count == 0 ? 1 : count, sizeof(T))));
 }
 
-// Double the room of such an array; what is new is not zeroed. False, with array and capacity as they were, when there is
-// no memory.
+// Double the room of such an array; what is new is not zeroed. False, with array and capacity as they were, when there
+// is no memory.
 template <typename T> [[nodiscard]] bool ownedArrayDouble(OWNED_ARRAY<T> *array, size_t *capacity)
 {
     static_assert(std::is_trivially_copyable<T>::value, "moved as bytes");

@@ -25,9 +25,9 @@ enum SHOW_AFTER : int { SHOW_AFTER_REMOVE, SHOW_AFTER_KEEP };
 
 // What is logged (error) when the output file does not open.
 enum SHOW_OPEN_LINE : int {
-    SHOW_OPEN_LOWER,   // "can not open file:%s\r\n"
-    SHOW_OPEN_UPPER,   // "Can not open file:%s\r\n"
-    SHOW_OPEN_SHORT,   // "can not open %s\n"
+    SHOW_OPEN_LOWER, // "can not open file:%s\r\n"
+    SHOW_OPEN_UPPER, // "Can not open file:%s\r\n"
+    SHOW_OPEN_SHORT, // "can not open %s\n"
     SHOW_OPEN_SILENT,
 };
 
@@ -37,7 +37,7 @@ enum SHOW_RUN : int { SHOW_RUN_RUNNER, SHOW_RUN_PLATFORM };
 
 // One show command as a collector wants it.
 struct SHOW_REQUEST_T {
-    const char *caller;   // function name in the log lines
+    const char *caller; // function name in the log lines
     const char *command;
     PATH_ID file;
     SHOW_NAME name = SHOW_NAME_FIXED;
@@ -86,12 +86,12 @@ struct BOOTVAR_ROW_T {
     int unit;
     char image1[12];
     char image2[12];
-    char image3[18];  // what the image collector reports as running
+    char image3[18]; // what the image collector reports as running
     char image4[18];
 };
 
-// Rows of "show bootvar": *count is the room on entry, the filled rows on return. 0, 10016 when the output does not open,
-// 10000 when the lock cannot be had.
+// Rows of "show bootvar": *count is the room on entry, the filled rows on return. 0, 10016 when the output does not
+// open, 10000 when the lock cannot be had.
 [[nodiscard]] int bootvarGetSafe(CLIENT_HANDLE_T *clientHandle, BOOTVAR_ROW_T *rows, uint32_t *count);
 [[nodiscard]] int bootvarGet(CLIENT_HANDLE_T *clientHandle, BOOTVAR_ROW_T *rows, uint32_t *count);
 

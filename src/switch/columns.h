@@ -14,19 +14,19 @@ size_t columnText(const char *line, size_t column, size_t length, char *out, siz
 // The rest of the line from `column` without its line end (CR, LF), cut to size-1; "" when the line is shorter.
 size_t columnRest(const char *line, size_t column, char *out, size_t size);
 
-// The word (run of non-blanks after leading white space) at `column`, cut to size-1. False, and *out untouched, when the
-// line ends before a word.
+// The word (run of non-blanks after leading white space) at `column`, cut to size-1. False, and *out untouched, when
+// the line ends before a word.
 [[nodiscard]] bool columnWord(const char *line, size_t column, char *out, size_t size);
 
-// The decimal number at `column` (leading white space and sign allowed), as sscanf's "%d" reads it, but held within int.
-// False, and *value untouched, when there is none.
+// The decimal number at `column` (leading white space and sign allowed), as sscanf's "%d" reads it, but held within
+// int. False, and *value untouched, when there is none.
 [[nodiscard]] bool columnNumber(const char *line, size_t column, int *value);
 
 // Base-10 conversion as strtol does it, held within int; 0 when there is no number or the line is shorter.
 int columnStrtol(const char *line, size_t column);
 
-// One "%Nc" step: moves *cursor over up to `count` characters, copying them (cut to size-1, terminated) when `out` is not
-// null. False at the end of the text, as sscanf fails there; fewer characters than asked are accepted.
+// One "%Nc" step: moves *cursor over up to `count` characters, copying them (cut to size-1, terminated) when `out` is
+// not null. False at the end of the text, as sscanf fails there; fewer characters than asked are accepted.
 [[nodiscard]] bool columnTake(const char **cursor, size_t count, char *out, size_t size);
 
 // Whether the line begins with the prefix.
@@ -39,8 +39,8 @@ void textCopy(char *out, size_t size, const char *text);
 char *strTrimRight(char *text);
 char *strTrimLeft(char *text);
 
-// Replace every occurrence, left to right, in place; the text never gets longer than it was (a longer result is cut to the old
-// length). Works in 1024 bytes.
+// Replace every occurrence, left to right, in place; the text never gets longer than it was (a longer result is cut to
+// the old length). Works in 1024 bytes.
 void strReplaceAll(char *text, const char *pattern, const char *replacement);
 
 // First occurrence ignoring case; an empty needle matches at the start, an empty haystack never.

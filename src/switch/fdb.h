@@ -12,8 +12,8 @@ constexpr size_t MAC_TEXT_SIZE = 18;
 struct FDB_ENTRY_T {
     int32_t vlanId;
     uint32_t ifNum;
-    int32_t learned;          // 1 when learned
-    char mac[MAC_TEXT_SIZE];  // six pairs with colons, as the platform prints them
+    int32_t learned;         // 1 when learned
+    char mac[MAC_TEXT_SIZE]; // six pairs with colons, as the platform prints them
 };
 
 // Fast form: from the table of "show mac-addr-table". Returns the number of entries, 0 on any failure.

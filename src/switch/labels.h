@@ -1,4 +1,4 @@
-// labels.h - the texts by which documents name ports and speeds.
+// labels.h - the texts by which documents name ports and states.
 #pragma once
 
 #include "switch/session.h"

@@ -6,18 +6,21 @@
 #include <cstddef>
 #include <cstdint>
 
-// Speed class of a port by model and port number: 3 gigabit, 4 multi-gigabit, 6 10G, 8 25G, 9 40G, 10 50G, 11 100G, 0 for a
-// number without a port of its own. Preset to 3; 10000 when the model or the port is not in the table.
+// Speed class of a port by model and port number: 3 gigabit, 4 multi-gigabit, 6 10G, 8 25G, 9 40G, 10 50G, 11 100G, 0
+// for a number without a port of its own. Preset to 3; 10000 when the model or the port is not in the table.
 [[nodiscard]] int modelPortCapabilityGet(const char *model, uint32_t port, uint32_t *capability);
 
-// Every port number a model uses, fan-out sub-ports included; and its front ports only. 10000 when the model is unknown.
+// Every port number a model uses, fan-out sub-ports included; and its front ports only. 10000 when the model is
+// unknown.
 [[nodiscard]] int modelPortCountGet(const char *model, uint32_t *count);
 [[nodiscard]] int modelPhysicalPortCountGet(const char *model, uint32_t *count);
 
-// Modes in which a front port can run, for example "4x25G,1x100G", cut to size-1. 10000 when model or port is not listed.
+// Modes in which a front port can run, for example "4x25G,1x100G", cut to size-1. 10000 when model or port is not
+// listed.
 [[nodiscard]] int modelFanoutModesGet(const char *model, uint32_t port, char *text, size_t size);
 
-// Front port to which a sub-port belongs, preset to 0 (the last matching range wins); 10000 when no range holds the port.
+// Front port to which a sub-port belongs, preset to 0 (the last matching range wins); 10000 when no range holds the
+// port.
 [[nodiscard]] int modelFanoutRootGet(const char *model, uint32_t port, uint32_t *root);
 
 // The same, and whether the port is the first sub-port of a matching range.

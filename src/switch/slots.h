@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-constexpr uint32_t SLOT_UNITS = 9;   // unit 0 to 8; units are numbered from 1, row 0 stays empty
-constexpr uint32_t SLOT_COUNT = 13;  // slot 0 to 12
+constexpr uint32_t SLOT_UNITS = 9;  // unit 0 to 8; units are numbered from 1, row 0 stays empty
+constexpr uint32_t SLOT_COUNT = 13; // slot 0 to 12
 constexpr size_t SLOT_MODEL_SIZE = 32;
 
 // Model text of the module in each slot; empty for no module or unknown. Zeroed by whoever fills it.

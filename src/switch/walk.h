@@ -44,7 +44,7 @@ void vlanWalkNext(VLAN_WALK_T *walk);
 
 // Members of a LAG, in the platform's order.
 struct LAG_MEMBERS_T {
-    OWNED_ARRAY<char> bytes;  // the platform's buffer, 16 bytes for each possible member and one more
+    OWNED_ARRAY<char> bytes; // the platform's buffer, 16 bytes for each possible member and one more
     uint32_t count = 0;
 };
 
