@@ -76,6 +76,18 @@ const VS_INTERFACE_T *byName(const VS_STATE_T &state, const std::string &name)
     return nullptr;
 }
 
+// A sub-port of a front port with an optic is reached by its share of it: a lane of at most 25 Gbit/s, an SFP+ to the
+// consumer.
+uint32_t mediaKind(const VS_STATE_T &state, const VS_PORT_T &port, double)
+{
+    if (port.optic.present) {
+        return port.optic.type;
+    }
+    const VS_PORT_T *root =
+        port.attached && port.rootPort != 0 ? vsPortAt(state, port.unit, port.slot, port.rootPort) : nullptr;
+    return root != nullptr && root->optic.present ? 2 : 0;
+}
+
 } // namespace
 
 // ---- walks and names ----
@@ -219,8 +231,7 @@ int rpcclt_openapiStatGet(openclt_handle_t *handle, uint32_t counter, uint32_t i
 
 int rpcclt_openapiBoxsSfpTypeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *sfpType)
 {
-    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, sfpType,
-                                  [](const VS_PORT_T &port) { return port.optic.present ? port.optic.type : 0; });
+    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, sfpType, mediaKind);
 }
 
 int rpcclt_openapiBoxsSfpComplianceGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *compliance)

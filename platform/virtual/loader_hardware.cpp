@@ -2,6 +2,7 @@
 #include "models.h"
 
 #include <algorithm>
+#include <cstdio>
 
 // Units with their cards, ports, and LAGs. Units make their ports from the model; the
 // "ports" section then says what differs.
@@ -251,6 +252,20 @@ static bool fanout(VS_READ_T &read, const VS_NODE_T &node, VS_PORT_T &root)
     return true;
 }
 
+// "10-19" in a list of VLANs: those of the range that exist.
+static bool vlanRange(VS_READ_T &read, const VS_NODE_T &node, std::vector<uint16_t> &ids)
+{
+    unsigned first, last;
+    int used = 0;
+    if (sscanf(node.text.c_str(), "%4u-%4u%n", &first, &last, &used) != 2 ||
+        static_cast<size_t>(used) != node.text.size() || first < 1 || last > 4094 || first > last)
+        return vsRefuse(read, node, "expected the ID of a VLAN that exists, or a range like \"10-19\"");
+    for (const VS_VLAN_T &vlan : read.out.state.vlans)
+        if (vlan.id >= first && vlan.id <= last)
+            ids.push_back(static_cast<uint16_t>(vlan.id));
+    return true;
+}
+
 static bool vlanList(VS_READ_T &read, const VS_NODE_T &node, std::vector<uint16_t> &ids)
 {
     if (node.kind != VS_NODE_ARRAY)
@@ -258,6 +273,11 @@ static bool vlanList(VS_READ_T &read, const VS_NODE_T &node, std::vector<uint16_
     ids.clear();
     for (const VS_NODE_T &item : node.items) {
         uint32_t id;
+        if (item.kind == VS_NODE_TEXT) {
+            if (!vlanRange(read, item, ids))
+                return false;
+            continue;
+        }
         if (!vsVlanOf(read, item, id))
             return false;
         ids.push_back(static_cast<uint16_t>(id));

@@ -94,9 +94,26 @@ static bool vlanAddress(VS_READ_T &read, const VS_NODE_T &node, VS_VLAN_T &vlan)
     return vsAddress(read, address, vlan.address);
 }
 
+// The AV profile of a VLAN is no business of the switch: it is checked here, and used by who fills the profile store.
+struct PROFILE_T {
+    std::string type, color;
+    uint32_t vlanType = 0;
+};
+static const VS_FIELD_T<PROFILE_T> PROFILE_FIELDS[] = {
+    {"type", plain<&PROFILE_T::type>},
+    {"vlanType", number<&PROFILE_T::vlanType, 0, 255>},
+    {"color", plain<&PROFILE_T::color>},
+};
+
+static bool vlanProfile(VS_READ_T &read, const VS_NODE_T &node, VS_VLAN_T &)
+{
+    PROFILE_T unused;
+    return readObject(read, node, unused, PROFILE_FIELDS) && vsRequire(read, node, {"type", "vlanType"});
+}
+
 static const VS_FIELD_T<VS_VLAN_T> VLAN_FIELDS[] = {
     {"name", plain<&VS_VLAN_T::name>},     {"static", plain<&VS_VLAN_T::isStatic>}, {"address", vlanAddress},
-    {"routed", plain<&VS_VLAN_T::routed>}, {"method", plain<&VS_VLAN_T::method>},
+    {"routed", plain<&VS_VLAN_T::routed>}, {"method", plain<&VS_VLAN_T::method>},   {"profile", vlanProfile},
 };
 
 VS_VLAN_T &vsVlanAdd(VS_STATE_T &state, uint32_t id)

@@ -38,6 +38,16 @@ static constexpr VS_COLUMN_T STATUS_COLUMNS[] = {
     {93, 5, "VLAN"},
 };
 
+// The media column holds ten characters: of "100GBase-SR4" it shows "100G-SR4".
+static std::string mediaShort(const VS_SHOWN_T &shown)
+{
+    std::string media = shown.media();
+    const size_t base = media.find("Base-");
+    if (media.size() > 10 && base != std::string::npos)
+        media.erase(base, 4);
+    return media;
+}
+
 static std::string interfacesStatus(const VS_STATE_T &state, double now, const std::string &)
 {
     const VS_TABLE_T table(STATUS_COLUMNS);
@@ -45,7 +55,7 @@ static std::string interfacesStatus(const VS_STATE_T &state, double now, const s
     for (const VS_SHOWN_T &shown : vsShownInterfaces(state, now)) {
         const bool flow = shown.up && shown.port != nullptr && shown.port->flowControl != 0;
         text += vsTableRow(table, {shown.name, shown.interface->description, shown.link(), physicalMode(shown),
-                                   shown.physical(), shown.media(), flow ? "Active" : "Inactive",
+                                   shown.physical(), mediaShort(shown), flow ? "Active" : "Inactive",
                                    shown.interface->switchMode >= 2 ? "Trunk" : vsDigits(shown.interface->pvid)});
     }
     return text;
@@ -72,7 +82,7 @@ static std::string hardwareProfile(const VS_STATE_T &state, double now, const st
     for (const VS_SHOWN_T &shown : vsShownPorts(state, now)) {
         if (!shown.port->hwProfile.empty())
             text += vsTableRow(table, {shown.name, vsWord(shown.port->hwProfile, '_', "-"),
-                                       !shown.detached ? "front port" : "sub-ports"});
+                                       shown.port->hwProfile.compare(0, 2, "1x") == 0 ? "front port" : "sub-ports"});
     }
     return text;
 }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <control.h>
 #include <gtest/gtest.h>
 #include <model.h>
@@ -29,6 +30,7 @@ const REFUSAL_T REFUSALS[] = {
     {"{\"vlans\": {\"2\": {}, \n\"2\": {}}}", "2: 2: expected once, given twice"},
     {"{\"vlans\": {\"2\": {\"address\": \"10.0.0.1/33\"}}}",
      "1: address: expected an IPv4 address like \"10.0.0.1/24\""},
+    {"{\"vlans\": {\"2\": {\"profile\": {\"type\": \"Audio\"}}}}", "1: profile: expected \"vlanType\" in it"},
     {"{\"units\": {\"1\": {}}}", "1: 1: expected \"model\" in it"},
     {"{\"units\": {\"9\": {\"model\": \"TK830-T16\"}}}", "1: 9: expected a number from 1 to 8 as key"},
     {"{\"units\": {\"1\": {\n\"model\": \"TK830-T99\"}}}",
@@ -51,6 +53,8 @@ const REFUSAL_T REFUSALS_BASED[] = {
     {"\"ports\": {\"1/0/1\": {\"speed\": \"3G\"}}}", "1: speed: expected \"auto\", \"10M\", ..."},
     {"\"ports\": {\"1/0/1\": {\"pvid\": 11}}}", "1: pvid: expected the ID of a VLAN that exists"},
     {"\"ports\": {\"1/0/1\": {\"tagged\": [10,\n11]}}}", "2: tagged[2]: expected the ID of a VLAN that exists"},
+    {"\"ports\": {\"1/0/1\": {\"tagged\": [\"2-\"]}}}",
+     "1: tagged[1]: expected the ID of a VLAN that exists, or a range like \"10-19\""},
     {"\"ports\": {\"1/0/1\": {\"fanout\": \"4x25G\"}}}", "1: fanout: expected a fan-out mode of this model ..."},
     {"\"ports\": {\"1/0/1\": {\"down\": {\"lasts\": 9, \"every\": 5}}}}",
      "1: down: expected \"lasts\" of at least 1 ..."},
@@ -191,14 +195,35 @@ TEST(Scenario, ExpandsToTheSameLargeSwitchFromTheSameSeed)
     for (size_t i = 1; i < first.fdb.size(); i++)
         ASSERT_LT(std::make_pair(first.fdb[i - 1].vlan, first.fdb[i - 1].mac),
                   std::make_pair(first.fdb[i].vlan, first.fdb[i].mac));
+    for (const VS_FDB_T &row : first.fdb) // what is learned through a member of a LAG belongs to the LAG
+        for (const VS_LAG_T &lag : first.lags)
+            ASSERT_EQ(std::count(lag.members.begin(), lag.members.end(), row.ifNum), 0);
     ASSERT_EQ(vsLoadText(json), "");
     EXPECT_EQ(vsState().fdb[9999].mac, first.fdb[9999].mac);
     EXPECT_EQ(vsState().ports[300].inRate, first.ports[300].inRate);
     EXPECT_EQ(vsState().groups[150].ifNum, first.groups[150].ifNum);
 }
 
+TEST(Scenario, ExpandLeavesStackPortsAlone)
+{
+    ASSERT_EQ(vsLoadText(R"({"expand": {"units": 1, "model": "TK830-T16", "lags": 2, "addresses": 500},
+        "units": {"1": {"model": "TK830-T16", "stackPorts": [{"port": 52}]}}})"),
+              "");
+    EXPECT_EQ(vsState().lags[0].members, (std::vector<uint32_t>{50, 51}));
+    for (const VS_FDB_T &row : vsState().fdb)
+        ASSERT_NE(row.ifNum, 52u);
+}
+
+TEST(Scenario, TaggedRangesHoldTheVlansThatExist)
+{
+    ASSERT_EQ(vsLoadText(R"({"vlans": {"10": {}, "20": {}, "30": {}}, "units": {"1": {"model": "TK620-R01"}},
+        "ports": {"1/0/1": {"tagged": ["11-29", 10, "20-4094"]}}})"),
+              "");
+    EXPECT_EQ(vsPort(vsState(), 1)->tagged, (std::vector<uint16_t>{10, 20, 30}));
+}
+
 TEST(Scenario, ShippedOnesLoad)
 {
-    for (const char *name : {"studio-52", "two-port"})
+    for (const char *name : {"studio-52", "two-port", "chassis-t03", "fanout-t02", "stack-3", "large-8"})
         EXPECT_EQ(vsLoadFile(std::string(DEVMGR_SOURCE_DIR "/platform/virtual/scenarios/") + name + ".json"), "");
 }
