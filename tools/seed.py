@@ -43,8 +43,22 @@ PROFILES = (
     ("video", 23, "Video", "#039BE5"),
     ("audio", 24, "Audio", "#7CB342"),
 )
-# For VLANs whose name says nothing, in turn.
-PROFILES_IN_TURN = ("audio", "kramer", "crestron", "harman", "video", "control", "milan", "audac", "light")
+# For VLANs whose name says nothing, in turn: every kind that belongs to one maker, and the common ones.
+PROFILES_IN_TURN = tuple(row[1:] for row in PROFILES if row[0] not in ("avb", "aes67", "sonos", "video", "ndi")) + (
+    (25, "Audio Audio-Technica", "#9CCC65"),
+    (26, "Audio Genelec Smart IP", "#AED581"),
+    (27, "Poly StudioNet Modular Room", "#5C6BC0"),
+    (28, "Blustream Multicast", "#29B6F6"),
+    (29, "Sennheiser TeamConnect Bar S - Single Domain Mode", "#26C6DA"),
+    (30, "Nice Home Management", "#EF5350"),
+    (31, "Telos AllianceLivewire+ AES67", "#EC407A"),
+    (32, "G&D KVM-over-IP", "#8D6E63"),
+    (33, "URC Automation", "#BDBDBD"),
+    (34, "AJA AV Network", "#78909C"),
+    (35, "BluOS AV", "#42A5F5"),
+    (36, "TARPAN", "#FF7043"),
+    (37, "Just Add Power AV", "#D4E157"),
+)
 # VLANs that carry plain data: the web interface made no profile for them.
 NO_PROFILE = ("data", "guest", "office", "internet")
 
@@ -107,32 +121,38 @@ def write_json(path, value):
 
 
 def scenario_vlans(path):
-    """(id, name) of the VLANs that a scenario lists."""
+    """(id, name, profile) of the scenario's VLANs, ascending: those it lists, and those made by "expand"."""
     with open(path, encoding="utf-8") as text:
         scenario = json.load(text)
-    listed = scenario.get("vlans", [])
-    if isinstance(listed, dict):
-        listed = [dict(vlan, id=int(vlan_id)) for vlan_id, vlan in listed.items()]
-    return [(vlan["id"], vlan.get("name", "")) for vlan in listed if isinstance(vlan, dict) and "id" in vlan]
+    vlans = {1: {}}
+    expanded = scenario.get("expand", {}).get("vlans", 0)
+    vlans.update((vlan, {"name": f"AV-{vlan}"}) for vlan in range(2, expanded + 2))
+    for key, vlan in scenario.get("vlans", {}).items():
+        vlans[int(key)] = {**vlans.get(int(key), {}), **vlan}
+    return [(vlan, fields.get("name", ""), fields.get("profile")) for vlan, fields in sorted(vlans.items())]
+
+
+def profile_by_name(name):
+    return next((row[1:] for row in PROFILES if row[0] in name.lower()), None)
 
 
 def profiles_of(vlans):
     """Rows (id, type number, name, profile type, colour); VLANs of plain data have none."""
-    by_word = {row[0]: row for row in PROFILES}
     rows = []
     turn = 0
-    for vlan, name in sorted(vlans):
-        lower = name.lower()
-        if vlan == 1:
-            rows.append((1, 1, "Default", "Default", "#000000"))
+    for vlan, name, own in vlans:
+        if own is not None:
+            profile = (own["vlanType"], own["type"], own.get("color", "#9E9E9E"))
+        elif vlan == 1:
+            name, profile = "Default", (1, "Default", "#000000")
+        elif any(word in name.lower() for word in NO_PROFILE):
             continue
-        if any(word in lower for word in NO_PROFILE):
-            continue
-        profile = next((row for row in PROFILES if row[0] in lower), None)
+        else:
+            profile = profile_by_name(name)
         if profile is None:
-            profile = by_word[PROFILES_IN_TURN[turn % len(PROFILES_IN_TURN)]]
+            profile = PROFILES_IN_TURN[turn % len(PROFILES_IN_TURN)]
             turn += 1
-        rows.append((vlan, profile[1], name or f"{profile[2]} {vlan}", profile[2], profile[3]))
+        rows.append((vlan, profile[0], name or f"{profile[1]} {vlan}", profile[1], profile[2]))
     return rows
 
 
