@@ -70,6 +70,7 @@ constexpr size_t MAP_FIRST_CAPACITY = 32;
 constexpr size_t VENDOR_KEY_SIZE = 32;
 constexpr uint32_t LINK_UP = 0;
 constexpr uint32_t DEFAULT_VLAN = 1;
+constexpr uint32_t LLDP_TEXT_MAX = 65536; // bytes; more is no length of a text
 
 bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacity);
 const VENDOR_RECORD_T *portVendorChoose(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, const VLAN_PROFILE_MAP_T *map);
@@ -132,7 +133,7 @@ void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
     int result = sqlite3_open_v2(path, &opened, SQLITE_OPEN_READONLY, nullptr);
     OWNED_DB db(opened);
     if (result != SQLITE_OK) {
-        LOG_ERROR("port_vendor_detect: cannot open %s: %s\n", path,
+        LOG_ERROR("port_vendor_detect: cannot open %s: %s\r\n", path,
                   db != nullptr ? sqlite3_errmsg(db.get()) : "open failed");
         return;
     }
@@ -141,7 +142,7 @@ void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
     result = sqlite3_prepare_v2(db.get(), "SELECT id, vlanType, profileType FROM vlanInfo;", -1, &prepared, nullptr);
     OWNED_STATEMENT statement(prepared);
     if (result != SQLITE_OK) {
-        LOG_ERROR("port_vendor_detect: vlanInfo prepare failed: %s\n", sqlite3_errmsg(db.get()));
+        LOG_ERROR("port_vendor_detect: vlanInfo prepare failed: %s\r\n", sqlite3_errmsg(db.get()));
         return;
     }
 
@@ -275,7 +276,8 @@ bool foundByLldp(CLIENT_HANDLE_T *clientHandle, const VENDOR_RECORD_T *vendor, u
     uint32_t length = 0;
     if (rpcclt_openapiLldpMgmtStrLenGet(clientHandle, &length) != OPENCLT_OK)
         return false;
-    OWNED_ARRAY<char> text = ownedArray<char>(static_cast<size_t>(length) + 1);
+    length = std::min(length, LLDP_TEXT_MAX);
+    OWNED_ARRAY<char> text = ownedArray<char>(length + 1);
     if (text == nullptr)
         return false;
 
