@@ -10,6 +10,7 @@ import argparse
 import csv
 import json
 import os
+import re
 import shutil
 import sqlite3
 import sys
@@ -87,6 +88,9 @@ VENDOR_OUIS = {
     "Just Add Power": ("48:5D:EB", "C2:00:00"),
 }
 
+# Minutes from UTC and rule of summer time -> time zone.
+TIME_ZONES = {(60, "EU"): "Europe/Berlin", (0, "EU"): "Europe/London", (-300, "USA"): "America/New_York"}
+
 # Template name -> members that differ from TEMPLATE_DEFAULTS.
 TEMPLATE_DEFAULTS = {"PTP": False, "AVB": False, "flowControl": False, "igmpSnooping": True, "igmpQuerier": True,
                      "fastLeave": True, "unknownMulticast": "drop", "qosTrust": "dscp"}
@@ -120,10 +124,8 @@ def write_json(path, value):
         json.dump(value, out, separators=(",", ":"))
 
 
-def scenario_vlans(path):
+def scenario_vlans(scenario):
     """(id, name, profile) of the scenario's VLANs, ascending: those it lists, and those made by "expand"."""
-    with open(path, encoding="utf-8") as text:
-        scenario = json.load(text)
     vlans = {1: {}}
     expanded = scenario.get("expand", {}).get("vlans", 0)
     vlans.update((vlan, {"name": f"AV-{vlan}"}) for vlan in range(2, expanded + 2))
@@ -170,16 +172,40 @@ def seed_profiles(root, rows):
     os.replace(fresh, path)  # the daemon waits for the file only: it must be whole when it appears
 
 
-def seed_exports(root, rows):
+def own_ports(scenario, field):
+    """Number -> value of a field, of those of the first unit's own ports for which the scenario gives one."""
+    values = {}
+    for key, fields in scenario.get("ports", {}).items():
+        for unit, slot, first, last in re.findall(r"(\d+)/(\d+)/(\d+)(?:-(\d+))?", key):
+            if (unit, slot) == ("1", "0") and field in fields:
+                values.update((port, fields[field]) for port in range(int(first), int(last or first) + 1))
+    return dict(sorted(values.items()))
+
+
+def seed_exports(root, rows, vlan_of):
     """What the configuration side exported: which ports it assigned to each VLAN of a profile type."""
     by_type = {}
     for vlan, _, name, profile_type, _ in rows:
-        if profile_type != "Default":
+        if profile_type not in ("", "Default"):
             by_type.setdefault(profile_type, []).append((vlan, name))
     for profile_type, vlans in by_type.items():
-        entries = [{"vlanId": vlan, "name": name, "ports": {"assignedPort": [2 * index + 1, 2 * index + 2]}}
-                   for index, (vlan, name) in enumerate(vlans)]
+        entries = [{"vlanId": vlan, "name": name, "ports": {"assignedPort": [port for port in vlan_of if vlan_of[port] == vlan]}}
+                   for vlan, name in vlans]
         write_json(os.path.join(root, "tmp/kelo/kelo_ex", file_name(profile_type)), {"profileConfig": {"vlans": entries}})
+
+
+def seed_trunks(root, scenario):
+    lags = scenario.get("lags", {}).items()
+    write_json(os.path.join(root, "tmp/manual_trunk_config"), {
+        "physicalPort": [port for port, mode in own_ports(scenario, "switchMode").items() if mode == "trunk"],
+        "lagPort": [int(number) for number, lag in lags if lag.get("switchMode") == "trunk"]})
+
+
+def seed_clock(root, scenario):
+    system = scenario.get("system", {})
+    place = (system.get("utcOffset", 0), system.get("summerTime", ""))
+    write_json(os.path.join(root, "mnt/fastpath/vesta_config"),
+               {"switchConfig": {"clock": {"timezone": TIME_ZONES.get(place, "UTC")}}})
 
 
 def seed_templates(root):
@@ -237,16 +263,17 @@ def main():
     if args.log_level:
         with open(os.path.join(args.root, "tmp/devmgr_log_level"), "w", encoding="ascii") as out:
             out.write(args.log_level)
-    rows = profiles_of(scenario_vlans(args.scenario))
-    seed_exports(args.root, rows)
+    with open(args.scenario, encoding="utf-8") as text:
+        scenario = json.load(text)
+    rows = profiles_of(scenario_vlans(scenario))
+    seed_exports(args.root, rows, own_ports(scenario, "pvid"))
     seed_templates(args.root)
     if args.few_ouis:
         build_oui(os.path.join(args.root, APP, "oui/oui.db"), registry=False)
     else:
         seed_oui(args.root, args.cache)
-    write_json(os.path.join(args.root, "tmp/manual_trunk_config"), {"physicalPort": [49, 50], "lagPort": [1]})
-    write_json(os.path.join(args.root, "mnt/fastpath/vesta_config"),
-               {"switchConfig": {"clock": {"timezone": "Europe/Berlin"}}})
+    seed_trunks(args.root, scenario)
+    seed_clock(args.root, scenario)
     seed_profiles(args.root, rows)
     print(f"seeded {args.root}: {len(rows)} VLAN profiles, {len(TEMPLATES)} templates")
 
