@@ -76,16 +76,22 @@ const VS_INTERFACE_T *byName(const VS_STATE_T &state, const std::string &name)
     return nullptr;
 }
 
-// A sub-port of a front port with an optic is reached by its share of it: a lane of at most 25 Gbit/s, an SFP+ to the
-// consumer.
-uint32_t mediaKind(const VS_STATE_T &state, const VS_PORT_T &port, double)
+// The optic that a port reaches: its own, or as a sub-port in use that of its front port. Null when there is none.
+const VS_OPTIC_T *opticOf(const VS_STATE_T &state, const VS_PORT_T &port)
 {
     if (port.optic.present) {
-        return port.optic.type;
+        return &port.optic;
     }
     const VS_PORT_T *root =
         port.attached && port.rootPort != 0 ? vsPortAt(state, port.unit, port.slot, port.rootPort) : nullptr;
-    return root != nullptr && root->optic.present ? 2 : 0;
+    return root != nullptr && root->optic.present ? &root->optic : nullptr;
+}
+
+// To a sub-port its share of the optic is an SFP+.
+uint32_t mediaKind(const VS_STATE_T &state, const VS_PORT_T &port, double)
+{
+    const VS_OPTIC_T *optic = opticOf(state, port);
+    return optic == nullptr ? 0 : port.optic.present ? optic->type : 2;
 }
 
 } // namespace
@@ -241,7 +247,7 @@ int rpcclt_openapiBoxsSfpComplianceGet(openclt_handle_t *handle, uint32_t ifNum,
         return call.result;
     }
     const VS_PORT_T *port = vsPort(call.state(), ifNum);
-    const VS_OPTIC_T *optic = port != nullptr && port->optic.present ? &port->optic : nullptr;
+    const VS_OPTIC_T *optic = port != nullptr ? opticOf(call.state(), *port) : nullptr;
     return vsTextOf(call, handle, optic, compliance, &VS_OPTIC_T::compliance);
 }
 

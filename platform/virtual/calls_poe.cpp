@@ -37,7 +37,8 @@ template <typename READ> int poeUnit(const char *name, void *handle, uint32_t un
     return vsNumberOf(call, handle, found, value, read);
 }
 
-// The port meant by an interface number, or by a port number within the unit.
+// The port meant by an interface number, or by a port number within the unit. Callers ask for interface numbers of
+// any unit by the local one.
 const VS_PORT_T *schedulePort(const VS_CALL_T &call, uint32_t unit, uint32_t number)
 {
     const VS_PORT_T *byIfNum = poePort(call, number);
@@ -45,7 +46,10 @@ const VS_PORT_T *schedulePort(const VS_CALL_T &call, uint32_t unit, uint32_t num
         return byIfNum;
     }
     const VS_PORT_T *byPlace = vsPortAt(call.state(), unit, 0, number);
-    return byPlace != nullptr && byPlace->poe.valid ? byPlace : byIfNum;
+    if (byPlace != nullptr && byPlace->poe.valid) {
+        return byPlace;
+    }
+    return unit == call.state().system.localUnit ? byIfNum : nullptr;
 }
 
 // The time range of a name descriptor; null when there is none.
