@@ -127,7 +127,7 @@ TEST_F(Neighbors, WhatAnLldpDeviceSays)
         {4, 5, mac, "p", "n", "openapiLldpIntfRemoteDevicePortIdGet", ""},
         {4, 5, mac, "p", "n", "openapiLldpMgmtStrLenGet", row("n", mac, "p")},
         {4, 5, "\"\\\n\x01", "\"\t\xff", "\"},{\b\x1f\xc3", "none",
-         row("\\\"},{\\b\xc3", "\\\"\\\\\\n", "\\\"\\t\xff")},
+         row("\\\"},{\\b\xef\xbf\xbd", "\\\"\\\\\\n", "\\\"\\t\xef\xbf\xbd")},
         {7, 5, "", quotes, long254 + "\"", "none", row(long254, "", repeat("\\\"", 255))},
         {7, 5, "", "p", lines, "none", row(repeat("\\n", 127), "", "p")},
     };
