@@ -96,6 +96,7 @@ CLEAN_T cleanTake(SWEEP_T *sweep, const DOCUMENT_T &document)
     CLEAN_T clean;
 
     snprintf(sweep->tally->at, sizeof(sweep->tally->at), "%s, clean", document.name);
+    alarm(RUN_LIMIT);
     coldBegin();
     documentsRunAll();
     clean.snapshot = snapshotTake();
