@@ -3,8 +3,8 @@
 
 #include <cstddef>
 
-constexpr size_t OUI_TEXT_SIZE = 9;     // "AA:BB:CC"
-constexpr size_t OUI_VENDOR_SIZE = 32;  // longer names are cut
+constexpr size_t OUI_TEXT_SIZE = 9;    // "AA:BB:CC"
+constexpr size_t OUI_VENDOR_SIZE = 32; // longer names are cut
 
 // First 8 characters of a MAC text, in upper case. False, and "" in `oui`, for a shorter text.
 [[nodiscard]] bool ouiOfMac(const char *mac, char oui[OUI_TEXT_SIZE]);

@@ -9,11 +9,11 @@
 #include <cstdint>
 
 struct VLAN_INFO_ENTRY_T {
-    int32_t id;        // VLAN ID
-    int32_t vlanType;  // profile type number
+    int32_t id;       // VLAN ID
+    int32_t vlanType; // profile type number
     char profileName[256];
     char profileType[256];
-    char color[8];     // "#rrggbb"
+    char color[8]; // "#rrggbb"
 };
 
 constexpr uint32_t VLAN_INFO_CAPACITY = 4096;
@@ -27,15 +27,19 @@ struct VLAN_INFO_LIST_T {
 
 void vlanInfoListFree(VLAN_INFO_LIST_T *list);
 struct VLAN_INFO_LIST_DELETER_T {
-    void operator()(VLAN_INFO_LIST_T *list) const { vlanInfoListFree(list); }
+    void operator()(VLAN_INFO_LIST_T *list) const
+    {
+        vlanInfoListFree(list);
+    }
 };
 using OWNED_VLAN_INFO_LIST = std::unique_ptr<VLAN_INFO_LIST_T, VLAN_INFO_LIST_DELETER_T>;
 
 // Insert or replace one row: 0 or SQLite's code (logged).
-[[nodiscard]] int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *profileType, const char *color);
+[[nodiscard]] int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *profileType,
+                                  const char *color);
 
-// Read one row; out places that are null are passed over. 1 when found; 0 when there is none and on any error (logged), the
-// out places untouched. Texts are cut to their field sizes (256, 256, 8).
+// Read one row; out places that are null are passed over. 1 when found; 0 when there is none and on any error (logged),
+// the out places untouched. Texts are cut to their field sizes (256, 256, 8).
 [[nodiscard]] int vlanInfoSelectById(int id, int32_t *vlanType, char *profileName, char *profileType, char *color);
 
 // An empty list; null without memory.
