@@ -80,8 +80,9 @@ int rpcclt_openapiSnoopingGroupNextGet(openclt_handle_t *handle, uint32_t family
         return OPENCLT_PARAM;
     }
     GROUP_KEY_T previous{group->vlanId, group->groupAddress, group->ifNum};
-    const VS_GROUP_T *next = vsNextRow(call.state().groups, previous, groupKey,
-                                       [&](const VS_GROUP_T &row) { return vsWindowOpen(row.present, call.now()); });
+    const VS_GROUP_T *next = vsNextRow(call.state().groups, previous, groupKey, [&](const VS_GROUP_T &row) {
+        return vsLearned(call.state(), row.ifNum, row.present, call.now());
+    });
     return vsNumberOf(call, handle, next, group, groupOut);
 }
 

@@ -35,7 +35,8 @@ const VS_LLDP_T *remote(const VS_CALL_T &call, uint32_t ifNum, uint32_t index)
     LLDP_KEY_T key{ifNum, index};
     auto found = std::lower_bound(all.begin(), all.end(), key,
                                   [](const VS_LLDP_T &row, const LLDP_KEY_T &k) { return lldpKey(row) < k; });
-    bool there = found != all.end() && lldpKey(*found) == key && vsWindowOpen(found->present, call.now());
+    bool there = found != all.end() && lldpKey(*found) == key &&
+                 vsLearned(call.state(), found->ifNum, found->present, call.now());
     return there ? &*found : nullptr;
 }
 
@@ -78,8 +79,9 @@ int rpcclt_openapiFdbEntryNextGet(openclt_handle_t *handle, openclt_buffer_t *ma
     if (handle == nullptr || !vsUsable(mac) || vlanId == nullptr || ifNum == nullptr || entryType == nullptr) {
         return OPENCLT_PARAM;
     }
-    const VS_FDB_T *next = vsNextRow(call.state().fdb, FDB_KEY_T{*vlanId, previous}, fdbKey,
-                                     [&](const VS_FDB_T &row) { return vsWindowOpen(row.present, call.now()); });
+    const VS_FDB_T *next = vsNextRow(call.state().fdb, FDB_KEY_T{*vlanId, previous}, fdbKey, [&](const VS_FDB_T &row) {
+        return vsLearned(call.state(), row.ifNum, row.present, call.now());
+    });
     if (next == nullptr) {
         return OPENCLT_NOT_FOUND;
     }
@@ -132,8 +134,9 @@ int rpcclt_openapiLldpIntfRemoteDeviceNextGet(openclt_handle_t *handle, uint32_t
     if (call.result != OPENCLT_OK) {
         return call.result;
     }
-    const VS_LLDP_T *next = vsNextRow(call.state().lldp, LLDP_KEY_T{ifNum, previousIndex}, lldpKey,
-                                      [&](const VS_LLDP_T &row) { return vsWindowOpen(row.present, call.now()); });
+    const VS_LLDP_T *next =
+        vsNextRow(call.state().lldp, LLDP_KEY_T{ifNum, previousIndex}, lldpKey,
+                  [&](const VS_LLDP_T &row) { return vsLearned(call.state(), row.ifNum, row.present, call.now()); });
     bool same = next != nullptr && next->ifNum == ifNum;
     return vsNumberOf(call, handle, same ? next : nullptr, index, &VS_LLDP_T::index);
 }

@@ -7,8 +7,8 @@
 
 // Client calls about the session, the system as a whole, its units and cards, images and logging.
 //
-// Units that are away at the moment are no stack members and have no facts. The clock runs from the scenario's epoch,
-// in the scenario's time zone.
+// Units that are away at the moment are no stack members and have no facts but the model they are configured as. The
+// clock runs from the scenario's epoch, in the scenario's time zone.
 
 namespace {
 
@@ -173,9 +173,12 @@ int rpcclt_openapiUnitMgrNumberGet(openclt_handle_t *handle, uint32_t *unit)
                                      : vsNumberOf(call, handle, managingUnit(call), unit, &VS_UNIT_T::unit);
 }
 
+// What a unit is configured as is known while it is away, as in "show switch".
 int rpcclt_openapiUnitMgrPreconfigModelIdGet(openclt_handle_t *handle, uint32_t unit, openclt_buffer_t *model)
 {
-    return vsTextGet<VS_UNIT_T>(__func__, handle, unit, model, &VS_UNIT_T::model);
+    VS_CALL_T call(__func__, unit);
+    return call.result != OPENCLT_OK ? call.result
+                                     : vsTextOf(call, handle, vsUnit(call.state(), unit), model, &VS_UNIT_T::model);
 }
 
 int rpcclt_openapiCardTypeGet(openclt_handle_t *handle, uint32_t unit, uint32_t slot, uint32_t *cardType)

@@ -100,12 +100,21 @@ static bool carries(const VS_INTERFACE_T &interface, double now)
     return interface.adminUp && interface.linkUp && !flappedDown(interface, now);
 }
 
+static bool unitThere(const VS_STATE_T &state, uint32_t number, double now)
+{
+    const VS_UNIT_T *unit = vsUnit(state, number);
+    return unit != nullptr && vsWindowOpen(unit->present, now);
+}
+
+bool vsLearned(const VS_STATE_T &state, uint32_t ifNum, const VS_WINDOW_T &window, double now)
+{
+    const VS_PORT_T *port = vsPort(state, ifNum);
+    return vsWindowOpen(window, now) && (port == nullptr || unitThere(state, port->unit, now));
+}
+
 bool vsLinkUp(const VS_STATE_T &state, const VS_PORT_T &port, double now)
 {
-    if (!port.attached || !carries(port, now))
-        return false;
-    const VS_UNIT_T *unit = vsUnit(state, port.unit);
-    return unit != nullptr && vsWindowOpen(unit->present, now);
+    return port.attached && carries(port, now) && unitThere(state, port.unit, now);
 }
 
 bool vsLagUp(const VS_STATE_T &state, const VS_LAG_T &lag, double now)

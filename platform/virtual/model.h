@@ -315,6 +315,8 @@ std::string vsLagName(const VS_LAG_T &lag);
 constexpr double VS_SECONDS_BEFORE_EPOCH = 3600;
 
 bool vsWindowOpen(const VS_WINDOW_T &window, double now);
+// What was learned on an interface: its window is open and the unit of the port is there. A LAG is always there.
+bool vsLearned(const VS_STATE_T &state, uint32_t ifNum, const VS_WINDOW_T &window, double now);
 bool vsLinkUp(const VS_STATE_T &state, const VS_PORT_T &port,
               double now); // attached, enabled, its unit present, not flapped down
 bool vsLagUp(const VS_STATE_T &state, const VS_LAG_T &lag, double now);            // some member is up

@@ -84,7 +84,7 @@ static std::string addressTable(const VS_STATE_T &state, double now, const std::
     std::string rows;
     for (const VS_FDB_T &entry : state.fdb) {
         const auto name = names.find(entry.ifNum);
-        if (name == names.end() || !vsWindowOpen(entry.present, now))
+        if (name == names.end() || !vsLearned(state, entry.ifNum, entry.present, now))
             continue;
         count++;
         rows += vsTableRow(ADDRESS_COLUMNS, {vsDigits(entry.vlan), entry.mac, name->second, vsDigits(entry.ifNum),

@@ -175,9 +175,9 @@ TEST_F(ClientCalls, TextsFitWithTerminatorOrLeaveTheBufferAlone)
     }
     TEXT_T text;
     EXPECT_NE(rpcclt_openapiBoxsSfpComplianceGet(&client, 1, &text.buffer), OPENCLT_OK);
-    EXPECT_NE(rpcclt_openapiUnitMgrPreconfigModelIdGet(&client, 2, &text.buffer), OPENCLT_OK); // away
-    vsClockSet(100);
-    EXPECT_EQ(rpcclt_openapiUnitMgrPreconfigModelIdGet(&client, 2, &text.buffer), OPENCLT_OK);
+    EXPECT_EQ(rpcclt_openapiUnitMgrPreconfigModelIdGet(&client, 2, &text.buffer), OPENCLT_OK); // away, but configured
+    text = TEXT_T();
+    EXPECT_NE(rpcclt_openapiUnitMgrPreconfigModelIdGet(&client, 3, &text.buffer), OPENCLT_OK);
 }
 
 TEST_F(ClientCalls, LagMembersNeedRoomAndEndWithThoseThatDoNotExist)

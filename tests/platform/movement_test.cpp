@@ -92,6 +92,20 @@ TEST(Movement, ALagIsUpWhileOneMemberIs)
     EXPECT_TRUE(vsLinkUp(state, *vsPortAt(state, 2, 0, 1), 50));
 }
 
+TEST(Movement, WhatWasLearnedOnAUnitGoesWithIt)
+{
+    ASSERT_EQ(
+        vsLoadText(R"({"units": {"1": {"model": "TK620-R01"}, "2": {"model": "TK620-R01", "present": {"from": 50}}},
+            "lags": {"1": {}}})"),
+        "");
+    const uint32_t lag = vsState().lags[0].ifNum;
+    EXPECT_TRUE(vsLearned(vsState(), 1, {}, 10));
+    EXPECT_TRUE(vsLearned(vsState(), lag, {}, 10));
+    EXPECT_FALSE(vsLearned(vsState(), 13, {}, 10));
+    EXPECT_TRUE(vsLearned(vsState(), 13, {}, 50));
+    EXPECT_FALSE(vsLearned(vsState(), 13, {60, 0, 0}, 50));
+}
+
 TEST(Movement, FrozenTimeGivesTheSameTextsTwice)
 {
     std::string path = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios/studio-52.json";
