@@ -1,0 +1,455 @@
+#include "collectors/port/port_table.h"
+#include "runtime/paths.h"
+#include "stores/sql.h"
+#include "support/build.h"
+#include "support/root.h"
+
+#include "control.h"
+#include "model.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <set>
+#include <vector>
+
+using namespace std::string_literals;
+
+// Unit 1 fans out its port 17 into 21 and 22; unit 2 is a chassis whose card in slot 1 fans out both its ports.
+class PortTable : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(vsLoadText("{}"), "");
+        VS_STATE_T &state = vsState();
+        state = VS_STATE_T();
+        vsClockSet(0);
+        unitAdd("TK830-T04");
+        for (uint32_t port : {1U, 2U, 17U, 21U, 22U})
+            portAdd(port, 1, 0, port);
+        unitAdd("TK700-S13").slots.push_back({1, "QMD-K1", ""});
+        for (uint32_t port = 1; port <= 8; port++)
+            portAdd(100 + port, 2, 1, port).attached = port <= 5;
+        for (uint32_t id : {1U, 10U, 20U}) {
+            VS_VLAN_T &vlan = state.vlans.emplace_back();
+            vlan.id = id;
+            vlan.name = "vlan";
+        }
+        state.lags.emplace_back().ifNum = 500;
+        state.system.dot1x = true;
+        VS_PORT_T &first = port(1);
+        first.pvid = 10;
+        first.tagged = {1, 20};
+        first.stackCapable = "Yes";
+        first.inRate = 250000000;
+        first.poe.valid = true;
+        first.poe.power = 3900;
+        port(2).tagged = {10};
+        port(2).switchMode = 3;
+        port(2).optic.present = true;
+        port(2).optic.type = 5;
+        port(17).attached = false;
+        port(22).attached = false;
+        vlanInfoTableMake();
+    }
+    void TearDown() override
+    {
+        vsUnload();
+    }
+    static VS_UNIT_T &unitAdd(const char *model)
+    {
+        VS_UNIT_T &unit = vsState().units.emplace_back();
+        unit.unit = static_cast<uint32_t>(vsState().units.size());
+        unit.model = model;
+        return unit;
+    }
+    static VS_PORT_T &portAdd(uint32_t ifNum, uint32_t unit, uint32_t slot, uint32_t number)
+    {
+        VS_PORT_T &port = vsState().ports.emplace_back();
+        port.ifNum = ifNum;
+        port.unit = unit;
+        port.slot = slot;
+        port.port = number;
+        port.linkUp = true;
+        return port;
+    }
+    static VS_PORT_T &port(uint32_t ifNum)
+    {
+        for (VS_PORT_T &one : vsState().ports) {
+            if (one.ifNum == ifNum)
+                return one;
+        }
+        abort();
+    }
+    static std::string document()
+    {
+        BUILT_T built = buildText(fillPhyInfStatusFastEX);
+        EXPECT_EQ(built.result, 0);
+        return compact(built.text);
+    }
+    // One object of a port in a document, from "pvid" (or "rootPortNum" when it is a sub-port's) to its end.
+    static std::string object(const std::string &text, uint32_t ifNum)
+    {
+        size_t at = text.find("\"portNum\":" + std::to_string(ifNum) + ",");
+        if (at == std::string::npos)
+            return "";
+        at = text.rfind('{', at);
+        return text.substr(at, text.find('}', at) + 1 - at);
+    }
+    // Where the ports stand: "unit/slot model: portNum type capability, ... | portNum<root type capability, ...", one
+    // slot a line.
+    static std::string places()
+    {
+        OWNED_JSON root(cJSON_Parse(document().c_str()));
+        std::string text;
+        const cJSON *unit, *slot, *port;
+        auto number = [](const cJSON *item, const char *key) {
+            return std::to_string(cJSON_GetObjectItem(item, key)->valueint);
+        };
+        cJSON_ArrayForEach(unit, cJSON_GetObjectItem(root.get(), "unit"))
+        {
+            if (cJSON_GetArraySize(cJSON_GetObjectItem(unit, "slot")) == 0)
+                text += number(unit, "id") + " empty\n";
+            cJSON_ArrayForEach(slot, cJSON_GetObjectItem(unit, "slot"))
+            {
+                text += number(unit, "id") + "/" + number(slot, "id") + " " +
+                        cJSON_GetObjectItem(slot, "model")->valuestring + ":";
+                cJSON_ArrayForEach(port, cJSON_GetObjectItem(slot, "port")) text +=
+                    " " + number(port, "portNum") + "," + number(port, "moduleType") + "," +
+                    number(port, "portCapability");
+                text += " |";
+                cJSON_ArrayForEach(port, cJSON_GetObjectItem(slot, "fanout")) text +=
+                    " " + number(port, "portNum") + "<" + number(port, "rootPortNum") + "," +
+                    number(port, "moduleType") + "," + number(port, "portCapability");
+                text += "\n";
+            }
+        }
+        return text;
+    }
+    static void profile(const char *values)
+    {
+        sqlRun(PATH_VLANINFO_DB, "replace into vlanInfo values("s + values + ", '#000000')");
+    }
+    TEST_ROOT_T root;
+    CLIENT_HANDLE_T handle;
+};
+
+// A document with one part in another's place; the part must be there.
+static std::string changed(std::string text, const std::string &from, const std::string &to)
+{
+    size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from << "\n" << text;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+static const char first[] =
+    R"({"pvid":10,"vlan":[1,20,10],"id":1,"portNum":1,"portName":"1/0/1","moduleType":0,"portCapability":8,)"
+    R"("portMode":3,"portType":"Copper","portState":1,"stpMode":0,"autoTrunk":0,"switchportMode":0,)"
+    R"("powerUsage":3900,"poeIsValid":3,"trafficUsage":140625000,"bandwidthUpload":"0.0","bandwidthDownload":"259.6",)"
+    R"("percetUtilizationReceived":25,"percetUtilizationTransmitted":0,"adminState":1,"linkState":0,)"
+    R"("linkSpeed":"1000 Full","stackCapable":"Yes","dot1xStatus":1,"shureLearn":false})";
+
+static const char trunk[] =
+    R"({"pvid":1,"vlan":[1,10,20],"id":2,"portNum":2,"portName":"1/0/2","moduleType":4,"portCapability":8,)"
+    R"("portMode":0,"portType":"Copper","portState":1,"stpMode":0,"autoTrunk":1,"switchportMode":8,)"
+    R"("powerUsage":0,"poeIsValid":0,"trafficUsage":0,"bandwidthUpload":"0.0","bandwidthDownload":"0.0",)"
+    R"("percetUtilizationReceived":0,"percetUtilizationTransmitted":0,"adminState":1,"linkState":0,)"
+    R"("linkSpeed":"1000 Full","stackCapable":"No","dot1xStatus":1,"shureLearn":false})";
+
+static const char unit1[] = "1/0 TK830-T04: 1,0,8 2,4,8 17,0,11 | 21<17,0,8\n";
+static const char unit2[] = "2/1 QMD-K1: 101,3,9 105,3,9 | 101<101,2,6 102<101,2,6 103<101,2,6 104<101,2,6\n";
+
+TEST_F(PortTable, ShowsFrontPortsTrunksAndSubPorts)
+{
+    fileWrite(PathGet(PATH_SHURE_CONFIG), R"({"shureDevicePort":[-1,1,1000,"2"]})"); // marks nothing
+    vsCallsReset();
+    BUILT_T built = buildText(fillPhyInfStatusFastEX);
+    EXPECT_EQ(built.text.substr(0, 26), "{\n\t\"unit\":\t[{\n\t\t\t\"id\":\t1,\n");
+    std::string text = compact(built.text);
+    for (const auto &[ifNum, expected] : {std::pair(1U, first), {2U, trunk}, {22U, ""}})
+        EXPECT_EQ(object(text, ifNum), expected);
+    const char *subPort = R"({"rootPortNum":17,"pvid":1,"vlan":[1],"id":21,"portNum":21,"portName":"1/0/21",)";
+    EXPECT_EQ(object(text, 21).substr(0, strlen(subPort)), subPort);
+    EXPECT_EQ(logText(), "");
+    EXPECT_EQ(vsCallCount("show port status all"), 1u);
+    for (PATH_ID file : {PATH_SHOW_PORT_STATUS, PATH_SHOW_VLAN_PORT_PHY, PATH_SHOW_COUNTERS, PATH_SHOW_STACK_CAPABLE})
+        EXPECT_FALSE(fileExists(PathGet(file))) << PathGet(file);
+}
+
+TEST_F(PortTable, PlacesPortsByUnitSlotAndFanOut)
+{
+    const std::string both = std::string(unit1) + unit2;
+    EXPECT_EQ(places(), both);
+    port(106).attached = true; // the card's second port is fanned out as well
+    EXPECT_EQ(places(), changed(both, "104<101,2,6", "104<101,2,6 105<105,2,6 106<105,2,6"));
+    port(102).attached = false; // the front port is in no list of sub-ports then
+    EXPECT_EQ(places(), unit1 + "2/1 QMD-K1: 101,3,9 105,3,9 | 103<101,2,6 104<101,2,6 105<105,2,6 106<105,2,6\n"s);
+    vsState().ports.erase(vsState().ports.begin() + 5, vsState().ports.end());
+    portAdd(102, 2, 1, 2); // no port before it
+    EXPECT_EQ(places(), unit1 + "2/1 QMD-K1: | 102<101,2,6\n"s);
+
+    // In the modular unit, and in every unit after it, the card says what a port is.
+    vsState().units.pop_back();
+    vsState().ports.pop_back();
+    unitAdd("TK830-T03").slots.push_back({1, "QMD-K8", ""});
+    unitAdd("TK620-R01").slots.push_back({0, "QMD-K3", ""});
+    for (uint32_t unit : {2U, 3U}) {
+        for (uint32_t slot = 0; slot < 4 - unit; slot++)
+            portAdd(100 * unit + 50 * slot, unit, slot, 20).optic.type = 3;
+    }
+    port(200).port = 16;
+    port(250).port = 4;
+    port(300).port = 12;
+    for (VS_PORT_T &one : vsState().ports)
+        one.optic.present = true;
+    EXPECT_EQ(places(), "1/0 TK830-T04: 1,1,8 2,4,8 17,1,11 | 21<17,1,8\n"
+                        "2/0 TK830-T03: 200,0,4 |\n2/1 QMD-K8: 250,1,8 |\n3/0 QMD-K3: 300,0,3 |\n");
+}
+
+TEST_F(PortTable, UnknownModelGivesNoDocument)
+{
+    for (const char *model : {"TK620-X99", ""}) {
+        vsState().units[1].slots[0].model = "QMD-K99";
+        vsState().units[0].model = model;
+        BUILT_T built = buildText(fillPhyInfStatusFastEX);
+        EXPECT_EQ(built.result, 10000) << model;
+        EXPECT_EQ(built.text, "") << model;
+    }
+    vsState().units[0].model = "TK830-T04";
+    EXPECT_EQ(buildText(fillPhyInfStatusFastEX).result, 10000); // the card's
+}
+
+TEST_F(PortTable, FailedReadGivesItsDefault)
+{
+    const std::pair<const char *, const char *> noTrunk[] = {
+        {R"([1,10,20])", R"([10,1])"},
+        {R"("portMode":0)", R"("portMode":3)"},
+        {R"(":1,"switchportMode":8)", R"(":0,"switchportMode":0)"}};
+    const struct {
+        VS_FAULT_T fault;
+        std::vector<std::pair<const char *, const char *>> changes;
+    } cases[] = {
+        {{"openapiIfOprStateGet", "1"}, {{"20,10]", "20]"}, {R"("portState":1)", R"("portState":0)"}}},
+        {{"openapiIfAdminStateGet", "1"}, {}},
+        {{"rpcclt_openapiAuthMgrPortStatusGet", "1"}, {{R"("dot1xStatus":1)", R"("dot1xStatus":3)"}}},
+        {{"rpcclt_openapiDot1xSystemAuthControlModeGet"}, {{R"("dot1xStatus":1)", R"("dot1xStatus":3)"}}},
+        {{"show vlan port all"}, {}}, // each is asked
+        {{"show vlan"}, {{R"([1,20,10])", R"([10])"}, {R"("portMode":3)", R"("portMode":0)"}}},
+        {{"show interface counters"},
+         {{R"(140625000,"bandwidthUpload":"0.0","bandwidthDownload":"259.6","percetUtilizationReceived":25)",
+           R"(0,"bandwidthUpload":"","bandwidthDownload":"","percetUtilizationReceived":0)"}}},
+        {{"show interface 1/0/1"}, {{R"(Received":25)", R"(Received":0)"}}},
+        {{"rpcclt_openapiStatGet", "1"}, {{"140625000", "0"}}},
+        {{"show port 1/0/1"}, {{R"("Yes")", R"("")"}}},
+        {{"rpcclt_openapiPoeIsValidInterface", "1"}, {{R"("poeIsValid":3)", R"("poeIsValid":2)"}}},
+        {{"rpcclt_openapiPoePsePortAdminEnableGet", "1"}, {{R"("poeIsValid":3)", R"("poeIsValid":1)"}}},
+        {{"rpcclt_openapiPoePsePortSensorsGet", "1"}, {{"3900", "0"}}},
+        {{"rpcclt_openapiHashIntfUnitSlotPortGet", "1"},
+         {{R"("1/0/1")", R"("0/0/0")"}, {R"("portCapability":8)", R"("portCapability":3)"}, {":25", ":0"}}},
+        {{"rpcclt_openapiBoxsSfpTypeGet", "2"}, {{R"("moduleType":4)", R"("moduleType":0)"}}},
+        {{"show interfaces switchport trunk"}, {std::begin(noTrunk), std::end(noTrunk)}},
+        {{"openapiMaxInterfaceCountGet"}, {std::begin(noTrunk), std::end(noTrunk)}},
+    };
+    for (const auto &one : cases) {
+        bool ofTrunk = &one >= std::end(cases) - 3;
+        std::string expected = ofTrunk ? trunk : first;
+        for (const auto &[had, has] : one.changes)
+            expected = changed(expected, had, has);
+        vsFaultAdd(one.fault);
+        EXPECT_EQ(object(document(), ofTrunk ? 2 : 1), expected) << one.fault.name;
+        vsFaultsClear();
+    }
+}
+
+// Rows of "show port status all" below its rule line, and what becomes of port 1 and of the ports after it.
+TEST_F(PortTable, StatusRowsAreReadByColumn)
+{
+    const std::string head = "Intf\n----    Media Type\n------- ------------------  ----\n";
+    const struct {
+        const char *rows, *part;
+    } cases[] = {
+        {"1/0/1     Twinax 40G-long X   FWD  Auto   x 10000 Fullx Up \n", R"("portType":"Twinax 40G",)"},
+        {"1/0/1     Twinax 40G-long X   FWD  Auto   x 10000 Fullx Up \n", R"("linkState":0,"linkSpeed":"10000 Full",)"},
+        {"1/0/1   Copper              BLK  Auto       1000 Full   Down    x\n", R"("stpMode":1,)"},
+        {"1/0/1   Copper              BLK  Auto       1000 Full   Down    x\n", R"("linkState":1,)"},
+        {"1/0/1   Copper              FWD  Auto                   Detach  Up\n", R"("linkState":2,)"},
+        {"1/0/1   Up now\n", R"("linkState":0,"linkSpeed":"1000SX FULL",)"},
+        {"1/0/1", R"("portType":"",)"},
+        {"1/0/1\n1/0/99\n2/1/1\n", ""},        // an unknown port ends the table ...
+        {"1/0/1\nlag 1\n2/1/1\n", ""},         // ... and so does a row that is no port's
+        {"9/0/1\n0/0/1\n-1/0/1\n1/0/1\n", ""}, // no such units, nor any record
+    };
+    for (const auto &one : cases) {
+        vsTextSet("show port status all", head + one.rows);
+        std::string text = document();
+        EXPECT_NE(object(text, 1).find(one.part), std::string::npos) << one.rows << object(text, 1);
+        EXPECT_EQ(object(text, 101), "") << one.rows;
+    }
+    std::string many = head;
+    for (int i = 0; i < 45; i++) // one more than the model has ports
+        many += i == 44 ? "1/0/2\n" : "1/0/1\n";
+    vsTextSet("show port status all", many + "2/1/1\n1/0/21 Detach \n");
+    std::string text = document();
+    EXPECT_EQ(object(text, 2), "");
+    EXPECT_NE(object(text, 101), "");
+    EXPECT_EQ(object(text, 21), ""); // counted from 1 again, in the place of the first
+
+    for (VS_FAULT_KIND kind : {VS_FAIL, VS_NO_FILE}) {
+        VS_FAULT_T fault = {"show port status all"};
+        fault.kind = kind;
+        vsFaultAdd(fault);
+        logClear();
+        EXPECT_EQ(places(), "1 empty\n2 empty\n");
+        EXPECT_NE(logText().find("(ERROR) fillPhyInfStatusFastEX: can not open "s + PathGet(PATH_SHOW_PORT_STATUS)),
+                  std::string::npos);
+        vsFaultsClear();
+    }
+}
+
+TEST_F(PortTable, SpeedTextsFollowTheCode)
+{
+    char text[PORT_SPEED_SIZE];
+    for (const auto &[code, speed] :
+         {std::pair(1, "autoNeg"), {2, "100TX HALF"}, {5, "10T HALF"}, {15, "100GSX FULL"}, {19, "LAG"}, {20, ""}}) {
+        port(1).speed = static_cast<uint32_t>(code);
+        getPortLinkSpeed(&handle, 1, text);
+        EXPECT_STREQ(text, speed) << code;
+    }
+    vsFaultAdd({"openapiIfSpeedGet"});
+    getPortLinkSpeed(&handle, 1, text);
+    EXPECT_STREQ(text, "unknown");
+    EXPECT_EQ(logText(), "(ERROR) getPortLinkSpeed: Failed to fetch the speed from openAPI");
+}
+
+// Rows of "show vlan port all" for port 1, whose own PVID is 10; and whether the port forwards.
+TEST_F(PortTable, VlansAreThoseTaggedAndThePvidOfAForwardingPort)
+{
+    const struct {
+        const char *rows;
+        bool up;
+        const char *has;
+    } cases[] = {
+        {"1/0/1     20  Admit\n", true, R"("pvid":20,"vlan":[1,20,20])"},
+        {"1/0/1 \t   20  Admit\n1/0/1    4094\n", true, R"("pvid":4094,"vlan":[1,20,4094])"},
+        {"1/0/1     20\n1/0/1\n1/0/1    0    \n1/0/1   4095 \n", true, R"("pvid":20,"vlan":[1,20,20])"},
+        {"1/0/1    7\n", true, R"("pvid":10,"vlan":[1,20,10])"}, // too short
+        {"I/0/1     7  Admit\n 1/0/1    7  Admit\n9/0/1    7  Admit\n", true, R"("pvid":10,"vlan":[1,20,10])"},
+        {"1/0/1     20  Admit\n", false, R"("pvid":20,"vlan":[1,20])"},
+    };
+    for (const auto &one : cases) {
+        vsTextSet("show vlan port all", one.rows);
+        port(1).linkUp = one.up;
+        EXPECT_EQ(object(document(), 1).substr(1, strlen(one.has)), one.has) << one.rows;
+    }
+    port(2).linkUp = false; // a trunk that does not forward carries none
+    EXPECT_NE(document().find(R"("vlan":[],"id":2)"), std::string::npos);
+}
+
+TEST_F(PortTable, RatesAreCountedByUnit)
+{
+    auto row = [](const std::string &name, const char *rate) {
+        return name + std::string(96 - name.size(), '.') + rate + "\n";
+    };
+    // ports may lack their unit; rows beyond the records, and what follows a table's end, are passed over
+    vsTextSet("show interface counters", "Port\n------\n" + row("0/1", " 1.5 ") + row("2/1/1", "2.5") + "lag 1\n" +
+                                             row("1/0/1", "7") + "------\n" + row("1/0/1", "123456789012345678901234") +
+                                             "\n" + row("1/0/2", "8"));
+    std::string text = document();
+    EXPECT_NE(object(text, 1).find(R"("bandwidthUpload":"12345678901234567890","bandwidthDownload":"1.5")"),
+              std::string::npos);
+    EXPECT_NE(object(text, 2).find(R"("bandwidthUpload":"","bandwidthDownload":"")"), std::string::npos);
+    EXPECT_NE(object(text, 101).find(R"("bandwidthUpload":"","bandwidthDownload":"2.5")"), std::string::npos);
+}
+
+TEST_F(PortTable, LoadOfAPort)
+{
+    const std::string dots(19, '.');
+    PORT_LOAD_T load;
+    vsTextSet("show interface 1/0/1", "Percent Utilization Received" + dots +
+                                          " 42\r\nPercent Utilization Transmitted\n"
+                                          "Received Rate(Mbps)" +
+                                          std::string(28, '.') + " 1234567890123456789012345\r\n");
+    EXPECT_EQ(portStatsGetFromCli(&handle, 1, &load), 0);
+    EXPECT_EQ(load.receivedPercent, 42u);
+    EXPECT_EQ(load.transmittedPercent, 0u);
+    EXPECT_STREQ(load.receivedRate, "123456789012345678901234");
+    vsFaultAdd({"show interface 1/0/1"});
+    EXPECT_EQ(portStatsGetFromCli(&handle, 1, &load), -1);
+    vsFaultAdd({"openapiIfTypeGet"});
+    EXPECT_EQ(portStatsGetFromCli(&handle, 1, &load), 0);
+    EXPECT_EQ(load.receivedPercent, 0u);
+    EXPECT_EQ(logText(),
+              "(ERROR) portStatsGetFromCli: Bad return code trying to execute CLI show command. (result = -1) "
+              "(command = show interface 1/0/1)\n"
+              "(ERROR) portStatsGetFromCli: Failed to get interface name for port 1\n");
+}
+
+TEST_F(PortTable, DetectsTheVendorOfTheVlansProfile)
+{
+    const struct {
+        const char *profile, *mac, *chassisId, *description, *has;
+    } cases[] = {
+        {"10, 1, 'n', 'crestron digitalmedia AV network'", "00:04:05:00:00:01", "", "", "crestron"},
+        {"10, 1, 'n', 'Crestron DigitalMedia AV Network'", "00:0E:14:00:00:01", "00:04:05:00:00:01", "", ""},
+        {"10, 1, 'n', 'HARMAN Professional AV Network'", "00:0f:d4:00:00:01", "00:60:9F:00:00:01", "", "harman audio"},
+        {"10, 1, 'n', 'HARMAN Professional AV Network'", "00:0E:14:00:00:01", "00:60:9f:00:00:01", "",
+         "harman control"},
+        {"10, 1, 'n', 'Visionary Advanced Multi-Domain'", "", "00:0E:14:00:00:01", "", "visionary"},
+        {"10, 1, 'n', 'NUCLEUS Converged AV Network'", "00:02:C5:00:00:01", "name", "", ""},
+        {"10, 1, 'n', 'NUCLEUS Converged AV Network'", "", "00:02:C5:00:00:01", "", "NUCLEUS"},
+        {"10, 1, 'n', 'AUDAC Audio and Control Network'", "", "x", "an Audac box", "audac"},
+        {"10, 1, 'n', 'AUDAC Audio and Control Network'", "", "x", "an AUDAC box", ""},
+        {"10, 6, 'n', 'Kramer AV'", "00:1D:56:00:00:01", "", "", ""},
+        {"10, 6, 'n', 'Video'", "00:1D:56:00:00:01", "", "", "kramer"},
+        {"10, 9, 'n', 'Video'", "00:02:BC:00:00:01", "", "", "kramer"},
+        {"10, 10, 'n', 'Video'", "00:02:BC:00:00:01", "", "", ""},
+        {"20, 6, 'n', 'Video'", "00:1D:56:00:00:01", "", "", ""},
+        {"10, 1, 'n', 'Audio Video AVB MILAN with Dante PTPv1 PTPv2 or AES67'", "00:0C:17:00:00:01", "", "", ""},
+    };
+    VS_STATE_T &state = vsState();
+    for (const auto &one : cases) {
+        sqlRun(PATH_VLANINFO_DB, "delete from vlanInfo; insert into vlanInfo values("s + one.profile + ", '')");
+        state.fdb.clear();
+        state.lldp.clear();
+        for (const auto &[ifNum, mac] :
+             {std::pair(2U, "00:1D:56:00:00:09"), {1U, "02:00:00:00:00:01"}, {1U, one.mac}}) {
+            VS_FDB_T &row = state.fdb.emplace_back();
+            row.ifNum = ifNum;
+            row.mac = mac;
+        }
+        if (one.mac[0] == '\0')
+            state.fdb.pop_back();
+        VS_LLDP_T &row = state.lldp.emplace_back();
+        row.ifNum = one.chassisId[0] != '\0' ? 1 : 2;
+        row.chassisId = one.chassisId;
+        row.systemDescription = one.description;
+        std::string text = document();
+        std::string has = one.has[0] == '\0' ? "" : R"(,"detect":")"s + one.has + "\"";
+        EXPECT_EQ(object(text, 1), changed(first, "false}", "false" + has + "}")) << one.profile << one.mac;
+        EXPECT_EQ(object(text, 2), trunk) << one.profile;
+    }
+    port(1).linkUp = false;
+    profile("10, 6, 'n', 'Video'");
+    EXPECT_EQ(document().find("detect"), std::string::npos);
+}
+
+// Each allocation fails in turn: a run gives a document, or none and says why.
+TEST_F(PortTable, NoMemoryGivesNoDocument)
+{
+    vsState().units.pop_back();
+    vsState().ports.resize(1);
+    vsState().fdb.emplace_back().ifNum = 1;
+    std::string seen;
+    std::set<int> none;
+    bool reached = true;
+    for (int n = 0; reached; n++) {
+        allocFailAt(n, ALLOC_OWN | ALLOC_CJSON);
+        BUILT_T built = buildText(fillPhyInfStatusFastEX);
+        reached = allocFailStop();
+        EXPECT_EQ(built.text.empty(), built.result != 0) << n;
+        if (seen.empty())
+            seen = std::to_string(built.result); // of the unit's records
+        none.insert(built.result);
+    }
+    EXPECT_EQ(seen, "-7");
+    EXPECT_EQ(none, (std::set<int>{-7, 0, 10000}));
+}
