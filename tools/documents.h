@@ -28,6 +28,9 @@ void rootRemove(const std::string &root);
 // False (said on stderr) when the scenario is refused. The builders must be registered.
 [[nodiscard]] bool switchUse(const std::string &root, const std::string &scenario, double seconds = FROZEN_AT);
 
+// Move the time of day and the switch's time on together.
+void timeMove(double seconds);
+
 // The process as it is when the monitor's task begins: state reset, clock at the frozen time, a client session, a
 // table.
 void processBegin();
