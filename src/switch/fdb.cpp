@@ -7,10 +7,12 @@
 #include "runtime/result.h"
 #include "switch/cli.h"
 #include "switch/columns.h"
+#include "switch/walk.h"
 
+#include <array>
 #include <cctype>
 #include <cstring>
-#include <strings.h>
+#include <utility>
 
 namespace {
 constexpr size_t FIRST_CAPACITY = 1024;
@@ -24,13 +26,15 @@ struct FDB_LIST_T {
     size_t capacity;
     uint32_t count;
 };
+using FDB_CIRCLE_T = KEY_CIRCLE_T<std::pair<int32_t, std::array<char, MAC_TEXT_SIZE>>>; // VLAN and address
+
 bool listStart(FDB_LIST_T *list, const char *caller, OWNED_ARRAY<FDB_ENTRY_T> *entries);
 bool listAdd(FDB_LIST_T *list, const FDB_ENTRY_T &entry);
 
 bool tableStartFind(SHOW_FILE_T *show, char line[TABLE_LINE_SIZE]);
 bool rowParse(char *line, FDB_ENTRY_T *entry);
 size_t lineSplit(char *line, char **tokens, size_t room);
-bool fdbNext(CLIENT_HANDLE_T *clientHandle, FDB_ENTRY_T *entry);
+bool fdbNext(CLIENT_HANDLE_T *clientHandle, FDB_CIRCLE_T *circle, FDB_ENTRY_T *entry);
 bool isPhysical(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
 } // namespace
 
@@ -69,13 +73,14 @@ uint32_t fdbEntryListGetSimpleFast(CLIENT_HANDLE_T *clientHandle, OWNED_ARRAY<FD
 uint32_t fdbEntryListGetSimple(CLIENT_HANDLE_T *clientHandle, OWNED_ARRAY<FDB_ENTRY_T> *entries)
 {
     FDB_LIST_T list;
+    FDB_CIRCLE_T circle;
     FDB_ENTRY_T entry = {};
 
     if (!listStart(&list, __func__, entries)) {
         LOG_ERROR("fdbEntryListGetSimple: Failed to allocate initial array\n");
         return 0;
     }
-    while (fdbNext(clientHandle, &entry)) {
+    while (fdbNext(clientHandle, &circle, &entry)) {
         if (isPhysical(clientHandle, entry.ifNum) && !listAdd(&list, entry))
             break;
     }
@@ -158,24 +163,21 @@ size_t lineSplit(char *line, char **tokens, size_t room)
     return count;
 }
 
-// The entry after this one (all zero: the first). Entries ascend by VLAN and address; one that does not ends the walk,
-// so that a platform that repeats itself cannot fill the memory.
-bool fdbNext(CLIENT_HANDLE_T *clientHandle, FDB_ENTRY_T *entry)
+// The entry after this one (all zero: the first). False after the last, and when the platform goes in a circle.
+bool fdbNext(CLIENT_HANDLE_T *clientHandle, FDB_CIRCLE_T *circle, FDB_ENTRY_T *entry)
 {
-    FDB_ENTRY_T next = *entry;
-    openclt_buffer_t mac = {sizeof next.mac, next.mac};
+    openclt_buffer_t mac = {sizeof entry->mac, entry->mac};
     uint32_t vlanId = static_cast<uint32_t>(entry->vlanId);
     uint32_t entryType = 0;
+    std::array<char, MAC_TEXT_SIZE> address;
 
-    if (rpcclt_openapiFdbEntryNextGet(clientHandle, &mac, &vlanId, &next.ifNum, &entryType) != OPENCLT_OK)
+    if (rpcclt_openapiFdbEntryNextGet(clientHandle, &mac, &vlanId, &entry->ifNum, &entryType) != OPENCLT_OK)
         return false;
-    next.mac[sizeof next.mac - 1] = '\0';
-    next.vlanId = static_cast<int32_t>(vlanId);
-    next.learned = static_cast<int32_t>(entryType);
-    if (next.vlanId < entry->vlanId || (next.vlanId == entry->vlanId && strcasecmp(next.mac, entry->mac) <= 0))
-        return false;
-    *entry = next;
-    return true;
+    entry->mac[sizeof entry->mac - 1] = '\0';
+    entry->vlanId = static_cast<int32_t>(vlanId);
+    entry->learned = static_cast<int32_t>(entryType);
+    memcpy(address.data(), entry->mac, address.size());
+    return !keyRecurs(circle, {entry->vlanId, address});
 }
 
 bool isPhysical(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)

@@ -2,8 +2,8 @@
 //
 //     for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port)) ...
 //
-// Keys ascend; an enumeration whose next key does not advance ends, so that a platform that repeats itself cannot hold
-// the daemon.
+// These keys ascend; an enumeration whose next key does not advance ends, so that a platform that repeats itself cannot
+// hold the daemon.
 #pragma once
 
 #include "runtime/owned.h"
@@ -41,6 +41,25 @@ struct VLAN_WALK_T {
 };
 [[nodiscard]] VLAN_WALK_T vlanWalkStart(CLIENT_HANDLE_T *clientHandle);
 void vlanWalkNext(VLAN_WALK_T *walk);
+
+// Enumerations whose order only the platform knows: keys may come in any order, but one that came before means that the
+// platform goes in a circle. Each key is compared with one kept from a growing distance behind, so that a circle of any
+// length is seen soon and one key is all that is stored. An all-zero key is where every enumeration starts.
+template <typename KEY> struct KEY_CIRCLE_T {
+    KEY mark = {};
+    uint32_t steps = 0, distance = 1;
+};
+template <typename KEY> [[nodiscard]] bool keyRecurs(KEY_CIRCLE_T<KEY> *circle, const KEY &key)
+{
+    if (key == circle->mark)
+        return true;
+    if (++circle->steps == circle->distance) {
+        circle->mark = key;
+        circle->steps = 0;
+        circle->distance *= 2;
+    }
+    return false;
+}
 
 // Members of a LAG, in the platform's order.
 struct LAG_MEMBERS_T {

@@ -174,6 +174,28 @@ TEST_F(WALK, NoMemoryForMembersStopsOrSkips)
     }
 }
 
+TEST(KeyCircle, EndsCirclesAndNothingElse)
+{
+    // First key of the circle (0: there is none), its length, the keys taken from an enumeration of at most 5000.
+    struct ROW_T {
+        uint32_t first, length, most;
+    };
+    static const ROW_T rows[] = {{0, 0, 5000}, {1, 1, 2}, {1, 2, 4}, {300, 1, 1024}, {2, 700, 3 * 702}};
+    for (const ROW_T &row : rows) {
+        KEY_CIRCLE_T<uint32_t> circle;
+        uint32_t taken = 0;
+        for (uint32_t key = 5000; taken < 5000; taken++) { // in descending order
+            if (keyRecurs(&circle, key))
+                break;
+            bool atEnd = row.length != 0 && 5000 - key + 1 == row.first + row.length - 1;
+            key = atEnd ? 5000 - row.first + 1 : key - 1;
+        }
+        bool isCircle = row.length != 0;
+        EXPECT_GE(taken, isCircle ? row.first + row.length - 1 : row.most) << row.first << ' ' << row.length;
+        EXPECT_LE(taken, row.most) << row.first << ' ' << row.length;
+    }
+}
+
 TEST(Labels, NamesOfPortsAndStates)
 {
     char text[PORT_LABEL_SIZE];

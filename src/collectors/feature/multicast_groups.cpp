@@ -40,9 +40,12 @@ struct GROUP_TEXTS_T {
     bool version3; // its members have timers of their own
 };
 
+// VLAN, address and interface of a group.
+using GROUP_CIRCLE_T = KEY_CIRCLE_T<std::tuple<uint16_t, uint32_t, uint16_t>>;
+
 static void portsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map);
 static void lagsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map);
-static bool groupNext(CLIENT_HANDLE_T *clientHandle, openclt_snoop_group_t *group);
+static bool groupNext(CLIENT_HANDLE_T *clientHandle, GROUP_CIRCLE_T *circle, openclt_snoop_group_t *group);
 static GROUP_TEXTS_T groupTexts(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry);
 static void groupRowsAdd(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry, CHUNK_SINK_T *sink);
 static void rowAdd(const openclt_snoop_group_t *group, const GROUP_TEXTS_T *texts,
@@ -64,6 +67,7 @@ int mgeWriteChunks(CLIENT_HANDLE_T *clientHandle)
 void mgeCollectGroups(CLIENT_HANDLE_T *clientHandle, CHUNK_SINK_T *sink)
 {
     openclt_snoop_group_t group = {};
+    GROUP_CIRCLE_T circle;
 
     auto map = ownedArray<MAP_ENTRY_T>(MAP_SIZE);
     if (map == nullptr) {
@@ -72,7 +76,7 @@ void mgeCollectGroups(CLIENT_HANDLE_T *clientHandle, CHUNK_SINK_T *sink)
     }
     portsEnter(clientHandle, map.get());
     lagsEnter(clientHandle, map.get());
-    while (groupNext(clientHandle, &group)) {
+    while (groupNext(clientHandle, &circle, &group)) {
         if (group.ifNum < MAP_SIZE && map[group.ifNum].valid)
             groupRowsAdd(&group, &map[group.ifNum], sink);
     }
@@ -101,13 +105,11 @@ static void lagsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
     }
 }
 
-// The group after this one (all zero: the first). Groups ascend; one that does not ends the walk.
-static bool groupNext(CLIENT_HANDLE_T *clientHandle, openclt_snoop_group_t *group)
+// The group after this one (all zero: the first). False after the last, and when the platform goes in a circle.
+static bool groupNext(CLIENT_HANDLE_T *clientHandle, GROUP_CIRCLE_T *circle, openclt_snoop_group_t *group)
 {
-    auto previous = std::make_tuple(group->vlanId, group->groupAddress, group->ifNum);
-
     return rpcclt_openapiSnoopingGroupNextGet(clientHandle, OPENCLT_AF_IPV4, 0, group) == OPENCLT_OK &&
-           std::make_tuple(group->vlanId, group->groupAddress, group->ifNum) > previous;
+           !keyRecurs(circle, {group->vlanId, group->groupAddress, group->ifNum});
 }
 
 static void groupRowsAdd(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry, CHUNK_SINK_T *sink)

@@ -11,14 +11,19 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <array>
 #include <cstring>
 #include <strings.h>
+#include <utility>
 
 constexpr size_t FIRST_CAPACITY = 64; // doubled when full
 constexpr uint32_t LINK_UP = 0;
 
+// Interface and address of an ARP entry.
+using ARP_CIRCLE_T = KEY_CIRCLE_T<std::pair<uint32_t, std::array<uint8_t, sizeof(openclt_inet_addr_t::bytes)>>>;
+
 static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBOR_IF_T *entry);
-static bool arpNext(CLIENT_HANDLE_T *clientHandle, openclt_arp_entry_t *entry);
+static bool arpNext(CLIENT_HANDLE_T *clientHandle, ARP_CIRCLE_T *circle, openclt_arp_entry_t *entry);
 static bool arpEntryAdd(ARP_TABLE_T *table, const openclt_arp_entry_t *entry);
 static bool arpEntryLess(const ARP_ENTRY_T &a, const ARP_ENTRY_T &b);
 static bool macTextLess(const MAC_TEXT_T &a, const MAC_TEXT_T &b);
@@ -40,6 +45,7 @@ bool interfaceTableRead(CLIENT_HANDLE_T *clientHandle, NEIGHBOR_IF_TABLE_T *tabl
 bool arpTableRead(CLIENT_HANDLE_T *clientHandle, ARP_TABLE_T *table)
 {
     openclt_arp_entry_t entry = {};
+    ARP_CIRCLE_T circle;
     bool added = true;
 
     table->capacity = FIRST_CAPACITY;
@@ -47,7 +53,7 @@ bool arpTableRead(CLIENT_HANDLE_T *clientHandle, ARP_TABLE_T *table)
     table->entries = ownedArray<ARP_ENTRY_T>(FIRST_CAPACITY);
     if (table->entries == nullptr)
         return false;
-    while (added && arpNext(clientHandle, &entry))
+    while (added && arpNext(clientHandle, &circle, &entry))
         added = arpEntryAdd(table, &entry);
     std::sort(table->entries.get(), table->entries.get() + table->count, arpEntryLess);
     return added;
@@ -109,14 +115,15 @@ static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBO
     *entry = read;
 }
 
-// The entry after this one (all zero: the first). Addresses ascend; one that does not ends the walk, so that a platform
-// that repeats itself cannot fill the memory.
-static bool arpNext(CLIENT_HANDLE_T *clientHandle, openclt_arp_entry_t *entry)
+// The entry after this one (all zero: the first). False after the last, and when the platform goes in a circle.
+static bool arpNext(CLIENT_HANDLE_T *clientHandle, ARP_CIRCLE_T *circle, openclt_arp_entry_t *entry)
 {
-    openclt_inet_addr_t previous = entry->address;
+    std::array<uint8_t, sizeof(openclt_inet_addr_t::bytes)> address;
 
-    return rpcclt_openapiArpEntryNextGet(clientHandle, entry) == OPENCLT_OK &&
-           memcmp(entry->address.bytes, previous.bytes, sizeof(previous.bytes)) > 0;
+    if (rpcclt_openapiArpEntryNextGet(clientHandle, entry) != OPENCLT_OK)
+        return false;
+    memcpy(address.data(), entry->address.bytes, address.size());
+    return !keyRecurs(circle, {entry->ifNum, address});
 }
 
 static bool arpEntryAdd(ARP_TABLE_T *table, const openclt_arp_entry_t *entry)
