@@ -17,6 +17,11 @@ protected:
         ASSERT_EQ(vsLoadText("{}"), "");
         VS_STATE_T &state = vsState();
         state = VS_STATE_T();
+        for (uint32_t number : {1, 2}) {
+            VS_UNIT_T unit;
+            unit.unit = number;
+            state.units.push_back(unit);
+        }
         portAdd(3, 1, 0, 3);
         portAdd(7, 2, 0, 3);
         portAdd(8, 2, 3, 5);
