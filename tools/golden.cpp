@@ -18,6 +18,7 @@
 
 struct OPTIONS_T {
     bool update = false;
+    std::string kept;                   // folder that receives the whole texts, "" for none
     std::vector<std::string> scenarios; // paths; none: all shipped ones
     std::set<std::string> names;        // API names; none: all
 };
@@ -27,9 +28,10 @@ struct TALLY_T {
     unsigned different = 0;
 };
 
-static const char USAGE[] = "usage: golden [--update] [--scenario FILE]... [NAME]...\n"
+static const char USAGE[] = "usage: golden [--update] [--keep FOLDER] [--scenario FILE]... [NAME]...\n"
                             "Compares the documents of the scenarios (default: all shipped) with tests/golden.\n"
-                            "NAMEs (API names) leave the others alone.\n";
+                            "NAMEs (API names) leave the others alone. --keep puts each whole text into\n"
+                            "FOLDER/<scenario>/.\n";
 static constexpr size_t READABLE = 90000; // bytes
 static const char GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden";
 static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios";
@@ -37,6 +39,7 @@ static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios";
 static bool optionsTake(int argc, char **argv, OPTIONS_T *options);
 static std::vector<std::string> filesOf(const std::string &folder);
 static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally);
+static void textsKeep(const std::string &folder, const RECORDS_T &records);
 static std::string goldenText(const std::string &text);
 static RECORDS_T goldensRead(const std::string &folder);
 static void documentCompare(const std::string &name, const std::string &golden, const std::string &now,
@@ -76,6 +79,8 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
             options->update = true;
         else if (strcmp(argv[i], "--scenario") == 0 && i + 1 < argc)
             options->scenarios.push_back(argv[++i]);
+        else if (strcmp(argv[i], "--keep") == 0 && i + 1 < argc)
+            options->kept = argv[++i];
         else if (argv[i][0] == '-')
             return false;
         else
@@ -111,6 +116,8 @@ static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenari
     processBegin();
     documentsRunAll();
     RECORDS_T now = recordsRead();
+    if (!options.kept.empty())
+        textsKeep(options.kept + "/" + std::filesystem::path(scenario).stem().string(), now);
     RECORDS_T goldens = goldensRead(folder);
     std::set<std::string> names;
     for (const RECORDS_T *records : {&now, &goldens}) {
@@ -132,6 +139,15 @@ static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenari
     }
     rootRemove(root);
     return true;
+}
+
+// Of an earlier run nothing stays.
+static void textsKeep(const std::string &folder, const RECORDS_T &records)
+{
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    for (const auto &[name, text] : records)
+        textWrite(folder + "/" + fileName(name), text);
 }
 
 static std::string goldenText(const std::string &text)

@@ -1,0 +1,252 @@
+#!/usr/bin/python3
+"""Write docs/documents.md from the schemas and from the schedule of src/restcache/monitor.cpp.
+
+What a document holds, its fields and where they come from stand in docs/schemas ("description", "x-source"); when it is
+rebuilt stands in the monitor's table. With --check nothing is written: status 1 when the page is not what would be
+written, or when a source is named that the daemon does not use.
+"""
+
+import argparse
+import os
+import re
+import sys
+
+import validate
+
+HOME = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")
+PAGE = os.path.join(HOME, "docs", "documents.md")
+MONITOR = os.path.join(HOME, "src", "restcache", "monitor.cpp")
+CALLS = os.path.join(HOME, "platform", "openclt", "openclt.h")
+TICK_SECONDS = 1
+LARGEST = 4294967295  # a limit of the type, not of the value: not shown
+
+GROUPS = (
+    ("Ports", ("swcfg_port", "swcfg_ports_status", "swcfg_ports_settings", "interfaces_status", "portStats_inbound_ex",
+               "portStats_outbound_ex", "neighbor_ex/N", "port_vendor_detect", "fiberOptics", "port_hardware_info")),
+    ("Features", ("vlan_list", "profile", "profile/list_ex", "sw_lag_cfg", "sw_lag_cfg_ex", "sw_auto_lag_cfg",
+                  "sw_auto_trunk_cfg", "sw_manual_trunk_cfg", "swcfg_poe", "swcfg_poe_info", "scheduleList",
+                  "multicast_mode_ex", "multicast_block_address", "multicast_groups_ex/N", "radius_config",
+                  "radius_port_config", "sw_portmirroring", "sw_ptp_cfg", "logging", "bufferedLog", "imageInfo")),
+    ("System", ("system_info", "device_health", "device_time", "special_interface_route", "stacking",
+                "init_complete")),
+)
+
+HEAD = """\
+# The documents
+
+<!-- Written by tools/documents_md.py from docs/schemas and the refresh schedule; do not edit. -->
+
+What every document of the REST cache holds. How to open the cache and follow its changes is in
+[consuming.md](consuming.md). Each document has a JSON Schema (2020-12) under [schemas](schemas), from which types can be
+generated. `./dev run --check` and the tests hold all documents against them; `tools/validate.py --db /tmp/restapi_db` does
+it with any cache.
+
+What holds for all of them:
+
+- A record is an object with two members: the payload under its key, then `resp` with `respCode`, `respMsg` and `status`.
+  A document that cannot be built is not stored and the old record stays, so `resp` always says success.
+- One read that fails never spoils a document: the field shows its default, which is said with the field.
+- **Interface number** means the platform's number of a port or LAG. It is the same in all documents, and the one to join
+  them by; it is called `portNum` nearly everywhere. A **LAG number** counts LAGs from 1.
+- Codes of the platform are passed on as they are. Keys and words are an interface: those that are misspelled
+  (`percetUtilizationReceived`, `Forwding`) stay as they are.
+- A field with a question mark can be absent. Numbers are whole numbers unless said otherwise.
+- *From* names the call of the client interface (`platform/openclt/openclt.h`, without its `rpcclt_` prefix) or the show
+  command. "vlanInfo store" is the VLAN profile database `/tmp/vlanInfo.db`, "OUI database" the table of makers by MAC
+  address, "model tables" the daemon's own knowledge of models; "fixed" is no reading at all.
+- *Rebuilt*: cycles are %d seconds apart and are counted from 1. In the first cycle everything on the schedule is built;
+  after that the numbers of the cycles are given. A record is written only when its text has changed.
+
+| document | payload key | rebuilt | |
+|---|---|---|---|
+"""
+
+
+# ---- the schedule ----
+
+def schedule():
+    """(seconds between cycles, API name -> in words when it is rebuilt), from the monitor's tables."""
+    with open(MONITOR, encoding="utf-8") as file:
+        source = file.read()
+    table = source[source.index("cadenceTable[] = {"):source.index("constexpr size_t CADENCE_COUNT")]
+    items = re.findall(r'writebackItem\("([^"]+)", ()(\d+), (\d+)\)|\{"([^"]+)",\s*(CADENCE_\w+),\s*(\d+),\s*(\d+),', table)
+    items = [tuple(part for part in item if part) for item in items]
+    count = int(re.search(r"static_assert\(CADENCE_COUNT == (\d+)", source).group(1))
+    if len(items) != count:
+        sys.exit("documents_md: %d of the %d items of the schedule are understood" % (len(items), count))
+    at_start = re.findall(r'"([^"]+)"', re.search(r"startDocuments\[\] = \{(.*?)\};", source, re.S).group(1))
+    seconds = TICK_SECONDS * int(re.search(r"REFRESH_PERIOD = (\d+);", source).group(1))
+
+    words = {"init_complete": "once, at start"}
+    for item in items:
+        name, kind, period, phase = (item[0], "", *item[1:]) if len(item) == 3 else item
+        if kind == "CADENCE_FIBER":
+            words[name] = "on request ([consuming.md](consuming.md#fresh-optics))"
+        elif kind != "CADENCE_SIGNAL":
+            words[name] = cycles(int(period), int(phase), seconds)
+        if kind == "CADENCE_LINK_WATCH":
+            words["port_vendor_detect"] = "in the cycle in which a port came up, and in the next two"
+    for name in at_start:
+        words[name] = "at start, then " + words[name] if name in words else "at start"
+    return seconds, words
+
+
+def cycles(period, phase, seconds):
+    if period == 1:
+        return "every cycle"
+    first = phase or period
+    numbers = ", ".join(str(first + turn * period) for turn in range(3))
+    minutes = period * seconds // 60
+    return "cycles %s ... (every %s)" % (numbers, "minute" if minutes == 1 else "%d minutes" % minutes)
+
+
+# ---- fields ----
+
+def is_list_of_objects(schema):
+    return schema.get("type") == "array" and "properties" in schema.get("items", {})
+
+
+def type_words(schema):
+    kind = schema.get("type")
+    if kind == "array":
+        if is_list_of_objects(schema):
+            return "list of objects"
+        inner = schema["items"].get("type")
+        return {"integer": "list of numbers", "string": "list of texts", "object": "list of objects"}.get(inner, "list")
+    if kind == "object":
+        return "object"
+    if kind == "boolean":
+        return "true, false" if "const" not in schema else "false"
+    values = schema.get("enum", [schema["const"]] if "const" in schema else None)
+    if kind == "string":
+        if values:
+            return ", ".join('`"%s"`' % value for value in values)
+        return "text" + (", up to %d" % schema["maxLength"] if "maxLength" in schema else "")
+    words = "number" if kind == "integer" else "number or null"
+    if values:
+        return words + " " + ", ".join(str(value) for value in values)
+    low, high = schema.get("minimum"), schema.get("maximum")
+    if high is not None and high < LARGEST // 2:
+        return words + " %d to %d" % (low, high)
+    return words + (", from %d" % low if low == 1 or low == -1 else "")
+
+
+def source_words(sources):
+    return ", ".join("`%s`" % source if source.startswith(("openapi", "show ")) else source for source in sources)
+
+
+def table(properties, required):
+    lines = ["| field | type | meaning | from |", "|---|---|---|---|"]
+    for key, schema in properties.items():
+        name = "`%s`%s" % (key, "" if key in required else "?")
+        lines.append("| %s | %s | %s | %s |" % (name, type_words(schema), schema["description"],
+                                                source_words(schema.get("x-source", []))))
+    return lines
+
+
+def object_lines(schema, path, seen):
+    """Tables of an object or of a list of them, and of what lies within. Equal tables of a document stand once."""
+    inner = schema["items"] if schema.get("type") == "array" else schema
+    path += "[]" if schema.get("type") == "array" else ""
+    if "properties" not in inner or not inner["properties"]:
+        return []
+    for other, properties in seen:
+        if properties == inner["properties"]:
+            return ["", "`%s`: as `%s`." % (path, other)]
+    seen.append((path, inner["properties"]))
+    said = " " + schema["description"] if len(seen) == 1 and schema is not inner else ""
+    lines = ["", "`%s`:%s" % (path, said), ""] + table(inner["properties"], inner.get("required", []))
+    for key, below in inner["properties"].items():
+        if below.get("type") == "object" or is_list_of_objects(below):
+            lines += object_lines(below, path + "." + key, seen)
+    return lines
+
+
+# ---- the page ----
+
+def anchor(name):
+    return re.sub(r"[^a-z0-9_-]", "", name.lower())
+
+
+def payload_of(schema):
+    key = next(key for key in schema["properties"] if key != "resp")
+    return key, schema["properties"][key]
+
+
+def document_lines(name, schema, file, rebuilt):
+    key, payload = payload_of(schema)
+    lines = ["", "### " + name, "", schema["description"], "",
+             "Rebuilt: %s. Schema: [%s](schemas/%s)." % (rebuilt, file, file)]
+    tables = object_lines(payload, key, [])
+    if tables:
+        return lines + tables
+    source = source_words(payload.get("x-source", payload.get("items", {}).get("x-source", [])))
+    what = [part["description"] for part in (payload, payload.get("items")) if part]
+    return lines + ["", "`%s` (%s): %s%s" % (key, type_words(payload), " ".join(what),
+                                             " From %s." % source if source else "")]
+
+
+def page():
+    seconds, rebuilt = schedule()
+    schemas = validate.documents()
+    grouped = [name for _, names in GROUPS for name in names]
+    if sorted(grouped) != sorted(schemas):
+        sys.exit("documents_md: not in both the groups and the schemas: %s" % sorted(set(grouped) ^ set(schemas)))
+    head, body = HEAD % seconds, []
+    for group, names in GROUPS:
+        body += ["", "## " + group]
+        for name in names:
+            words = rebuilt.get(name.removesuffix("/N"), "only when its writeback is asked for (`./dev doc %s`)" % name)
+            file = name.removesuffix("/N").replace("/", "_") + ".json"
+            key, _ = payload_of(schemas[name])
+            head += "| [%s](#%s) | `%s` | %s | %s |\n" % (name, anchor(name), key, words, schemas[name]["title"])
+            body += document_lines(name, schemas[name], file, words)
+    unknown = set(rebuilt) - {name.removesuffix("/N") for name in schemas}
+    if unknown:
+        sys.exit("documents_md: on the schedule, but without a schema: %s" % sorted(unknown))
+    return head + "\n".join(body) + "\n"
+
+
+def sources(node):
+    if isinstance(node, dict):
+        yield from node.get("x-source", [])
+        for value in node.values():
+            yield from sources(value)
+    elif isinstance(node, list):
+        for value in node:
+            yield from sources(value)
+
+
+def unused_sources():
+    """Calls and show commands that a schema names and no source file does."""
+    text = ""
+    for folder, _, names in os.walk(os.path.join(HOME, "src")):
+        for name in names:
+            with open(os.path.join(folder, name), encoding="utf-8") as file:
+                text += file.read() if name.endswith(".cpp") else ""
+    named = set(sources(validate.raw_schemas()))
+    return sorted(source for source in named
+                  if source.startswith("openapi") and not re.search(r"\b(rpcclt_)?%s\b" % source, text)
+                  or source.startswith("show ") and '"%s"' % source not in text)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--check", action="store_true", help="write nothing; status 1 when the page is out of date")
+    options = parser.parse_args()
+    unused = unused_sources()
+    if unused:
+        sys.exit("documents_md: the daemon does not use: %s" % ", ".join(unused))
+    text = page()
+    if not options.check:
+        with open(PAGE, "w", encoding="utf-8") as file:
+            file.write(text)
+        return
+    with open(PAGE, encoding="utf-8") as file:
+        if file.read() != text:
+            sys.exit("docs/documents.md is not what the schemas and the schedule say; run tools/documents_md.py")
+    print("docs/documents.md agrees with %d schemas and the schedule" % len(validate.documents()))
+
+
+if __name__ == "__main__":
+    main()
