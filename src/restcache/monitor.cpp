@@ -7,6 +7,7 @@
 #include "restcache/builder.h"
 #include "restcache/envelope.h"
 #include "restcache/store.h"
+#include "restcache/store_recovery.h"
 #include "restcache/writeback.h"
 #include "runtime/clock.h"
 #include "runtime/document.h"
@@ -151,6 +152,7 @@ void AgentRestMonitor(intptr_t)
         LOG_ERROR("Init clientHandle error\r\n");
         return;
     }
+    restDbCheck();
     (void)restapi_db_operation(REST_DB_CREATE, nullptr, nullptr); // every later operation reports the same failure
     initCompleteWrite();
     while (access(PathGet(PATH_VLANINFO_DB), F_OK) != 0)

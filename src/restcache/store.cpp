@@ -3,8 +3,10 @@
 // The REST cache file and its side channels: change list, lock files, signal. No connection outlives an operation. A
 // change is announced before it is written: the name goes into the change list, then the flag is set, then the record
 // is replaced, so that a reader of the list never misses a change (it may look a moment too early and is signalled
-// again).
+// again). An operation that meets a damaged file begins a new one and is done once more.
 
+#include "restcache/store_access.h"
+#include "restcache/store_recovery.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
@@ -30,6 +32,7 @@ constexpr int STORE_UNCHANGED = 1;
 constexpr size_t LOCK_PATH_SIZE = 128;
 constexpr size_t ID_LINE_SIZE = 32;
 
+static int operationOnce(int operation, const char *apiName, const char *data);
 static int operationRun(sqlite3 *db, int operation, const char *apiName, const char *data);
 static void connectionConfigure(sqlite3 *db);
 static int tableCreate(sqlite3 *db);
@@ -39,7 +42,6 @@ static int recordReplace(sqlite3 *db, const char *apiName, const char *data);
 static int recordDelete(sqlite3 *db, const char *apiName);
 static int statementPrepare(sqlite3 *db, const char *sql, OWNED_STATEMENT *statement);
 static int sqlErrorLog(sqlite3 *db, int result);
-static bool changeAppend(const char *apiName);
 static bool isDirectory(const char *path);
 static bool idRead(const char **cursor, int *id);
 static void changedReset();
@@ -48,16 +50,35 @@ static PROCESS_STATE_T changedState(changedReset);
 
 int restapi_db_operation(int operation, const char *apiName, const char *data)
 {
-    sqlite3 *opened = nullptr;
-    int result = sqlite3_open(PathGet(PATH_REST_DB), &opened);
-    OWNED_DB db(opened); // also a failed open leaves a connection to close
+    int result = operationOnce(operation, apiName, data);
 
-    if (result != SQLITE_OK) {
-        LOG_ERROR("Can't open database: %s\n", sqlite3_errmsg(db.get()));
+    if (!restDbDamaged(result) || !restDbSetAside(sqlite3_errstr(result)))
         return result;
-    }
-    connectionConfigure(db.get());
-    return operationRun(db.get(), operation, apiName, data);
+    if (operation != REST_DB_CREATE && operationOnce(REST_DB_CREATE, nullptr, nullptr) != RESULT_OK)
+        return result;
+    return operationOnce(operation, apiName, data);
+}
+
+int restDbOpen(int flags, OWNED_DB *db)
+{
+    sqlite3 *opened = nullptr;
+    int result = sqlite3_open_v2(PathGet(PATH_REST_DB), &opened, flags, nullptr);
+
+    db->reset(opened);
+    if (result == SQLITE_OK)
+        connectionConfigure(opened);
+    return result;
+}
+
+// One line, in one write, so that a reader who renames the list between two lines loses nothing.
+bool restDbAnnounce(const char *apiName)
+{
+    FILE *delta = fopen(PathGet(PATH_REST_DELTA), "ae");
+
+    if (delta == nullptr)
+        return false;
+    bool printed = fprintf(delta, "%s\n", apiName) > 0;
+    return fclose(delta) == 0 && printed;
 }
 
 int rest_db_lock_acquire(const char *name, int *fd)
@@ -140,6 +161,17 @@ void send_signal_to_ws()
         (void)syscall(SYS_tgkill, process, thread, SIGINT); // the server may have gone; the next one reads the cache
 }
 
+static int operationOnce(int operation, const char *apiName, const char *data)
+{
+    OWNED_DB db;
+    int result = restDbOpen(SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, &db);
+
+    if (result == SQLITE_OK)
+        return operationRun(db.get(), operation, apiName, data);
+    LOG_ERROR_AS(OPERATION, "Can't open database: %s\n", sqlite3_errmsg(db.get()));
+    return result;
+}
+
 static int operationRun(sqlite3 *db, int operation, const char *apiName, const char *data)
 {
     bool writes = operation == REST_DB_WRITE || operation == REST_DB_WRITE2;
@@ -218,7 +250,7 @@ static int recordWrite(sqlite3 *db, const char *apiName, const char *data)
         return result;
     if (same)
         return STORE_UNCHANGED;
-    if (!changeAppend(apiName)) {
+    if (!restDbAnnounce(apiName)) {
         LOG_ERROR_AS(OPERATION, "Unable to open delta file\n");
         return RESULT_OK; // not written either: the next build of the document tries again
     }
@@ -255,7 +287,7 @@ static int recordDelete(sqlite3 *db, const char *apiName)
         result = sqlite3_step(erase.get());
     if (result != SQLITE_DONE)
         return sqlErrorLog(db, result);
-    (void)changeAppend(apiName); // the record is gone whether or not that can be told; the flag still signals it
+    (void)restDbAnnounce(apiName); // the record is gone whether or not that can be told; the flag still signals it
     restDbChanged = 1;
     return RESULT_OK;
 }
@@ -275,18 +307,6 @@ static int sqlErrorLog(sqlite3 *db, int result)
 {
     LOG_ERROR_AS(OPERATION, "SQL error: %s\n", sqlite3_errmsg(db));
     return result;
-}
-
-// One line, in one write, so that a reader who renames the list between two lines loses nothing. False when the list
-// cannot be opened or the line does not get into it.
-static bool changeAppend(const char *apiName)
-{
-    FILE *delta = fopen(PathGet(PATH_REST_DELTA), "ae");
-
-    if (delta == nullptr)
-        return false;
-    bool printed = fprintf(delta, "%s\n", apiName) > 0;
-    return fclose(delta) == 0 && printed;
 }
 
 static bool isDirectory(const char *path)

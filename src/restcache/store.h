@@ -16,7 +16,7 @@ enum REST_DB_OP : int {
 // Writing: 1 when the text is the stored one (nothing written); 101 when it was written, its name appended to the
 // change list first and the changed flag set; 0 when the change list cannot be opened (nothing written); else SQLite's
 // code. Deleting: 0 (name appended, flag set, also when there was no record), else SQLite's code. Any other operation:
-// -1.
+// -1. An operation that meets a damaged file sets it aside, creates the table anew and is done once more.
 int restapi_db_operation(int operation, const char *apiName, const char *data);
 
 // Set by every change; read and cleared by the refresh cycle.

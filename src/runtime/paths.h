@@ -12,6 +12,9 @@ enum PATH_ID : int {
     PATH_LOG_OLD,       // its old generation
     PATH_LOG_LEVEL,     // level file
     PATH_REST_DB,       // REST cache
+    PATH_REST_JOURNAL,  // its journal, when another program keeps one
+    PATH_REST_DB_BAD,   // the last damaged one
+    PATH_REST_JOURNAL_BAD,
     PATH_REST_DELTA,    // change list
     PATH_LOCK_DIR,      // lock files
     PATH_WS_PID,        // process and thread id of the websocket server

@@ -1,0 +1,186 @@
+#include "restcache/store_recovery.h"
+
+// Checks the cache file and sets a damaged one aside. A reader that has the old file open goes on reading it until it
+// opens the cache again; no file is changed under its feet.
+
+#include "restcache/store.h"
+#include "restcache/store_access.h"
+#include "runtime/log.h"
+#include "runtime/paths.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// Each gives "ok", or what is wrong. The index is checked too: without it a name could have two records, or none.
+static const char *const checks[] = {
+    "PRAGMA integrity_check(1);",
+    "SELECT CASE WHEN count(*) = 0 OR (count(*) = 2 AND sum(name = 'api_name' AND pk = 1) = 1 AND"
+    " sum(name = 'data' AND pk = 0) = 1) THEN 'ok' ELSE 'the table has other columns' END"
+    " FROM pragma_table_info('restapi_db');",
+};
+
+// A damaged file may give anything: no index, and an end.
+constexpr char namesLeft[] = "SELECT api_name FROM restapi_db NOT INDEXED LIMIT 10000;";
+constexpr char recordsFrom[] = "SELECT api_name, data FROM restapi_db WHERE api_name > ? ORDER BY api_name;";
+
+constexpr size_t NAME_SIZE = 256;
+constexpr size_t REASON_SIZE = 128;
+
+static bool isFile(const char *path);
+static bool checkFails(sqlite3 *db, const char *sql, char *reason);
+static void namesAnnounce();
+static bool nameTake(const char *text, char *name);
+static bool moveAside(PATH_ID from, PATH_ID to);
+static bool recordBadFind(char *name);
+static bool recordBad(sqlite3_stmt *select);
+
+void restDbCheck()
+{
+    char reason[REASON_SIZE] = "";
+    char name[NAME_SIZE] = "";
+    OWNED_DB db;
+
+    if (!isFile(PathGet(PATH_REST_DB)) || restDbOpen(SQLITE_OPEN_READWRITE, &db) != SQLITE_OK)
+        return;
+    for (const char *sql : checks) {
+        if (checkFails(db.get(), sql, reason)) {
+            db.reset();
+            (void)restDbSetAside(reason); // what stays is met again by the operations
+            return;
+        }
+    }
+    db.reset();
+    while (recordBadFind(name)) {
+        LOG_ERROR("REST cache: record '%s' is damaged, deleted\n", name);
+        if (restapi_db_operation(REST_DB_DELETE, name, nullptr) != SQLITE_OK)
+            return; // it says why
+    }
+}
+
+bool restDbDamaged(int result)
+{
+    return result == SQLITE_CORRUPT || result == SQLITE_NOTADB;
+}
+
+bool restDbSetAside(const char *reason)
+{
+    const char *path = PathGet(PATH_REST_DB);
+    const char *aside = PathGet(PATH_REST_DB_BAD);
+
+    namesAnnounce();
+    restDbChanged = 1;
+    (void)moveAside(PATH_REST_JOURNAL, PATH_REST_JOURNAL_BAD); // seldom there: other programs may keep one
+    if (moveAside(PATH_REST_DB, PATH_REST_DB_BAD)) {
+        LOG_ERROR("REST cache %s is damaged (%s): set aside as %s, begun anew\n", path, reason, aside);
+        return true;
+    }
+    bool removed = unlink(path) == 0;
+    LOG_ERROR("REST cache %s is damaged (%s): %s\n", path, reason, removed ? "removed, begun anew" : strerror(errno));
+    return removed;
+}
+
+static bool isFile(const char *path)
+{
+    struct stat status;
+
+    return stat(path, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Only damage counts: a check that another process's lock or missing memory kept from running says nothing.
+static bool checkFails(sqlite3 *db, const char *sql, char *reason)
+{
+    sqlite3_stmt *prepared = nullptr;
+    int result = sqlite3_prepare_v2(db, sql, -1, &prepared, nullptr);
+    OWNED_STATEMENT check(prepared);
+
+    if (result == SQLITE_OK)
+        result = sqlite3_step(check.get());
+    if (restDbDamaged(result)) {
+        snprintf(reason, REASON_SIZE, "%s", sqlite3_errmsg(db));
+        return true;
+    }
+    if (result != SQLITE_ROW)
+        return false;
+    const unsigned char *text = sqlite3_column_text(check.get(), 0);
+    if (text == nullptr || strcmp(reinterpret_cast<const char *>(text), "ok") == 0)
+        return false;
+    snprintf(reason, REASON_SIZE, "%s", reinterpret_cast<const char *>(text));
+    for (char *end = strchr(reason, '\n'); end != nullptr; end = strchr(end, '\n'))
+        *end = ' ';
+    return true;
+}
+
+static void namesAnnounce()
+{
+    OWNED_DB db;
+    sqlite3_stmt *prepared = nullptr;
+    char name[NAME_SIZE];
+
+    if (restDbOpen(SQLITE_OPEN_READONLY, &db) != SQLITE_OK)
+        return;
+    (void)sqlite3_prepare_v2(db.get(), namesLeft, -1, &prepared, nullptr); // often there is nothing left to read
+    OWNED_STATEMENT select(prepared);
+    while (select != nullptr && sqlite3_step(select.get()) == SQLITE_ROW) {
+        if (nameTake(reinterpret_cast<const char *>(sqlite3_column_text(select.get(), 0)), name))
+            (void)restDbAnnounce(name);
+    }
+}
+
+// A name that can stand on a line of the change list.
+static bool nameTake(const char *text, char *name)
+{
+    size_t length = text == nullptr ? 0 : strlen(text);
+
+    if (length == 0 || length >= NAME_SIZE)
+        return false;
+    for (size_t i = 0; i < length; i++) {
+        if (text[i] <= ' ' || text[i] > '~')
+            return false;
+    }
+    memcpy(name, text, length + 1);
+    return true;
+}
+
+// An older one at the target never stays: it would not belong to what is moved beside it.
+static bool moveAside(PATH_ID from, PATH_ID to)
+{
+    if (rename(PathGet(from), PathGet(to)) == 0)
+        return true;
+    (void)unlink(PathGet(to));
+    return false;
+}
+
+// The next damaged record after *name, in the order of names; into *name. Nothing is open when it returns, so that the
+// record can be deleted.
+static bool recordBadFind(char *name)
+{
+    OWNED_DB db;
+    sqlite3_stmt *prepared = nullptr;
+
+    if (restDbOpen(SQLITE_OPEN_READWRITE, &db) != SQLITE_OK ||
+        sqlite3_prepare_v2(db.get(), recordsFrom, -1, &prepared, nullptr) != SQLITE_OK)
+        return false; // no table yet
+    OWNED_STATEMENT select(prepared);
+    if (sqlite3_bind_text(select.get(), 1, name, -1, SQLITE_TRANSIENT) != SQLITE_OK)
+        return false;
+    while (sqlite3_step(select.get()) == SQLITE_ROW) {
+        const char *text = reinterpret_cast<const char *>(sqlite3_column_text(select.get(), 0));
+
+        if (recordBad(select.get()) && nameTake(text, name))
+            return true;
+    }
+    return false;
+}
+
+static bool recordBad(sqlite3_stmt *select)
+{
+    const char *text = reinterpret_cast<const char *>(sqlite3_column_text(select, 1));
+    int length = sqlite3_column_bytes(select, 1);
+
+    if (text == nullptr || strlen(text) != static_cast<size_t>(length))
+        return true;
+    return OWNED_JSON(cJSON_ParseWithOpts(text, nullptr, 1)) == nullptr;
+}

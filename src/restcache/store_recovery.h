@@ -1,0 +1,19 @@
+// store_recovery.h - a cache that a process left damaged when it was killed inside a write.
+//
+// The journal is kept in memory, so such a kill can leave a file that does not open, pages of two versions, or a record
+// whose text is cut or mixed. What the cache holds can be built again, so nothing is repaired.
+#pragma once
+
+#include "runtime/owned.h"
+
+// At start, before the table is created: a damaged file is set aside (logged), and a record that is not JSON is deleted
+// and announced (logged): one that is on no schedule would stay for ever. A file that is missing, locked or cannot be
+// opened is left to the operations, which report it.
+void restDbCheck();
+
+// Whether a result of SQLite says that the file is damaged.
+[[nodiscard]] bool restDbDamaged(int result);
+
+// Move the file and its journal aside, in place of those moved there before, and announce the names that can still be
+// read from it: a reader then sees which records are gone. One error line. False when the file could not be moved away.
+[[nodiscard]] bool restDbSetAside(const char *reason);
