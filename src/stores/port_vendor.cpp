@@ -75,8 +75,8 @@ constexpr uint32_t LLDP_TEXT_MAX = 65536; // bytes; more is no length of a text
 bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacity);
 const VENDOR_RECORD_T *portVendorChoose(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, const VLAN_PROFILE_MAP_T *map);
 bool isExamined(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-const VENDOR_RECORD_T *profileVendor(const VLAN_PROFILE_T &profile);
-bool profileSelects(const VLAN_PROFILE_T &profile, const VENDOR_RECORD_T &vendor);
+const VENDOR_RECORD_T *profileVendor(const PROFILE_MAP_ROW_T &profile);
+bool profileSelects(const PROFILE_MAP_ROW_T &profile, const VENDOR_RECORD_T &vendor);
 
 bool ifNumLess(const FDB_ENTRY_T &entry, uint32_t ifNum);
 bool foundByFdb(const VENDOR_RECORD_T *vendor, uint32_t ifNum, const FDB_ENTRY_T *entries, uint32_t count);
@@ -147,7 +147,7 @@ void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
     }
 
     size_t capacity = MAP_FIRST_CAPACITY;
-    map->rows = ownedArray<VLAN_PROFILE_T>(capacity);
+    map->rows = ownedArray<PROFILE_MAP_ROW_T>(capacity);
     if (map->rows == nullptr)
         return;
     while ((result = sqlite3_step(statement.get())) == SQLITE_ROW && mapRowAdd(statement.get(), map, &capacity))
@@ -199,7 +199,7 @@ bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacit
         return true;
     if (map->count == *capacity && !ownedArrayDouble(&map->rows, capacity))
         return false;
-    VLAN_PROFILE_T *row = &map->rows[map->count++];
+    PROFILE_MAP_ROW_T *row = &map->rows[map->count++];
     row->id = id;
     row->vlanType = sqlite3_column_int(statement, 1);
     const unsigned char *text = sqlite3_column_text(statement, 2);
@@ -233,7 +233,7 @@ bool isExamined(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
     return isTrunk != 1;
 }
 
-const VENDOR_RECORD_T *profileVendor(const VLAN_PROFILE_T &profile)
+const VENDOR_RECORD_T *profileVendor(const PROFILE_MAP_ROW_T &profile)
 {
     for (const VENDOR_RECORD_T &vendor : VENDORS) {
         if (profileSelects(profile, vendor))
@@ -242,7 +242,7 @@ const VENDOR_RECORD_T *profileVendor(const VLAN_PROFILE_T &profile)
     return nullptr;
 }
 
-bool profileSelects(const VLAN_PROFILE_T &profile, const VENDOR_RECORD_T &vendor)
+bool profileSelects(const PROFILE_MAP_ROW_T &profile, const VENDOR_RECORD_T &vendor)
 {
     if (profile.vlanType >= KRAMER_TYPE_FIRST && profile.vlanType <= KRAMER_TYPE_LAST)
         return strcmp(vendor.key, "kramer") == 0;

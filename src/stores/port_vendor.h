@@ -13,13 +13,13 @@
 #include <cstdint>
 
 // One VLAN's profile.
-struct VLAN_PROFILE_T {
+struct PROFILE_MAP_ROW_T {
     int32_t id;            // VLAN ID
     int32_t vlanType;      // profile type number
     char profileType[256]; // its name
 };
 struct VLAN_PROFILE_MAP_T {
-    OWNED_ARRAY<VLAN_PROFILE_T> rows;
+    OWNED_ARRAY<PROFILE_MAP_ROW_T> rows;
     uint32_t count = 0;
 };
 

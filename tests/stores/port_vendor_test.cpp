@@ -203,7 +203,7 @@ TEST_F(PortVendor, ProfileMapTakesEveryRowWithAVlan)
         ASSERT_EQ(map.count, 100U);
     }
     for (uint32_t i = 0; i < map.count; i++) {
-        const VLAN_PROFILE_T &row = map.rows[i];
+        const PROFILE_MAP_ROW_T &row = map.rows[i];
         EXPECT_EQ(row.profileType, row.id == 3   ? ""
                                    : row.id == 4 ? std::string(255, 't')
                                                  : "type" + std::to_string(row.id));

@@ -51,7 +51,7 @@ struct EXPORTS_T {
 };
 
 // One build: what is known of each VLAN ID.
-struct BUILD_T {
+struct PROFILE_BUILD_T {
     CLIENT_HANDLE_T *clientHandle = nullptr;
     ROWS_T rows;
     EXPORTS_T exports;
@@ -60,12 +60,12 @@ struct BUILD_T {
 };
 
 static void rowsRead(ROWS_T *rows);
-static void bucketsFill(BUILD_T *build);
-static void interfaceEnter(BUILD_T *build, uint32_t ifNum);
+static void bucketsFill(PROFILE_BUILD_T *build);
+static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum);
 static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum);
-static void routingFill(BUILD_T *build);
-static void vlansAdd(BUILD_T *build, cJSON *array);
-static OWNED_JSON vlanObject(BUILD_T *build, uint32_t vlanId);
+static void routingFill(PROFILE_BUILD_T *build);
+static void vlansAdd(PROFILE_BUILD_T *build, cJSON *array);
+static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId);
 static VLAN_INFO_ENTRY_T profileGet(ROWS_T *rows, uint32_t vlanId);
 static const char *shownType(const VLAN_INFO_ENTRY_T &profile);
 static bool routingAllowed(const char *profileType);
@@ -100,7 +100,7 @@ int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
         return RESULT_INVALID_POINTER;
     *out = nullptr;
     OWNED_JSON array(cJSON_CreateArray());
-    std::unique_ptr<BUILD_T> build(new (std::nothrow) BUILD_T);
+    std::unique_ptr<PROFILE_BUILD_T> build(new (std::nothrow) PROFILE_BUILD_T);
     if (array == nullptr || build == nullptr)
         return RESULT_INVALID_POINTER;
 
@@ -153,7 +153,7 @@ static void rowsRead(ROWS_T *rows)
     }
 }
 
-static void bucketsFill(BUILD_T *build)
+static void bucketsFill(PROFILE_BUILD_T *build)
 {
     uint32_t maxMembers = 0;
 
@@ -170,7 +170,7 @@ static void bucketsFill(BUILD_T *build)
     }
 }
 
-static void interfaceEnter(BUILD_T *build, uint32_t ifNum)
+static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum)
 {
     openclt_vlan_list_t list;
     openclt_buffer_t buffer = {sizeof(list), reinterpret_cast<char *>(&list)};
@@ -194,7 +194,7 @@ static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum)
     jsonAppendNumber(bucket->get(), ifNum);
 }
 
-static void routingFill(BUILD_T *build)
+static void routingFill(PROFILE_BUILD_T *build)
 {
     uint32_t rtrIfNum = 0;
     uint32_t next = 0;
@@ -214,7 +214,7 @@ static void routingFill(BUILD_T *build)
     }
 }
 
-static void vlansAdd(BUILD_T *build, cJSON *array)
+static void vlansAdd(PROFILE_BUILD_T *build, cJSON *array)
 {
     for (VLAN_WALK_T walk = vlanWalkStart(build->clientHandle); walk.valid; vlanWalkNext(&walk)) {
         jsonBuildBegin(); // each VLAN is whole or left out
@@ -225,7 +225,7 @@ static void vlansAdd(BUILD_T *build, cJSON *array)
     jsonBuildBegin();
 }
 
-static OWNED_JSON vlanObject(BUILD_T *build, uint32_t vlanId)
+static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId)
 {
     const VLAN_INFO_ENTRY_T profile = profileGet(&build->rows, vlanId);
     OWNED_JSON object(cJSON_CreateObject());

@@ -35,7 +35,7 @@ struct UNIT_T {
     cJSON *ports[SLOT_LAST + 1];
 };
 
-struct BUILD_T {
+struct STATUS_BUILD_T {
     CLIENT_HANDLE_T *clientHandle;
     LAG_FLAGS_T lagFlags;
     uint32_t dot1xMode;
@@ -44,23 +44,23 @@ struct BUILD_T {
     UNIT_T unit[UNITS + 1]; // by unit number
 };
 
-static void lagMembersRead(BUILD_T *build);
-static void settingsRead(BUILD_T *build);
-static void portsAdd(BUILD_T *build);
+static void lagMembersRead(STATUS_BUILD_T *build);
+static void settingsRead(STATUS_BUILD_T *build);
+static void portsAdd(STATUS_BUILD_T *build);
 static void lagsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *lags);
-static cJSON *portArrayGet(BUILD_T *build, uint32_t unit, uint32_t slot);
-static void unitAdd(BUILD_T *build, uint32_t unit);
-static void slotAdd(BUILD_T *build, uint32_t unit, uint32_t slot);
-static void slotModelGet(BUILD_T *build, uint32_t unit, uint32_t slot, char model[MODEL_SIZE]);
-static void portAdd(BUILD_T *build, uint32_t ifNum, uint32_t port, cJSON *ports);
+static cJSON *portArrayGet(STATUS_BUILD_T *build, uint32_t unit, uint32_t slot);
+static void unitAdd(STATUS_BUILD_T *build, uint32_t unit);
+static void slotAdd(STATUS_BUILD_T *build, uint32_t unit, uint32_t slot);
+static void slotModelGet(STATUS_BUILD_T *build, uint32_t unit, uint32_t slot, char model[MODEL_SIZE]);
+static void portAdd(STATUS_BUILD_T *build, uint32_t ifNum, uint32_t port, cJSON *ports);
 static void interfaceName(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char name[NAME_SIZE]);
 static uint32_t portLinkState(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
 static uint32_t linkStateGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
 static const char *stpText(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t linkState);
 static const char *speedText(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t linkState);
 static uint32_t autoTrunkGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static uint32_t dot1xStatusGet(const BUILD_T *build, uint32_t ifNum);
-static void portTypeGet(const BUILD_T *build, uint32_t ifNum, uint32_t linkState, char type[PORT_TYPE_SIZE]);
+static uint32_t dot1xStatusGet(const STATUS_BUILD_T *build, uint32_t ifNum);
+static void portTypeGet(const STATUS_BUILD_T *build, uint32_t ifNum, uint32_t linkState, char type[PORT_TYPE_SIZE]);
 
 int interfacesStatusBuild(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -68,7 +68,7 @@ int interfacesStatusBuild(CLIENT_HANDLE_T *clientHandle, char **out)
         return RESULT_INVALID_ARGUMENT;
     *out = nullptr;
 
-    BUILD_T build = {};
+    STATUS_BUILD_T build = {};
     build.clientHandle = clientHandle;
     OWNED_JSON root(cJSON_CreateObject());
     build.units = jsonAddArray(root.get(), "unit");
@@ -85,7 +85,7 @@ int interfacesStatusBuild(CLIENT_HANDLE_T *clientHandle, char **out)
     return *out == nullptr ? RESULT_NO_MEMORY : RESULT_OK;
 }
 
-static void lagMembersRead(BUILD_T *build)
+static void lagMembersRead(STATUS_BUILD_T *build)
 {
     uint32_t maxMembers = 0;
 
@@ -94,7 +94,7 @@ static void lagMembersRead(BUILD_T *build)
         lagFlagsFill(build->clientHandle, maxMembers, LAG_FLAGS_STOP, __func__, &build->lagFlags);
 }
 
-static void settingsRead(BUILD_T *build)
+static void settingsRead(STATUS_BUILD_T *build)
 {
     uint32_t size = 0;
 
@@ -104,7 +104,7 @@ static void settingsRead(BUILD_T *build)
     build->complianceSize = size >= 1 && size <= COMPLIANCE_SIZE ? size : COMPLIANCE_SIZE;
 }
 
-static void portsAdd(BUILD_T *build)
+static void portsAdd(STATUS_BUILD_T *build)
 {
     for (IF_WALK_T walk = ifWalkStart(build->clientHandle, OPENCLT_IF_PHYSICAL); walk.valid; ifWalkNext(&walk)) {
         openclt_usp_t usp;
@@ -132,7 +132,7 @@ static void lagsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *lags)
 }
 
 // Array of the slot's ports; unit and slot are added when this is their first port.
-static cJSON *portArrayGet(BUILD_T *build, uint32_t unit, uint32_t slot)
+static cJSON *portArrayGet(STATUS_BUILD_T *build, uint32_t unit, uint32_t slot)
 {
     if (build->unit[unit].slots == nullptr)
         unitAdd(build, unit);
@@ -141,7 +141,7 @@ static cJSON *portArrayGet(BUILD_T *build, uint32_t unit, uint32_t slot)
     return build->unit[unit].ports[slot];
 }
 
-static void unitAdd(BUILD_T *build, uint32_t unit)
+static void unitAdd(STATUS_BUILD_T *build, uint32_t unit)
 {
     UNIT_T &row = build->unit[unit];
     openclt_buffer_t buffer = {sizeof(row.model), row.model};
@@ -158,7 +158,7 @@ static void unitAdd(BUILD_T *build, uint32_t unit)
     row.slots = jsonAddArray(object, "slot");
 }
 
-static void slotAdd(BUILD_T *build, uint32_t unit, uint32_t slot)
+static void slotAdd(STATUS_BUILD_T *build, uint32_t unit, uint32_t slot)
 {
     char model[MODEL_SIZE];
     slotModelGet(build, unit, slot, model);
@@ -170,7 +170,7 @@ static void slotAdd(BUILD_T *build, uint32_t unit, uint32_t slot)
 }
 
 // The unit's model; in the modular chassis that of the card, when there is one.
-static void slotModelGet(BUILD_T *build, uint32_t unit, uint32_t slot, char model[MODEL_SIZE])
+static void slotModelGet(STATUS_BUILD_T *build, uint32_t unit, uint32_t slot, char model[MODEL_SIZE])
 {
     uint32_t cardType = 0;
     char card[257] = ""; // terminated whatever the platform writes
@@ -186,7 +186,7 @@ static void slotModelGet(BUILD_T *build, uint32_t unit, uint32_t slot, char mode
         textCopy(model, MODEL_SIZE, card);
 }
 
-static void portAdd(BUILD_T *build, uint32_t ifNum, uint32_t port, cJSON *ports)
+static void portAdd(STATUS_BUILD_T *build, uint32_t ifNum, uint32_t port, cJSON *ports)
 {
     CLIENT_HANDLE_T *clientHandle = build->clientHandle;
     char name[NAME_SIZE];
@@ -268,7 +268,7 @@ static uint32_t autoTrunkGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
 }
 
 // Ports are asked only while 802.1X is on.
-static uint32_t dot1xStatusGet(const BUILD_T *build, uint32_t ifNum)
+static uint32_t dot1xStatusGet(const STATUS_BUILD_T *build, uint32_t ifNum)
 {
     uint32_t status = DOT1X_NOT_APPLICABLE;
 
@@ -278,7 +278,7 @@ static uint32_t dot1xStatusGet(const BUILD_T *build, uint32_t ifNum)
 }
 
 // What the optic says of itself; a port that is up without an optic is a copper port.
-static void portTypeGet(const BUILD_T *build, uint32_t ifNum, uint32_t linkState, char type[PORT_TYPE_SIZE])
+static void portTypeGet(const STATUS_BUILD_T *build, uint32_t ifNum, uint32_t linkState, char type[PORT_TYPE_SIZE])
 {
     char text[COMPLIANCE_SIZE + 1] = ""; // terminated whatever the platform writes
     openclt_buffer_t buffer = {build->complianceSize, text};

@@ -33,10 +33,10 @@ static const char MODULAR_MODEL[] = "TK830-T03";   // slot 0 is the unit itself
     } while (0)
 
 static int unitsRead(PORT_LIST_T *list, const PORT_SOURCE_T &source);
-static int unitPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, PORT_UNIT_T *record,
+static int unitPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, ROW_UNIT_T *record,
                           uint32_t *total);
 static int expansionPortsCount(const SLOT_MODELS_T *slots, uint32_t unit, uint32_t *ports);
-static int modularPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, PORT_UNIT_T *record,
+static int modularPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, ROW_UNIT_T *record,
                              uint32_t *total);
 static int tablesFill(PORT_LIST_T *list, const PORT_SOURCE_T &source);
 static void flowControlFill(PORT_LIST_T *list);
@@ -104,7 +104,7 @@ static int unitsRead(PORT_LIST_T *list, const PORT_SOURCE_T &source)
     for (UNIT_WALK_T walk = unitWalkStart(list->clientHandle); walk.valid; unitWalkNext(&walk)) {
         if (walk.unit >= SLOT_UNITS)
             break;
-        PORT_UNIT_T *unit = &list->units[walk.unit];
+        ROW_UNIT_T *unit = &list->units[walk.unit];
         if (stackUnitMgrPreconfigModelIdGet(list->clientHandle, walk.unit, unit->model) != RESULT_OK)
             continue;
         int result = unitPortsCount(source, walk.unit, &slots, unit, &total);
@@ -115,7 +115,7 @@ static int unitsRead(PORT_LIST_T *list, const PORT_SOURCE_T &source)
 }
 
 // Front ports of a unit; *total counts those of all units.
-static int unitPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, PORT_UNIT_T *record,
+static int unitPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, ROW_UNIT_T *record,
                           uint32_t *total)
 {
     int result;
@@ -151,7 +151,7 @@ static int expansionPortsCount(const SLOT_MODELS_T *slots, uint32_t unit, uint32
     return RESULT_OK;
 }
 
-static int modularPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, PORT_UNIT_T *record,
+static int modularPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, ROW_UNIT_T *record,
                              uint32_t *total)
 {
     TRACE(source, "Processing TK830-T03 model for unit %d\n", static_cast<int>(unit));

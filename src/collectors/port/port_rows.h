@@ -47,7 +47,7 @@ struct PORT_PROFILES_T {
 };
 
 // A unit of the stack, by its number; zeroed when its model is not known.
-struct PORT_UNIT_T {
+struct ROW_UNIT_T {
     char model[256];
     uint32_t physicalPorts; // front ports, modules included
 };
@@ -55,7 +55,7 @@ struct PORT_UNIT_T {
 // What holds for the whole build.
 struct PORT_LIST_T {
     CLIENT_HANDLE_T *clientHandle;
-    PORT_UNIT_T units[SLOT_UNITS];
+    ROW_UNIT_T units[SLOT_UNITS];
     uint32_t physical; // the first entries of the table are ports ...
     uint32_t entries;  // ... and the further ones, up to this, LAGs
     OWNED_ARRAY<INTERFACE_ENTRY_T> table;
