@@ -20,7 +20,6 @@ constexpr unsigned RUN_LIMIT = 60; // seconds, under sanitizers; beyond it the r
 
 static std::string notRecovered(const CLEAN_T &clean, const RECORDS_T &now);
 static void recordCheck(SWEEP_T *sweep, const std::string &name, const std::string &text);
-static NAMES_T changesRead();
 static void locksCheck(SWEEP_T *sweep);
 static NAMES_T rootFiles();
 
@@ -32,6 +31,13 @@ bool runWanted(SWEEP_T *sweep, const std::string &label)
     sweep->tally->runs++;
     alarm(RUN_LIMIT);
     return true;
+}
+
+void runDetail(SWEEP_T *sweep, const std::string &detail)
+{
+    size_t length = strlen(sweep->tally->at);
+
+    snprintf(sweep->tally->at + length, sizeof(sweep->tally->at) - length, "%s", detail.c_str());
 }
 
 void finding(SWEEP_T *sweep, const char *format, ...)
@@ -83,6 +89,17 @@ RECORDS_T faultCheck(SWEEP_T *sweep, const SNAPSHOT_T &clean, const NAMES_T &may
         finding(sweep, "%zu descriptors, %zu before", now.descriptors, clean.descriptors);
     locksCheck(sweep);
     return now.records;
+}
+
+NAMES_T changesRead()
+{
+    std::istringstream changes(textRead(PathGet(PATH_REST_DELTA)));
+    NAMES_T names;
+    std::string name;
+
+    while (std::getline(changes, name))
+        names.insert(name);
+    return names;
 }
 
 void coldBegin()
@@ -169,17 +186,6 @@ static void recordCheck(SWEEP_T *sweep, const std::string &name, const std::stri
         finding(sweep, "%s does not parse: %.200s", name.c_str(), text.c_str());
     else if (cJSON_GetObjectItem(cJSON_GetObjectItem(tree.get(), "resp"), "respCode") == nullptr)
         finding(sweep, "%s is no response: %.200s", name.c_str(), text.c_str());
-}
-
-static NAMES_T changesRead()
-{
-    std::istringstream changes(textRead(PathGet(PATH_REST_DELTA)));
-    NAMES_T names;
-    std::string name;
-
-    while (std::getline(changes, name))
-        names.insert(name);
-    return names;
 }
 
 static void locksCheck(SWEEP_T *sweep)

@@ -5,6 +5,7 @@
 #include "sweep.h"
 
 #include "builders.h"
+#include "fileops.h"
 #include "support/alloc.h"
 
 #include <cstdio>
@@ -38,6 +39,7 @@ extern "C" const char *__ubsan_default_options()
 struct OPTIONS_T {
     std::vector<std::string> scenarios;   // for the faults of the platform
     std::vector<std::string> allocations; // for those of memory
+    std::vector<std::string> files;       // for those of file operations
     std::string document;                 // "": all
     bool wide = false;
     unsigned every = 1;
@@ -53,9 +55,11 @@ struct JOB_T {
 };
 
 static const char USAGE[] =
-    "usage: sweep [--scenario FILE]... [--allocations FILE]... [--document NAME] [--wide] [--every N] [--jobs N]\n"
+    "usage: sweep [--scenario FILE]... [--allocations FILE]... [--files FILE]...\n"
+    "             [--document NAME] [--wide] [--every N] [--jobs N]\n"
     "  --scenario FILE     fail each platform call and show command of each document on this scenario\n"
     "  --allocations FILE  fail each allocation of each document on this scenario\n"
+    "  --files FILE        fail each file operation of each document on this scenario, and the store by itself\n"
     "  --wide              also garbage bytes, and texts cut at two thirds\n"
     "  --every N           a share: each N-th run\n";
 constexpr unsigned CYCLE_PARTS = 4;
@@ -63,7 +67,8 @@ constexpr unsigned CYCLE_PARTS = 4;
 static bool optionsTake(int argc, char **argv, OPTIONS_T *options);
 static bool wanted(const OPTIONS_T &options, const DOCUMENT_T &document);
 static std::vector<JOB_T> faultJobs(const OPTIONS_T &options);
-static std::vector<JOB_T> allocationJobs(const OPTIONS_T &options);
+static std::vector<JOB_T> documentJobs(const OPTIONS_T &options, void (*pass)(SWEEP_T *, const DOCUMENT_T &));
+static std::vector<JOB_T> filesJobs(const OPTIONS_T &options);
 static bool scenarioRun(const OPTIONS_T &options, const std::string &scenario, std::vector<JOB_T> jobs, TALLY_T *total);
 static void jobStart(const OPTIONS_T &options, const std::string &seeded, unsigned turn, JOB_T *job);
 static int jobBody(const OPTIONS_T &options, const std::string &root, unsigned turn, const JOB_T &job);
@@ -79,13 +84,18 @@ int main(int argc, char **argv)
         return 2;
     }
     allocInstall();
+    fileopsInstall();
     buildersRegister();
     for (const std::string &scenario : options.scenarios) {
         if (!scenarioRun(options, scenario, faultJobs(options), &total))
             return 2;
     }
     for (const std::string &scenario : options.allocations) {
-        if (!scenarioRun(options, scenario, allocationJobs(options), &total))
+        if (!scenarioRun(options, scenario, documentJobs(options, documentAllocations), &total))
+            return 2;
+    }
+    for (const std::string &scenario : options.files) {
+        if (!scenarioRun(options, scenario, filesJobs(options), &total))
             return 2;
     }
     printf("sweep: %zu documents, %u runs, %u records that a fault changed, %u findings\n", documentsListed().size(),
@@ -103,6 +113,8 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
             options->scenarios.push_back(argv[++i]);
         else if (valued && strcmp(argv[i], "--allocations") == 0)
             options->allocations.push_back(argv[++i]);
+        else if (valued && strcmp(argv[i], "--files") == 0)
+            options->files.push_back(argv[++i]);
         else if (valued && strcmp(argv[i], "--document") == 0)
             options->document = argv[++i];
         else if (valued && strcmp(argv[i], "--every") == 0)
@@ -112,7 +124,8 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
         else
             return false;
     }
-    return options->every > 0 && options->jobs > 0 && options->scenarios.size() + options->allocations.size() > 0;
+    return options->every > 0 && options->jobs > 0 &&
+           options->scenarios.size() + options->allocations.size() + options->files.size() > 0;
 }
 
 static bool wanted(const OPTIONS_T &options, const DOCUMENT_T &document)
@@ -122,14 +135,8 @@ static bool wanted(const OPTIONS_T &options, const DOCUMENT_T &document)
 
 static std::vector<JOB_T> faultJobs(const OPTIONS_T &options)
 {
-    std::vector<JOB_T> jobs;
+    std::vector<JOB_T> jobs = documentJobs(options, documentFaults);
 
-    for (const DOCUMENT_T &document : documentsListed()) {
-        if (wanted(options, document))
-            jobs.push_back({document.name, [document](SWEEP_T *sweep) {
-                                documentFaults(sweep, document);
-                            }});
-    }
     for (unsigned part = 0; options.document.empty() && part < CYCLE_PARTS; part++)
         jobs.push_back({"all", [part](SWEEP_T *sweep) {
                             cycleFaults(sweep, part, CYCLE_PARTS);
@@ -137,16 +144,25 @@ static std::vector<JOB_T> faultJobs(const OPTIONS_T &options)
     return jobs;
 }
 
-static std::vector<JOB_T> allocationJobs(const OPTIONS_T &options)
+static std::vector<JOB_T> documentJobs(const OPTIONS_T &options, void (*pass)(SWEEP_T *, const DOCUMENT_T &))
 {
     std::vector<JOB_T> jobs;
 
     for (const DOCUMENT_T &document : documentsListed()) {
         if (wanted(options, document))
-            jobs.push_back({document.name, [document](SWEEP_T *sweep) {
-                                documentAllocations(sweep, document);
+            jobs.push_back({document.name, [document, pass](SWEEP_T *sweep) {
+                                pass(sweep, document);
                             }});
     }
+    return jobs;
+}
+
+static std::vector<JOB_T> filesJobs(const OPTIONS_T &options)
+{
+    std::vector<JOB_T> jobs = documentJobs(options, documentFiles);
+
+    if (options.document.empty() || options.document == "store")
+        jobs.push_back({"store", storeFailures});
     return jobs;
 }
 

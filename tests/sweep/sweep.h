@@ -31,6 +31,9 @@ using NAMES_T = std::set<std::string>;
 // Whether the next run belongs to the share; begins it then, with a limit on its time.
 bool runWanted(SWEEP_T *sweep, const std::string &label);
 
+// Say more of the run that is going on.
+void runDetail(SWEEP_T *sweep, const std::string &detail);
+
 // Report something that is wrong in the run that is going on.
 void finding(SWEEP_T *sweep, const char *format, ...) __attribute__((format(printf, 2, 3)));
 
@@ -45,6 +48,9 @@ SNAPSHOT_T snapshotTake();
 // Everything as a good fault leaves it: each record parses as a response, those that are not in `mayDiffer` are as they
 // were, each change is in the change list, no file or descriptor more, every lock free. The records after the fault.
 RECORDS_T faultCheck(SWEEP_T *sweep, const SNAPSHOT_T &clean, const NAMES_T &mayDiffer);
+
+// Names that the change list announces.
+NAMES_T changesRead();
 
 // The first line in which two texts differ, as a short text that the next call overwrites.
 const char *difference(const std::string &now, const std::string &clean);
@@ -80,7 +86,10 @@ std::vector<CASE_T> casesOf(SWEEP_T *sweep, const DOCUMENT_T &document, const CL
 // Build a document cold with the fault; it is lifted afterwards.
 void caseRun(const CASE_T &one, const DOCUMENT_T &document);
 
-// The passes: each call and command of a document; each of everything, a part of many; each allocation of a document.
+// The passes: each call and command of a document; each of everything, a part of many; each allocation of a document;
+// each file operation of a document; the store, with each allocation and file operation of each of its operations.
 void documentFaults(SWEEP_T *sweep, const DOCUMENT_T &document);
 void cycleFaults(SWEEP_T *sweep, unsigned part, unsigned parts);
 void documentAllocations(SWEEP_T *sweep, const DOCUMENT_T &document);
+void documentFiles(SWEEP_T *sweep, const DOCUMENT_T &document);
+void storeFailures(SWEEP_T *sweep);
