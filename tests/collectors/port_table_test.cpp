@@ -199,6 +199,8 @@ TEST_F(PortTable, PlacesPortsByUnitSlotAndFanOut)
         one.optic.present = true;
     EXPECT_EQ(places(), "1/0 TK830-T04: 1,1,8 2,4,8 17,1,11 | 21<17,1,8\n"
                         "2/0 TK830-T03: 200,0,4 |\n2/1 QMD-K8: 250,1,8 |\n3/0 QMD-K3: 300,0,3 |\n");
+    vsState().ports.erase(vsState().ports.begin() + 5, vsState().ports.begin() + 7); // the chassis lists no port
+    EXPECT_EQ(places(), "1/0 TK830-T04: 1,1,8 2,4,8 17,1,11 | 21<17,1,8\n2 empty\n3/0 QMD-K3: 300,0,3 |\n");
 }
 
 TEST_F(PortTable, UnknownModelGivesNoDocument)

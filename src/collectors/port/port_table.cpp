@@ -324,20 +324,18 @@ static void poeRead(PORT_TABLE_T *table)
     });
 }
 
-// The modular chassis says by its cards what a port is; so does every unit after one in the stack.
+// The modular chassis says by its cards what a port is; so does every unit after one in the stack, even if the chassis
+// lists no port.
 static void modulesRead(PORT_TABLE_T *table)
 {
-    bool bySlot = false;
-    uint32_t lastUnit = 0;
+    uint32_t firstBySlot = 1;
 
-    portRecordsVisit(table, [table, &bySlot, &lastUnit](PORT_RECORD_T *record) {
-        if (record->unit != lastUnit) {
-            lastUnit = record->unit;
-            bySlot = bySlot || strcmp(table->units[record->unit - 1].model, CHASSIS_830) == 0;
-        }
+    while (firstBySlot <= PORT_TABLE_UNITS && strcmp(table->units[firstBySlot - 1].model, CHASSIS_830) != 0)
+        firstBySlot++;
+    portRecordsVisit(table, [table, firstBySlot](PORT_RECORD_T *record) {
         (void)boxsSfpTypeGet(table->clientHandle, record->ifNum, &record->moduleType);        // 0, logged
         (void)ifCapabilitiesGet(table->clientHandle, record->ifNum, &record->portCapability); // logged
-        if (bySlot)
+        if (record->unit >= firstBySlot)
             (void)slotModuleTypeGet(table, record, &record->moduleType); // unchanged for an empty slot
         if (record->moduleType >= MODULE_TYPE_LAST)
             record->moduleType = MODULE_TYPE_OTHER;
