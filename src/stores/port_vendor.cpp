@@ -4,12 +4,14 @@
 // vendor on the port. One build reads the VLAN profile database and the forwarding database once and sorts the
 // addresses by interface. Uses SQLite, and the wrappers, walks and FDB snapshot of switch/.
 
+#include "runtime/files.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
 #include "runtime/result.h"
 #include "stores/oui.h"
 #include "switch/columns.h"
+#include "switch/lldp.h"
 #include "switch/swapi.h"
 #include "switch/walk.h"
 
@@ -70,7 +72,6 @@ constexpr size_t MAP_FIRST_CAPACITY = 32;
 constexpr size_t VENDOR_KEY_SIZE = 32;
 constexpr uint32_t LINK_UP = 0;
 constexpr uint32_t DEFAULT_VLAN = 1;
-constexpr uint32_t LLDP_TEXT_MAX = 65536; // bytes; more is no length of a text
 
 bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacity);
 const VENDOR_RECORD_T *portVendorChoose(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, const VLAN_PROFILE_MAP_T *map);
@@ -84,16 +85,21 @@ bool foundByFdb(const VENDOR_RECORD_T *vendor, uint32_t ifNum, const FDB_ENTRY_T
 // What LLDP tells of one remote device, and whether that makes it a device of the vendor.
 struct LLDP_METHOD_T {
     VENDOR_METHOD method;
-    int (*read)(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, openclt_buffer_t *text);
+    LLDP_READ read;
     bool (*matches)(const VENDOR_RECORD_T *vendor, const char *text);
+};
+struct LLDP_SEARCH_T {
+    const VENDOR_RECORD_T *vendor;
+    const LLDP_METHOD_T *method;
+    bool found;
 };
 bool foundByLldp(CLIENT_HANDLE_T *clientHandle, const VENDOR_RECORD_T *vendor, uint32_t ifNum,
                  const LLDP_METHOD_T &method);
-int chassisIdRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, openclt_buffer_t *text);
+bool textDiffers(void *search, const char *text);
 bool chassisIdMatches(const VENDOR_RECORD_T *vendor, const char *text);
 bool descriptionMatches(const VENDOR_RECORD_T *vendor, const char *text);
 constexpr LLDP_METHOD_T LLDP_METHODS[] = {
-    {VENDOR_BY_CHASSIS, chassisIdRead, chassisIdMatches},
+    {VENDOR_BY_CHASSIS, lldpChassisIdRead, chassisIdMatches},
     {VENDOR_BY_DESCRIPTION, rpcclt_openapiLldpIntfRemoteDeviceSystemDescGet, descriptionMatches},
 };
 } // namespace
@@ -130,7 +136,7 @@ void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
 
     map->count = 0;
     map->rows.reset();
-    int result = sqlite3_open_v2(path, &opened, SQLITE_OPEN_READONLY, nullptr);
+    int result = fileOpenDatabase(path, SQLITE_OPEN_READONLY, &opened);
     OWNED_DB db(opened);
     if (result != SQLITE_OK) {
         LOG_ERROR("port_vendor_detect: cannot open %s: %s\r\n", path,
@@ -269,34 +275,21 @@ bool foundByFdb(const VENDOR_RECORD_T *vendor, uint32_t ifNum, const FDB_ENTRY_T
     return false;
 }
 
-// A device whose text cannot be read is passed over; without a buffer nothing is found.
 bool foundByLldp(CLIENT_HANDLE_T *clientHandle, const VENDOR_RECORD_T *vendor, uint32_t ifNum,
                  const LLDP_METHOD_T &method)
 {
-    uint32_t length = 0;
-    if (rpcclt_openapiLldpMgmtStrLenGet(clientHandle, &length) != OPENCLT_OK)
-        return false;
-    length = std::min(length, LLDP_TEXT_MAX);
-    OWNED_ARRAY<char> text = ownedArray<char>(length + 1);
-    if (text == nullptr)
-        return false;
+    LLDP_SEARCH_T search = {vendor, &method, false};
 
-    uint32_t next = 0;
-    for (uint32_t index = 0;
-         rpcclt_openapiLldpIntfRemoteDeviceNextGet(clientHandle, ifNum, index, &next) == OPENCLT_OK && next > index;
-         index = next) {
-        openclt_buffer_t buffer = {length, text.get()};
-        text[0] = '\0';
-        if (method.read(clientHandle, ifNum, next, &buffer) == OPENCLT_OK && method.matches(vendor, text.get()))
-            return true;
-    }
-    return false;
+    (void)lldpTextsVisit(clientHandle, ifNum, method.read, textDiffers, &search); // a failure finds nothing
+    return search.found;
 }
 
-int chassisIdRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, openclt_buffer_t *text)
+bool textDiffers(void *search, const char *text)
 {
-    uint32_t subtype = 0;
-    return rpcclt_openapiLldpIntfRemoteDeviceChassisIdGet(clientHandle, ifNum, index, &subtype, text);
+    auto *wanted = static_cast<LLDP_SEARCH_T *>(search);
+
+    wanted->found = wanted->method->matches(wanted->vendor, text);
+    return !wanted->found;
 }
 
 bool chassisIdMatches(const VENDOR_RECORD_T *vendor, const char *text)

@@ -11,12 +11,12 @@
 #include "runtime/result.h"
 #include "stores/oui.h"
 #include "switch/fdb.h"
+#include "switch/lldp.h"
 
 #include <algorithm>
 #include <cstring>
 
-constexpr uint32_t LLDP_TEXT_SIZE = 256; // when the platform does not say
-constexpr uint32_t LLDP_TEXT_SIZE_MAX = 65536;
+constexpr uint32_t LLDP_TEXT_SIZE = 256;                // when the platform does not say
 constexpr uint32_t CHASSIS_IS_MAC = 4, PORT_IS_MAC = 3; // subtypes
 constexpr uint32_t SWITCH_MODE_AUTO_TRUNK = 3;
 
@@ -41,7 +41,6 @@ static bool rowsCollect(PUSH_T *push);
 static bool lldpRowsAdd(PUSH_T *push);
 static bool lldpDeviceAlloc(CLIENT_HANDLE_T *clientHandle, LLDP_DEVICE_T *device);
 static bool interfaceDevicesAdd(PUSH_T *push, uint32_t ifNum, LLDP_DEVICE_T *device);
-static bool lldpDeviceNext(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *index);
 static bool lldpDeviceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, LLDP_DEVICE_T *device);
 static openclt_buffer_t emptyText(char *text, uint32_t size);
 static bool lldpRowAdd(PUSH_T *push, uint32_t ifNum, const LLDP_DEVICE_T *device);
@@ -97,7 +96,7 @@ static bool lldpDeviceAlloc(CLIENT_HANDLE_T *clientHandle, LLDP_DEVICE_T *device
 
     if (rpcclt_openapiLldpMgmtStrLenGet(clientHandle, &size) != OPENCLT_OK || size == 0)
         size = LLDP_TEXT_SIZE;
-    device->size = std::min(size, LLDP_TEXT_SIZE_MAX);
+    device->size = std::min(size, LLDP_TEXT_MAX);
     device->block = ownedArray<char>(4 * static_cast<size_t>(device->size));
     if (device->block == nullptr)
         return false;
@@ -118,15 +117,6 @@ static bool interfaceDevicesAdd(PUSH_T *push, uint32_t ifNum, LLDP_DEVICE_T *dev
             return false;
     }
     return true;
-}
-
-// Indexes ascend; one that does not ends the walk, so that a platform that repeats itself cannot hold the daemon.
-static bool lldpDeviceNext(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *index)
-{
-    uint32_t previous = *index;
-
-    return rpcclt_openapiLldpIntfRemoteDeviceNextGet(clientHandle, ifNum, previous, index) == OPENCLT_OK &&
-           *index > previous;
 }
 
 // False when an id cannot be read: the device is passed over. A missing name or address is "".

@@ -8,6 +8,7 @@
 #include "runtime/result.h"
 #include "stores/oui.h"
 #include "switch/columns.h"
+#include "switch/lldp.h"
 
 #include <algorithm>
 #include <cstring>
@@ -77,18 +78,13 @@ static constexpr char KRAMER[] = "kramer";
 
 static constexpr char AUDAC_KEYWORD[] = "Audac"; // in this case only
 
-constexpr uint32_t LLDP_TEXT_MAX = 65536; // no longer text is asked for
-
-using LLDP_READ = int (*)(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, openclt_buffer_t *text);
-
 static const PROFILE_VENDOR_T *profileVendorFind(const char *profileType);
 static const char *wordByMac(const char *vendor, const char *mac);
 static const char *wordByFdb(const char *vendor, uint32_t ifNum, const PORT_FDB_T *fdb);
 static const char *wordByChassis(CLIENT_HANDLE_T *clientHandle, const char *vendor, uint32_t ifNum);
 static const char *wordByDescription(CLIENT_HANDLE_T *clientHandle, const char *vendor, uint32_t ifNum);
-template <typename VISIT>
-static int lldpTextsVisit(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, LLDP_READ read, VISIT visit);
-static int chassisIdRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, openclt_buffer_t *text);
+static bool textAppend(void *array, const char *text);
+static bool isNotAudac(void *found, const char *description);
 
 void portFdbRead(CLIENT_HANDLE_T *clientHandle, PORT_FDB_T *fdb)
 {
@@ -120,10 +116,7 @@ const char *portVendorWordGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, con
 
 int lldpIntfRemoteDevicesChassisIdGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, cJSON *array)
 {
-    return lldpTextsVisit(clientHandle, ifNum, chassisIdRead, [array](const char *text) {
-        jsonAppendText(array, text);
-        return true;
-    });
+    return lldpTextsVisit(clientHandle, ifNum, lldpChassisIdRead, textAppend, array);
 }
 
 static const PROFILE_VENDOR_T *profileVendorFind(const char *profileType)
@@ -183,44 +176,23 @@ static const char *wordByChassis(CLIENT_HANDLE_T *clientHandle, const char *vend
 
 static const char *wordByDescription(CLIENT_HANDLE_T *clientHandle, const char *vendor, uint32_t ifNum)
 {
-    const char *word = nullptr;
+    bool found = false;
 
     // A failure finds nothing.
-    (void)lldpTextsVisit(clientHandle, ifNum, rpcclt_openapiLldpIntfRemoteDeviceSystemDescGet, [&](const char *text) {
-        if (strstr(text, AUDAC_KEYWORD) != nullptr)
-            word = vendor;
-        return word == nullptr;
-    });
-    return word;
+    (void)lldpTextsVisit(clientHandle, ifNum, rpcclt_openapiLldpIntfRemoteDeviceSystemDescGet, isNotAudac, &found);
+    return found ? vendor : nullptr;
 }
 
-// Call a function with a text of each neighbour of a port, until it returns false.
-template <typename VISIT>
-static int lldpTextsVisit(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, LLDP_READ read, VISIT visit)
+static bool textAppend(void *array, const char *text)
 {
-    uint32_t length = 0;
-    int result = rpcclt_openapiLldpMgmtStrLenGet(clientHandle, &length);
-    if (result != OPENCLT_OK)
-        return result;
-    length = std::min(length, LLDP_TEXT_MAX);
-    OWNED_ARRAY<char> text = ownedArray<char>(length + 1);
-    if (text == nullptr)
-        return RESULT_NO_MEMORY;
-
-    uint32_t next = 0;
-    for (uint32_t index = 0;
-         rpcclt_openapiLldpIntfRemoteDeviceNextGet(clientHandle, ifNum, index, &next) == OPENCLT_OK && next > index;
-         index = next) {
-        openclt_buffer_t buffer = {length, text.get()};
-        text[0] = '\0';
-        if (read(clientHandle, ifNum, next, &buffer) == OPENCLT_OK && !visit(text.get()))
-            break;
-    }
-    return RESULT_OK;
+    jsonAppendText(static_cast<cJSON *>(array), text);
+    return true;
 }
 
-static int chassisIdRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, openclt_buffer_t *text)
+static bool isNotAudac(void *found, const char *description)
 {
-    uint32_t subtype = 0;
-    return rpcclt_openapiLldpIntfRemoteDeviceChassisIdGet(clientHandle, ifNum, index, &subtype, text);
+    bool *isFound = static_cast<bool *>(found);
+
+    *isFound = strstr(description, AUDAC_KEYWORD) != nullptr;
+    return !*isFound;
 }
