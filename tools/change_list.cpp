@@ -4,10 +4,30 @@
 
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 static void batchRead(CHANGE_BATCH_T *batch, std::map<std::string, unsigned> *fresh);
 static void listTake(CHANGE_LIST_T *list, double now, std::map<std::string, unsigned> *fresh);
+
+bool changeListAllDue(CHANGE_LIST_T *list, bool bySignal, double now)
+{
+    struct stat status = {};
+    bool there = stat(list->cache.c_str(), &status) == 0;
+
+    if (there && status.st_ino != list->inode) {
+        list->inode = status.st_ino;
+        list->beganAt = now;
+        list->signalled = false;
+        list->settled = false;
+        return true;
+    }
+    if (!there || list->settled)
+        return false;
+    list->signalled |= bySignal;
+    list->settled = list->signalled && now - list->beganAt >= SETTLE_SECONDS;
+    return true;
+}
 
 std::map<std::string, unsigned> changeListLook(CHANGE_LIST_T *list, bool bySignal, double now)
 {

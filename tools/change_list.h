@@ -27,8 +27,18 @@ struct CHANGE_BATCH_T {
 
 struct CHANGE_LIST_T {
     std::string path;
+    std::string cache;                 // path of the database
     std::list<CHANGE_BATCH_T> batches; // oldest first
+    ino_t inode = 0;                   // of the database whose table is, or was, read as a whole
+    double beganAt = 0;                // seconds; its first reading
+    bool signalled = false;            // a signal came at a later look
+    bool settled = false;              // it need not be read as a whole any more
 };
+
+// Whether the whole table is to be read at this look, before the list. So it is at the first one, and, as for a batch,
+// until a signal has come after it and SETTLE_SECONDS have passed: an earlier reader may have taken names whose records
+// are not written yet. And so it is when the daemon has put another database in the place of a damaged one.
+bool changeListAllDue(CHANGE_LIST_T *list, bool bySignal, double now);
 
 // One look at the list. `bySignal`: a signal caused it. `now`: seconds on any steady clock. Names whose records are to
 // be read now, each with the number of lines that are new since the last look (0: read again).

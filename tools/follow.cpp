@@ -64,6 +64,7 @@ static int check(FOLLOW_T *follow, int signals);
 static void look(FOLLOW_T *follow, bool bySignal);
 static OWNED_DB cacheOpen();
 static void readAll(FOLLOW_T *follow);
+static void namesAll(const FOLLOW_T *follow, sqlite3 *db, std::map<std::string, unsigned> *names);
 static void readOne(FOLLOW_T *follow, sqlite3 *db, const std::string &name, unsigned announced);
 static void tableDraw(FOLLOW_T *follow);
 static void tablePrint(const FOLLOW_T *follow, size_t first, size_t count, int columns);
@@ -161,6 +162,7 @@ int main(int argc, char **argv)
     sigprocmask(SIG_BLOCK, &blocked, nullptr); // before the daemon can know of this process
     OWNED_FD_T signals(signalfd(-1, &blocked, SFD_CLOEXEC | SFD_NONBLOCK));
     state.list.path = PathGet(PATH_REST_DELTA);
+    state.list.cache = PathGet(PATH_REST_DB);
     state.terminal = isatty(STDOUT_FILENO) && state.expected.empty();
     state.started = steadySeconds();
     if (!idFileWrite()) {
@@ -237,11 +239,14 @@ static int follow(FOLLOW_T *follow, int signals)
 
 static void look(FOLLOW_T *follow, bool bySignal)
 {
+    bool all = changeListAllDue(&follow->list, bySignal, steadySeconds());
     std::map<std::string, unsigned> names = changeListLook(&follow->list, bySignal, steadySeconds());
 
-    if (names.empty())
+    if (names.empty() && !all)
         return;
     OWNED_DB db = cacheOpen();
+    if (all)
+        namesAll(follow, db.get(), &names);
     for (const auto &name : names)
         readOne(follow, db.get(), name.first, name.second);
 }
@@ -320,6 +325,17 @@ static void readAll(FOLLOW_T *follow)
     if (!follow->terminal && follow->expected.empty())
         for (const auto &document : follow->documents)
             linePrint(document.first, document.second, "holds");
+}
+
+// Names of the whole table, and those that may have left it.
+static void namesAll(const FOLLOW_T *follow, sqlite3 *db, std::map<std::string, unsigned> *names)
+{
+    OWNED_STATEMENT statement = db != nullptr ? prepared(db, "SELECT api_name FROM restapi_db") : OWNED_STATEMENT();
+
+    for (const auto &document : follow->documents)
+        (*names)[document.first] += 0;
+    while (statement && sqlite3_step(statement.get()) == SQLITE_ROW)
+        (*names)[columnText(statement.get(), 0)] += 0;
 }
 
 // The record of an announced name; a record that is gone leaves the table.

@@ -1,0 +1,312 @@
+// kills.cpp - kills the daemon while it writes, again and again, with a reader attached, and looks at what is left.
+//
+// Two scenarios take turns at a frozen time, so that each start rewrites every document and each document has two right
+// texts. Half of the kills come just before the n-th write to the cache file, the others a moment after a name was
+// announced. Now and then one whole cycle may end; then every record must be that of a clean run, and announced.
+
+#include "proof.h"
+
+#include <atomic>
+#include <cinttypes>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+constexpr unsigned CHECK_EVERY = 50;
+constexpr double CYCLE_LIMIT = 60; // seconds
+constexpr unsigned ANNOUNCED_MAX = 25;
+static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios/";
+static const char *const turns[] = {"studio-52", "two-port"};
+
+struct TALLY_T {
+    unsigned atWrite = 0, atInstant = 0, late = 0; // late: the cycle ended before the kill
+    std::map<std::string, unsigned> bad;           // what is wrong with the file: how often
+    unsigned cut = 0, mixed = 0;                   // records of sound files
+    unsigned setAside = 0, deleted = 0;            // by the daemon
+    unsigned checks = 0, failures = 0;
+};
+
+struct READER_T {
+    std::atomic<bool> stop{false};
+    std::atomic<uint64_t> reads{0}, refused{0}, records{0}, damaged{0};
+};
+
+static std::string root, db;
+static RECORDS_T clean[2];
+static std::set<std::string> clockNames;     // their texts follow the time of day
+static unsigned writesOfRun[2] = {300, 300}; // to the cache file, about
+static TALLY_T tally;
+static READER_T reader;
+
+static std::string path(const char *name)
+{
+    return root + "/tmp/" + name;
+}
+
+static void failed(const std::string &what)
+{
+    tally.failures++;
+    printf("FAILED: %s\n", what.c_str());
+}
+
+static bool rootMake()
+{
+    char name[] = "/tmp/dk_XXXXXX";
+
+    if (mkdtemp(name) == nullptr)
+        return false;
+    root = name;
+    db = path("restapi_db");
+    std::string command = std::string("/usr/bin/python3 " DEVMGR_SOURCE_DIR "/tools/seed.py --few-ouis --log-level 7"
+                                      " --scenario ") +
+                          SCENARIOS + turns[0] + ".json --cache " + root + " " + root + " >/dev/null";
+    return system(command.c_str()) == 0;
+}
+
+static pid_t start(unsigned turn, unsigned killAt)
+{
+    std::vector<std::string> variables = {"VSWITCH_TIME=600",
+                                          std::string("VSWITCH_SCENARIO=") + SCENARIOS + turns[turn] + ".json"};
+    if (killAt != 0) {
+        variables.push_back("LD_PRELOAD=" KILL_LIBRARY);
+        variables.push_back("PROOF_KILL_FILE=" + db);
+        variables.push_back("PROOF_KILL_AT=" + std::to_string(killAt));
+        variables.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
+    }
+    return daemonStart(root, variables);
+}
+
+static bool cycleEnded()
+{
+    return fileText(path("tk830.log")).find("] GetAllRestApiData() End") != std::string::npos;
+}
+
+// The log of one run is counted and removed.
+static void logTake()
+{
+    std::istringstream log(fileText(path("tk830.log")));
+
+    for (std::string line; std::getline(log, line);) {
+        tally.setAside += line.find("[restDbSetAside:") != std::string::npos;
+        tally.deleted += line.find("[restDbCheck:") != std::string::npos;
+    }
+    (void)unlink(path("tk830.log").c_str());
+}
+
+static void wholeCycle(unsigned turn)
+{
+    double limit = steadySeconds() + CYCLE_LIMIT;
+    pid_t daemon = start(turn, 0);
+
+    while (!cycleEnded()) {
+        if (steadySeconds() > limit || ended(daemon)) {
+            failed("the first cycle does not end");
+            break;
+        }
+        usleep(2000);
+    }
+    end(daemon, SIGTERM);
+    logTake();
+}
+
+// Texts of a run that nobody disturbs; twice each, at another time of day.
+static void cleanRuns()
+{
+    for (unsigned turn = 0; turn < 2; turn++) {
+        for (int again = 0; again < 2; again++) {
+            RECORDS_T records;
+            (void)unlink(db.c_str());
+            wholeCycle(turn);
+            if (recordsRead(db, &records) != SQLITE_DONE)
+                failed("a clean run leaves no cache");
+            for (const auto &[name, text] : records) {
+                if (again == 1 && clean[turn][name] != text)
+                    clockNames.insert(name);
+            }
+            clean[turn] = records;
+            usleep(1100 * 1000);
+        }
+    }
+    std::string names;
+    for (const std::string &name : clockNames)
+        names += " " + name;
+    printf("%zu documents; those with the time of day in them:%s\n", clean[0].size(), names.c_str());
+}
+
+// Kill it before its n-th write to the cache, or at a random moment after it has announced so many names.
+static void killOnce(unsigned round)
+{
+    unsigned turn = round % 2, killAt = round % 4 < 2 ? 1 + roll(writesOfRun[turn]) : 0;
+    bool atWrite = killAt != 0;
+    struct stat list;
+    unsigned announced = 0, wanted = 1 + roll(ANNOUNCED_MAX);
+    off_t size = 0;
+    bool late = false;
+
+    (void)unlink(path("rest_db_api_delta.txt").c_str());
+    pid_t daemon = start(turn, killAt);
+    for (unsigned looks = 1; !ended(daemon) && announced < wanted && !late; looks++) {
+        if (!atWrite && stat(path("rest_db_api_delta.txt").c_str(), &list) == 0 && list.st_size != size) {
+            size = list.st_size;
+            announced++;
+        }
+        if (atWrite)
+            usleep(1000);
+        late = looks % (atWrite ? 4 : 4000) == 0 && cycleEnded();
+    }
+    if (!atWrite) {
+        double until = steadySeconds() + roll(400) / 1e6;
+        while (steadySeconds() < until) {
+        }
+    }
+    end(daemon, SIGKILL);
+    if (late && atWrite)
+        writesOfRun[turn] -= (writesOfRun[turn] - killAt) / 8;
+    (late ? tally.late : atWrite ? tally.atWrite : tally.atInstant)++;
+    logTake();
+}
+
+// What the kill left, looked at in a copy.
+static void inspect()
+{
+    std::string copy = path("copy");
+    sqlite3 *opened = nullptr;
+    sqlite3_stmt *prepared = nullptr;
+    RECORDS_T records;
+    std::error_code missing;
+
+    std::filesystem::copy_file(db, copy, std::filesystem::copy_options::overwrite_existing, missing);
+    if (missing)
+        return;
+    int result = sqlite3_open(copy.c_str(), &opened);
+    OWNED_DB owned(opened);
+    if (result == SQLITE_OK)
+        result = sqlite3_prepare_v2(opened, "PRAGMA integrity_check(1)", -1, &prepared, nullptr);
+    OWNED_STATEMENT check(prepared);
+    if (result == SQLITE_OK)
+        result = sqlite3_step(prepared);
+    std::string said = result == SQLITE_ROW ? reinterpret_cast<const char *>(sqlite3_column_text(prepared, 0))
+                                            : sqlite3_errmsg(opened);
+    if (said.compare(0, 4, "*** ") == 0) // "*** in database main ***", then what is wrong there
+        said.erase(0, said.find('\n') + 1);
+    if (said != "ok") {
+        std::string kind; // pages and rows differ
+        for (char letter : said) {
+            if (letter < '0' || letter > '9')
+                kind += letter == '\n' ? ' ' : letter;
+            else if (kind.empty() || kind.back() != '#')
+                kind += '#';
+        }
+        tally.bad[kind.substr(0, 40)]++;
+        return;
+    }
+    (void)recordsRead(copy, &records); // none before the table is made
+    for (const auto &[name, text] : records) {
+        if (!parses(text))
+            tally.cut++;
+        else if (clockNames.count(name) == 0 && text != clean[0][name] && text != clean[1][name])
+            tally.mixed++;
+    }
+}
+
+static std::set<std::string> announcedNames()
+{
+    std::istringstream list(fileText(path("rest_db_api_delta.txt")));
+    std::set<std::string> names;
+
+    for (std::string line; std::getline(list, line);)
+        names.insert(line);
+    return names;
+}
+
+static void checkCycle(unsigned round)
+{
+    RECORDS_T before, after;
+    std::string at = " after kill " + std::to_string(round);
+
+    (void)recordsRead(db, &before); // as far as it can be read
+    (void)unlink(path("rest_db_api_delta.txt").c_str());
+    wholeCycle(0);
+    if (recordsRead(db, &after) != SQLITE_DONE)
+        failed("the cache cannot be read" + at);
+    std::set<std::string> announced = announcedNames();
+    for (const auto &[name, text] : clean[0]) {
+        bool right =
+            after.count(name) != 0 && (clockNames.count(name) != 0 ? parses(after[name]) : after[name] == text);
+        if (!right)
+            failed(name + " is not that of a clean run" + at);
+        if (before[name] != after[name] && announced.count(name) == 0)
+            failed(name + " changed and is not announced" + at);
+    }
+    for (const auto &[name, text] : after) {
+        if (clean[0].count(name) + clean[1].count(name) == 0)
+            failed(name + " is nobody's record" + at);
+    }
+    tally.checks++;
+}
+
+static void readOn()
+{
+    while (!reader.stop) {
+        RECORDS_T records;
+        if (recordsRead(db, &records) != SQLITE_DONE)
+            reader.refused++;
+        for (const auto &[name, text] : records)
+            reader.damaged += !parses(text);
+        reader.reads++;
+        reader.records += records.size();
+        usleep(500);
+    }
+}
+
+static void report()
+{
+    unsigned bad = 0;
+
+    for (const auto &[said, times] : tally.bad)
+        bad += times;
+    printf("kills: %u before a write to the cache file, %u at a random moment after an announcement, %u more after the"
+           " first cycle\n",
+           tally.atWrite, tally.atInstant, tally.late);
+    printf("file bad %u times:\n", bad);
+    for (const auto &[said, times] : tally.bad)
+        printf("  %4u %s\n", times, said.c_str());
+    printf("in sound files: %u records cut, %u of mixed text\n", tally.cut, tally.mixed);
+    printf("the daemon set %u files aside and deleted %u records\n", tally.setAside, tally.deleted);
+    printf("reader: %" PRIu64 " reads of the table, %" PRIu64 " not served, %" PRIu64 " records, %" PRIu64
+           " damaged until the next start\n",
+           reader.reads.load(), reader.refused.load(), reader.records.load(), reader.damaged.load());
+    printf("%u whole cycles compared with a clean run: %u failures\n", tally.checks, tally.failures);
+}
+
+int main(int argc, char **argv)
+{
+    unsigned kills = argc > 1 ? static_cast<unsigned>(strtoul(argv[1], nullptr, 10)) : 1000;
+    std::error_code ignored; // a temporary folder that cannot be removed harms nobody
+
+    setvbuf(stdout, nullptr, _IOLBF, 0);
+    if (!rootMake()) {
+        fputs("kills: the root cannot be made\n", stderr);
+        return 1;
+    }
+    cleanRuns();
+    std::thread attached(readOn);
+    for (unsigned round = 1; tally.atWrite + tally.atInstant < kills && tally.failures == 0; round++) {
+        killOnce(round);
+        inspect();
+        if (round % CHECK_EVERY == 0)
+            checkCycle(round);
+    }
+    checkCycle(kills);
+    reader.stop = true;
+    attached.join();
+    report();
+    if (tally.failures == 0)
+        std::filesystem::remove_all(root, ignored);
+    else
+        printf("the root stays for a look: %s\n", root.c_str());
+    return tally.failures == 0 ? 0 : 1;
+}
