@@ -10,8 +10,13 @@
 
 bool vsRefuse(VS_READ_T &read, const VS_NODE_T &node, const std::string &expected)
 {
-    if (read.error.empty())
-        read.error = read.file + ":" + std::to_string(node.line) + ": " + node.key + ": " + expected;
+    if (!read.error.empty())
+        return false;
+    read.error = read.file + ":" + std::to_string(node.line) + ": " + node.key + ": " + expected;
+    for (char &c : read.error) {
+        if (static_cast<unsigned char>(c) < ' ')
+            c = ' '; // a key or a path from the file must not end the one line
+    }
     return false;
 }
 
