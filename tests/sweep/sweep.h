@@ -87,9 +87,11 @@ std::vector<CASE_T> casesOf(SWEEP_T *sweep, const DOCUMENT_T &document, const CL
 void caseRun(const CASE_T &one, const DOCUMENT_T &document);
 
 // The passes: each call and command of a document; each of everything, a part of many; each allocation of a document;
-// each file operation of a document; the store, with each allocation and file operation of each of its operations.
+// each file operation of a document; the store, with each allocation and file operation of each of its operations; each
+// file of everything, with other things in its place, a part of many.
 void documentFaults(SWEEP_T *sweep, const DOCUMENT_T &document);
 void cycleFaults(SWEEP_T *sweep, unsigned part, unsigned parts);
 void documentAllocations(SWEEP_T *sweep, const DOCUMENT_T &document);
 void documentFiles(SWEEP_T *sweep, const DOCUMENT_T &document);
 void storeFailures(SWEEP_T *sweep);
+void placesFailures(SWEEP_T *sweep, unsigned part, unsigned parts);
