@@ -11,6 +11,7 @@
 #include "restcache/writeback.h"
 #include "runtime/clock.h"
 #include "runtime/document.h"
+#include "runtime/files.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/osutils.h"
@@ -348,7 +349,7 @@ static bool fiberRequested()
     char text[64];
     char *end = nullptr;
     time_t now = ClockSeconds();
-    OWNED_FILE request(fopen(PathGet(PATH_FIBER_REQUEST), "re"));
+    OWNED_FILE request(fileOpenRead(PathGet(PATH_FIBER_REQUEST)));
 
     if (request == nullptr)
         return false;

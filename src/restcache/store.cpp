@@ -7,6 +7,7 @@
 
 #include "restcache/store_access.h"
 #include "restcache/store_recovery.h"
+#include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
@@ -62,7 +63,10 @@ int restapi_db_operation(int operation, const char *apiName, const char *data)
 int restDbOpen(int flags, OWNED_DB *db)
 {
     sqlite3 *opened = nullptr;
-    int result = sqlite3_open_v2(PathGet(PATH_REST_DB), &opened, flags, nullptr);
+
+    if (!fileMayBeMade(PathGet(PATH_REST_JOURNAL)))
+        (void)unlink(PathGet(PATH_REST_JOURNAL)); // SQLite would wait at a pipe; what stays it reports
+    int result = fileOpenDatabase(PathGet(PATH_REST_DB), flags, &opened);
 
     db->reset(opened);
     if (result == SQLITE_OK)
@@ -73,7 +77,7 @@ int restDbOpen(int flags, OWNED_DB *db)
 // One line, in one write, so that a reader who renames the list between two lines loses nothing.
 bool restDbAnnounce(const char *apiName)
 {
-    FILE *delta = fopen(PathGet(PATH_REST_DELTA), "ae");
+    FILE *delta = fileOpenAppend(PathGet(PATH_REST_DELTA));
 
     if (delta == nullptr)
         return false;
@@ -99,7 +103,7 @@ int rest_db_lock_acquire(const char *name, int *fd)
         LOG_ERROR("rest_db_lock_acquire: path too long for '%s'\n", name);
         return RESULT_ERROR;
     }
-    OWNED_FD_T lock(open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    OWNED_FD_T lock(fileOpenMake(path, 0, 0600));
     if (lock.fd < 0) {
         LOG_ERROR("rest_db_lock_acquire: open(%s) failed: %s\n", path, strerror(errno));
         return RESULT_ERROR;
@@ -148,7 +152,7 @@ void send_signal_to_ws()
 
     if (access(path, F_OK) != 0)
         return;
-    OWNED_FILE ids(fopen(path, "re"));
+    OWNED_FILE ids(fileOpenRead(path));
     if (ids == nullptr) {
         LOG_ERROR("%s(): Unable to open file\n", __func__);
         return;
@@ -313,7 +317,7 @@ static bool isDirectory(const char *path)
 {
     struct stat status;
 
-    return stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+    return lstat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 // The next decimal number of a line. One beyond int becomes 0, an id that is never signalled.

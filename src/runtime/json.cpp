@@ -4,6 +4,7 @@
 // when the JSON library gives nothing back: it frees what it could not attach, so only the mark is left to do.
 #include "runtime/json.h"
 
+#include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/result.h"
 #include "runtime/utf8.h"
@@ -121,7 +122,7 @@ int jsonPrintInto(const cJSON *tree, JSON_FORM form, char *buffer, size_t size)
 
 OWNED_JSON jsonFileLoad(const char *path)
 {
-    OWNED_FILE stream(fopen(path, "re"));
+    OWNED_FILE stream(fileOpenRead(path));
     size_t size = 0;
     if (!stream || !fileSize(stream.get(), &size))
         return nullptr;
@@ -140,8 +141,7 @@ static cJSON *lost(cJSON *added)
     return added;
 }
 
-// Size of a file that holds something, the stream back at its begin. False for an empty file and for a directory,
-// which opens and gives no sensible size.
+// Size of a file that holds something, the stream back at its begin. False for an empty one.
 static bool fileSize(FILE *stream, size_t *size)
 {
     if (fseek(stream, 0, SEEK_END) != 0)

@@ -11,6 +11,7 @@
 #include "runtime/log.h"
 
 #include "runtime/clock.h"
+#include "runtime/files.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
@@ -19,7 +20,6 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
-#include <fcntl.h>
 #include <mutex>
 #include <pthread.h>
 
@@ -131,7 +131,7 @@ static void logClose()
 
 static void levelFileOpen()
 {
-    OWNED_FD_T level(open(PathGet(PATH_LOG_LEVEL), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    OWNED_FD_T level(fileOpenMake(PathGet(PATH_LOG_LEVEL), 0, 0666));
     if (level.fd < 0 || ftruncate(level.fd, LEVEL_FILE_SIZE) != 0)
         return;
     char digit = 0;
@@ -146,7 +146,7 @@ static void levelFileOpen()
 static void logFileOpen()
 {
     logState.bytesWritten = 0;
-    logState.file = fopen(PathGet(PATH_LOG), "a+e");
+    logState.file = fileOpenAppend(PathGet(PATH_LOG));
     if (logState.file == nullptr || fseeko(logState.file, 0, SEEK_END) != 0)
         return;
     off_t size = ftello(logState.file);
@@ -237,7 +237,7 @@ static void logRotate()
     (void)fclose(logState.file);
     (void)remove(PathGet(PATH_LOG_OLD));
     (void)rename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD));
-    logState.file = fopen(PathGet(PATH_LOG), "a+e");
+    logState.file = fileOpenAppend(PathGet(PATH_LOG));
     logState.bytesWritten = 0;
 }
 

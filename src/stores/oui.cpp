@@ -3,6 +3,7 @@
 // The vendor table: some 36,000 rows of the OUI database, read once and kept sorted for binary search. The database is
 // shipped with the web interface and only read. Uses SQLite and the paths of runtime/.
 
+#include "runtime/files.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
@@ -80,7 +81,7 @@ void ouiTableReset()
 bool rowsLoad(OUI_TABLE_T *table)
 {
     sqlite3 *opened = nullptr;
-    int result = sqlite3_open_v2(PathGet(PATH_OUI_DB), &opened, SQLITE_OPEN_READONLY, nullptr);
+    int result = fileOpenDatabase(PathGet(PATH_OUI_DB), SQLITE_OPEN_READONLY, &opened);
     OWNED_DB db(opened);
     if (result != SQLITE_OK)
         return false;

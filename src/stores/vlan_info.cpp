@@ -4,6 +4,7 @@
 // which another program replaces is picked up at the next call. Opening never creates the file, and is read-only where
 // nothing is written. Uses SQLite, and the logger and paths of runtime/.
 
+#include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
 #include "switch/columns.h"
@@ -136,7 +137,7 @@ namespace {
 int databaseOpen(const char *caller, int flags, OWNED_DB *db)
 {
     sqlite3 *opened = nullptr;
-    int result = sqlite3_open_v2(PathGet(PATH_VLANINFO_DB), &opened, flags, nullptr);
+    int result = fileOpenDatabase(PathGet(PATH_VLANINFO_DB), flags, &opened);
     db->reset(opened);
     if (result != SQLITE_OK)
         LOG_ERROR_AS(caller, "Can't open database: %s\r\n", sqlite3_errmsg(opened));

@@ -3,12 +3,14 @@
 // Runs show commands through the platform and reads their output files. SHOW_FILE_T is the road of one file from the
 // command to its removal; the two readers that other processes run into the same files take a lock file around it.
 
+#include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
 #include "runtime/result.h"
 #include "switch/columns.h"
 
 #include <cstring>
+#include <fcntl.h>
 #include <sys/file.h>
 
 namespace {
@@ -207,7 +209,7 @@ int requestRun(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQU
 
 int openAtPath(SHOW_FILE_T *show, const SHOW_REQUEST_T &request)
 {
-    show->stream = fopen(show->path, "re");
+    show->stream = fileOpenRead(show->path);
     if (show->stream != nullptr)
         return RESULT_OK;
     openFailureLog(request, show->path);
@@ -233,15 +235,15 @@ void openFailureLog(const SHOW_REQUEST_T &request, const char *path)
 
 template <typename READER> int lockedRun(PATH_ID lockFile, const char *name, READER reader)
 {
-    OWNED_FILE lock(fopen(PathGet(lockFile), "w+e"));
-    if (lock == nullptr)
+    OWNED_FD_T lock(fileOpenMake(PathGet(lockFile), O_TRUNC, 0666));
+    if (lock.fd < 0)
         return RESULT_FAILED;
-    if (flock(fileno(lock.get()), LOCK_EX) != 0) {
+    if (flock(lock.fd, LOCK_EX) != 0) {
         LOG_ERROR_AS(name, "File lock failed\n");
         return RESULT_FAILED;
     }
     int result = reader();
-    if (flock(fileno(lock.get()), LOCK_UN) != 0) {
+    if (flock(lock.fd, LOCK_UN) != 0) {
         LOG_ERROR_AS(name, "File unlock failed\n");
         return RESULT_FAILED;
     }

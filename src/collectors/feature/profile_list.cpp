@@ -6,6 +6,7 @@
 // the build.
 
 #include "runtime/clock.h"
+#include "runtime/files.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
@@ -132,7 +133,7 @@ static void rowsRead(ROWS_T *rows)
     sqlite3 *opened = nullptr;
     sqlite3_stmt *prepared = nullptr;
 
-    int result = sqlite3_open_v2(PathGet(PATH_VLANINFO_DB), &opened, SQLITE_OPEN_READONLY, nullptr);
+    int result = fileOpenDatabase(PathGet(PATH_VLANINFO_DB), SQLITE_OPEN_READONLY, &opened);
     db.reset(opened); // to be closed also when it failed
     if (result != SQLITE_OK)
         return;
