@@ -1,0 +1,38 @@
+# What is installed, in two components: "devmgr" goes on a switch, "virtual" adds the virtual switch beside it.
+include(GNUInstallDirs)
+set(DEVMGR_VIRTUAL_DIR ${CMAKE_INSTALL_FULL_LIBEXECDIR}/devmgr)
+set(DEVMGR_SCENARIO_DIR ${CMAKE_INSTALL_FULL_DATADIR}/devmgr/scenarios)
+set(DEVMGR_DEFAULTS ${CMAKE_INSTALL_FULL_SYSCONFDIR}/default)
+set(units lib/systemd/system) # below any prefix: systemd looks into /lib, /usr/lib and /usr/local/lib
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME devmgr)
+set(packaging ${CMAKE_SOURCE_DIR}/packaging)
+set(made ${CMAKE_BINARY_DIR}/packaging)
+foreach(file devmgr.service devmgr-virtual.service run-virtual)
+    configure_file(${packaging}/${file}.in ${made}/${file} @ONLY)
+endforeach()
+
+add_custom_command(OUTPUT ${made}/devmgr.8.gz DEPENDS ${CMAKE_SOURCE_DIR}/docs/devmgr.8
+    COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/docs/devmgr.8 > ${made}/devmgr.8.gz VERBATIM)
+add_custom_target(man_page ALL DEPENDS ${made}/devmgr.8.gz)
+add_dependencies(devmgr man_page)
+
+install(TARGETS devmgr COMPONENT devmgr)
+install(FILES ${made}/devmgr.service DESTINATION ${units} COMPONENT devmgr)
+install(FILES ${packaging}/devmgr.default DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/default RENAME devmgr COMPONENT devmgr)
+install(FILES ${made}/devmgr.8.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT devmgr)
+install(FILES README.md CHANGELOG.md docs/architecture.md docs/consuming.md docs/documents.md docs/porting.md
+    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
+install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
+
+if(TARGET vswitch)
+    set(virtual_dir ${CMAKE_INSTALL_LIBEXECDIR}/devmgr)
+    set_target_properties(vswitch writeback docnames PROPERTIES INSTALL_RPATH $ORIGIN)
+    install(TARGETS openclt proc_libs vswitch follow writeback docnames COMPONENT virtual
+        RUNTIME DESTINATION ${virtual_dir} LIBRARY DESTINATION ${virtual_dir})
+    install(PROGRAMS tools/seed.py ${made}/run-virtual DESTINATION ${virtual_dir} COMPONENT virtual)
+    install(DIRECTORY platform/virtual/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/devmgr COMPONENT virtual)
+    install(FILES ${made}/devmgr-virtual.service DESTINATION ${units} COMPONENT virtual)
+    install(FILES ${packaging}/devmgr-virtual.default DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/default
+        RENAME devmgr-virtual COMPONENT virtual)
+    install(FILES docs/scenarios.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT virtual)
+endif()

@@ -1,0 +1,11 @@
+# 64-bit Arm with Debian's cross compiler; libraries of that architecture stand in its multiarch folders.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
+set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
+set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/aarch64-linux-gnu/pkgconfig:/usr/share/pkgconfig)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+find_program(qemu_aarch64 NAMES qemu-aarch64-static qemu-aarch64)
+if(qemu_aarch64)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${qemu_aarch64})
+endif()
