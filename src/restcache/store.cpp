@@ -289,11 +289,12 @@ static int recordDelete(sqlite3 *db, const char *apiName)
         result = sqlite3_bind_text(erase.get(), 1, apiName, -1, SQLITE_STATIC);
     if (result == SQLITE_OK)
         result = sqlite3_step(erase.get());
-    if (result != SQLITE_DONE)
-        return sqlErrorLog(db, result);
-    (void)restDbAnnounce(apiName); // the record is gone whether or not that can be told; the flag still signals it
-    restDbChanged = 1;
-    return RESULT_OK;
+    bool gone = result == SQLITE_DONE || (result & 0xFF) == SQLITE_IOERR; // which may come after the deletion
+    if (gone) {
+        (void)restDbAnnounce(apiName); // the record is gone whether or not that can be told; the flag still signals it
+        restDbChanged = 1;
+    }
+    return result == SQLITE_DONE ? RESULT_OK : sqlErrorLog(db, result);
 }
 
 static int statementPrepare(sqlite3 *db, const char *sql, OWNED_STATEMENT *statement)
