@@ -24,20 +24,19 @@ static const DM_TASK_T dmTaskTable[] = {
 
 constexpr int EXIT_USAGE = 2;
 
-static const char usageText[] =
-    "usage: devmgr [--root DIR] [--tick-ms N]\n"
-    "Keeps the REST cache of a managed AV switch filled and fresh.\n"
-    "\n"
-    "  --root DIR    put all files under DIR (an existing writable directory, at most\n"
-    "                18 characters); default: none, the switch's own root\n"
-    "  --tick-ms N   length of one second of waiting in milliseconds, 1 to 60000\n"
-    "                (default 1000; for tests)\n"
-    "  --help        show this text\n"
-    "  --version     show the version\n"
-    "\n"
-    "Signals: SIGTERM, SIGHUP and SIGQUIT end it at once with status 2.\n"
-    "Status: 1 when it cannot start, 2 for a wrong option or root.\n"
-    "The log level and all files are described in devmgr(8).\n";
+static const char usageText[] = "usage: devmgr [--root DIR] [--tick-ms N]\n"
+                                "Keeps the REST cache of a managed AV switch filled and fresh.\n"
+                                "\n"
+                                "  --root DIR    put all files under DIR (an existing writable directory, at most\n"
+                                "                18 characters); default: none, the switch's own root\n"
+                                "  --tick-ms N   length of one second of waiting in milliseconds, 1 to 60000\n"
+                                "                (default 1000; for tests)\n"
+                                "  --help        show this text\n"
+                                "  --version     show the version\n"
+                                "\n"
+                                "Signals: SIGTERM, SIGHUP and SIGQUIT end it at once with status 2.\n"
+                                "Status: 1 when it cannot start, 2 for a wrong option or root.\n"
+                                "The log level and all files are described in devmgr(8).\n";
 
 static int usageError(const char *what, const char *value, const char *why)
 {
