@@ -11,6 +11,7 @@
 // Longest escape: "\u001f" with its terminator.
 constexpr size_t ESCAPE_SIZE = 7;
 
+static bool asItIs(char character);
 static size_t characterEscape(char character, JSON_CONTROLS controls, char escape[ESCAPE_SIZE]);
 
 size_t jsonEscape(const char *text, JSON_CONTROLS controls, char *out, size_t size)
@@ -20,6 +21,12 @@ size_t jsonEscape(const char *text, JSON_CONTROLS controls, char *out, size_t si
     if (size == 0)
         return 0;
     while (*text != '\0') {
+        if (asItIs(*text)) { // nearly all of a text
+            if (length + 1 >= size)
+                break;
+            out[length++] = *text++;
+            continue;
+        }
         char escape[ESCAPE_SIZE];
         size_t taken = utf8Length(text);
         size_t given = taken;
@@ -41,6 +48,12 @@ size_t jsonEscape(const char *text, JSON_CONTROLS controls, char *out, size_t si
     }
     out[length] = '\0';
     return length;
+}
+
+static bool asItIs(char character)
+{
+    auto byte = static_cast<unsigned char>(character);
+    return byte >= 0x20 && byte < 0x80 && character != '"' && character != '\\';
 }
 
 static size_t characterEscape(char character, JSON_CONTROLS controls, char escape[ESCAPE_SIZE])
