@@ -1,14 +1,11 @@
 #include <algorithm>
 #include <control.h>
-#include <cstring>
-#include <dlfcn.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <model.h>
 #include <openclt.h>
 #include <regex>
 #include <sstream>
-#include <sys/wait.h>
 #include <unistd.h>
 
 // Faults, literal texts, counting, latency, and what happens when a scenario's file changes or does not load.
@@ -56,7 +53,6 @@ protected:
     }
     void TearDown() override
     {
-        vsObserverSet(nullptr, nullptr);
         vsClockRun();
         vsUnload();
         EXPECT_EQ(system(("rm -r " + folder).c_str()), 0);
@@ -147,13 +143,6 @@ TEST_F(Control, ShowCommandsCanBeSpoiled)
     EXPECT_EQ(show("show it").text, garbage);
 }
 
-TEST_F(Control, AnUnknownCommandFailsAndLeavesNoFile)
-{
-    SHOWN_T shown = show("show nothing");
-    EXPECT_EQ(shown.result, OPENCLT_FAIL);
-    EXPECT_FALSE(shown.file);
-}
-
 TEST_F(Control, LiteralTextsGoBeforeTheRendered)
 {
     fileSet(folder + "/v.txt", "from a file\r\n");
@@ -163,40 +152,6 @@ TEST_F(Control, LiteralTextsGoBeforeTheRendered)
     EXPECT_EQ(show("show vlan").text, "from a file\r\n");
     EXPECT_EQ(show("show a").text, "x");
     EXPECT_EQ(show("show b").text, "1\n2\n");
-}
-
-TEST_F(Control, CallsAreCountedAndSeen)
-{
-    std::string seen;
-    vsObserverSet(
-        [](void *context, const char *name, const char *key, bool isCommand) {
-            *static_cast<std::string *>(context) += std::string(isCommand ? "$" : "") + name + "(" + key + ") ";
-        },
-        &seen);
-    uint32_t size;
-    EXPECT_EQ(nameGet(2), 0);
-    EXPECT_EQ(rpcclt_openapiSystemNameMaxSizeGet(&handle, &size), 0);
-    show("show vlan");
-    EXPECT_EQ(seen, "openapiIfNameGet(2) openapiSystemNameMaxSizeGet() $show vlan(show vlan) ");
-    EXPECT_EQ(vsCallCount("openapiIfNameGet"), 1u);
-    EXPECT_EQ(vsCallCount("rpcclt_openapiCliShowExecuteToFile"), 1u);
-    EXPECT_EQ(vsCallCount("show vlan"), 1u);
-    EXPECT_EQ(vsCallCount(""), 3u);
-    vsCallsReset();
-    EXPECT_EQ(vsCallCount(""), 0u);
-    EXPECT_EQ(vsCallCount("show vlan"), 0u);
-}
-
-TEST_F(Control, ACallTakesAsLongAsTheScenarioSays)
-{
-    ASSERT_EQ(vsLoadText(R"({"units": {"1": {"model": "TK620-R01"}},
-        "latency": [{"call": "rpcclt_openapiIfNumGet", "microseconds": 1}, {"call": "openapiIfNameGet", "microseconds": 30000}]})"),
-              "");
-    timespec before, after;
-    clock_gettime(CLOCK_MONOTONIC, &before);
-    EXPECT_EQ(nameGet(1), 0);
-    clock_gettime(CLOCK_MONOTONIC, &after);
-    EXPECT_GE((after.tv_sec - before.tv_sec) * 1'000'000'000 + after.tv_nsec - before.tv_nsec, 30'000'000);
 }
 
 // Files are looked at every tenth of a second; calls go on until the state has the name, at most five seconds.
@@ -245,34 +200,4 @@ TEST_F(Control, EveryCallOfTheHeaderIsListed)
     for (const char *const *name = vsCallNames; *name != nullptr; name++)
         listed.emplace_back(*name);
     EXPECT_EQ(listed, declared);
-}
-
-// Each call is made with zeroed memory behind every pointer; no call has more than eight arguments.
-TEST_F(Control, WithoutAScenarioEveryCallFailsAndWritesNothing)
-{
-    vsUnload();
-    using CALL_T = int (*)(void *, void *, void *, void *, void *, void *, void *, void *);
-    static char memory[8][65536];
-    static const char zeros[sizeof memory[0]] = {};
-    for (const char *const *name = vsCallNames; *name != nullptr; name++) {
-        CALL_T call = reinterpret_cast<CALL_T>(dlsym(RTLD_DEFAULT, *name));
-        ASSERT_NE(call, nullptr) << *name;
-        memset(memory, 0, sizeof memory);
-        int result = call(memory[0], memory[1], memory[2], memory[3], memory[4], memory[5], memory[6], memory[7]);
-        EXPECT_EQ(result, OPENCLT_FAIL) << *name;
-        for (const auto &block : memory)
-            EXPECT_EQ(memcmp(block, zeros, sizeof block), 0) << *name;
-    }
-}
-
-// What the daemon's process sees when VSWITCH_SCENARIO is set.
-TEST_F(Control, AProcessWhoseScenarioDoesNotLoadIsNotStarted)
-{
-    fileSet(folder + "/bad.json", "{\"units\": 5}");
-    std::string command =
-        "VSWITCH_SCENARIO=" + folder + "/bad.json " DEVMGR_BINARY " --version >" + folder + "/out 2>" + folder + "/err";
-    int status = system(command.c_str());
-    EXPECT_EQ(WEXITSTATUS(status), 2);
-    EXPECT_EQ(fileText(folder + "/out"), "");
-    EXPECT_EQ(fileText(folder + "/err"), folder + "/bad.json:1: units: expected an object\n");
 }

@@ -53,26 +53,6 @@ TEST(Movement, CountersGrowWithUpTimeOnlyAndNeverFallBack)
                   vsCounter(steady, 13, now) + vsCounter(steady, 14, now) + vsCounter(steady, 15, now));
 }
 
-TEST(Movement, RateStaysNearItsSettingAndIsNothingWhileDown)
-{
-    VS_INTERFACE_T interface;
-    interface.linkUp = true;
-    interface.outRate = 1000000;
-    interface.down = {50, 10, 0};
-    EXPECT_EQ(vsRate(interface, false, 55), 0u);
-    EXPECT_EQ(vsCounter(interface, 59, 55), 0u);
-    uint64_t least = UINT64_MAX, most = 0;
-    for (double now = 100; now < 300; now++) {
-        least = std::min(least, vsRate(interface, false, now));
-        most = std::max(most, vsRate(interface, false, now));
-    }
-    EXPECT_GE(least, 900000u);
-    EXPECT_LE(most, 1100000u);
-    EXPECT_GT(most, least + 50000);
-    interface.adminUp = false;
-    EXPECT_EQ(vsCounter(interface, 20, 300), 0u);
-}
-
 TEST(Movement, ALagIsUpWhileOneMemberIs)
 {
     ASSERT_EQ(
@@ -90,33 +70,4 @@ TEST(Movement, ALagIsUpWhileOneMemberIs)
     EXPECT_FALSE(vsLagUp(state, state.lags[1], 0));
     EXPECT_FALSE(vsLinkUp(state, *vsPortAt(state, 2, 0, 1), 49));
     EXPECT_TRUE(vsLinkUp(state, *vsPortAt(state, 2, 0, 1), 50));
-}
-
-TEST(Movement, WhatWasLearnedOnAUnitGoesWithIt)
-{
-    ASSERT_EQ(
-        vsLoadText(R"({"units": {"1": {"model": "TK620-R01"}, "2": {"model": "TK620-R01", "present": {"from": 50}}},
-            "lags": {"1": {}}})"),
-        "");
-    const uint32_t lag = vsState().lags[0].ifNum;
-    EXPECT_TRUE(vsLearned(vsState(), 1, {}, 10));
-    EXPECT_TRUE(vsLearned(vsState(), lag, {}, 10));
-    EXPECT_FALSE(vsLearned(vsState(), 13, {}, 10));
-    EXPECT_TRUE(vsLearned(vsState(), 13, {}, 50));
-    EXPECT_FALSE(vsLearned(vsState(), 13, {60, 0, 0}, 50));
-}
-
-TEST(Movement, FrozenTimeGivesTheSameTextsTwice)
-{
-    std::string path = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios/studio-52.json";
-    std::vector<std::string> texts[2];
-    for (auto &run : texts) {
-        ASSERT_EQ(vsLoadFile(path), "");
-        vsClockSet(4711);
-        for (const std::string &command : vsCommandNames())
-            run.push_back(vsShowText(command));
-    }
-    vsClockRun();
-    EXPECT_FALSE(texts[0].empty());
-    EXPECT_EQ(texts[0], texts[1]);
 }

@@ -107,16 +107,3 @@ TEST_P(Chunks, OfAnEarlierPushAreDeleted)
     EXPECT_EQ(std::count(tail.begin(), tail.end(), '\n'), groups ? 256 : 1);
     EXPECT_EQ(cacheRead(name(1)).empty(), groups);
 }
-
-TEST_P(Chunks, AllocationFailures)
-{
-    std::vector<std::string> rows(501, "1");
-    allocFailAt(0, ALLOC_OWN); // the row buffer
-    EXPECT_EQ(push(rows), 10000);
-    EXPECT_EQ(changeList(), "");
-    allocFailAt(1, ALLOC_OWN); // the text of chunk 0
-    EXPECT_EQ(push(rows), GetParam() == CHUNK_NEIGHBORS ? 10000 : 0);
-    EXPECT_EQ(cacheRead(name(0)), "");
-    EXPECT_EQ(cacheRead(name(1)), GetParam() == CHUNK_NEIGHBORS ? "" : record(1, {"1"}, true));
-    EXPECT_TRUE(allocFailStop());
-}

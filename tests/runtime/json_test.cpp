@@ -47,21 +47,6 @@ TEST(Json, EachFailingAllocationGivesNoTextAndTheNextDocumentIsWhole)
     }
 }
 
-TEST(Json, MarkLastsUntilTheDocumentIsPrintedOrBegunAnew)
-{
-    jsonBuildBegin();
-    OWNED_JSON tree(cJSON_CreateObject());
-    jsonAddNumber(nullptr, "lost", 1);
-    EXPECT_TRUE(jsonIncomplete());
-    EXPECT_EQ(jsonPrint(tree.get(), JSON_FORMATTED), nullptr);
-    OWNED_TEXT text(jsonPrint(tree.get(), JSON_FORMATTED));
-    EXPECT_STREQ(text.get(), "{\n}");
-    jsonAppend(nullptr, OWNED_JSON(cJSON_CreateTrue()));
-    EXPECT_EQ(jsonAppendObject(nullptr), nullptr);
-    jsonBuildBegin();
-    EXPECT_FALSE(jsonIncomplete());
-}
-
 TEST(Json, BytesThatAreNoCharacterAreReplaced)
 {
     struct {

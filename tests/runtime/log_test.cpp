@@ -19,32 +19,25 @@
 static const std::string HEADER = "2026-03-01 08:00:00.000 (INFO): kelo_cgi: "; // its length is what counts
 static constexpr size_t LIMIT = 1048576;
 
-struct LEVEL_CASE_T {
-    const char *content; // of the level file before the logger starts; null: no file
-    const char *after;   // its content then
-    int threshold;
-};
-
-class LogLevel : public testing::TestWithParam<LEVEL_CASE_T> {};
-
-TEST_P(LogLevel, DigitOfTheLevelFileDecides)
+TEST(Log, DigitOfTheLevelFileDecides)
 {
-    TEST_ROOT_T root;
-    LEVEL_CASE_T row = GetParam();
-    remove(PathGet(PATH_LOG_LEVEL));
-    if (row.content != nullptr)
-        fileWrite(PathGet(PATH_LOG_LEVEL), row.content);
-    LogInit(LOG_OPTION_FILE, 8, "kelo_cgi");
-    EXPECT_EQ(fileRead(PathGet(PATH_LOG_LEVEL)), std::string(row.after, 4));
-    for (int level = 0; level < 10; level++)
-        EXPECT_EQ(LogEnabled(level), level <= row.threshold) << level;
+    // Its content before the logger starts (null: no file), and then; the threshold.
+    static const struct {
+        const char *content, *after;
+        int threshold;
+    } rows[] = {{nullptr, "6\0\0\0", 6}, {"", "6\0\0\0", 6},        {"x", "6\0\0\0", 6}, {"7\n", "7\n\0\0", 7},
+                {"3", "3\0\0\0", 3},     {"0123456789", "0123", 0}, {"9999", "9999", 9}, {"\xff", "6\0\0\0", 6}};
+    for (const auto &row : rows) {
+        TEST_ROOT_T root;
+        remove(PathGet(PATH_LOG_LEVEL));
+        if (row.content != nullptr)
+            fileWrite(PathGet(PATH_LOG_LEVEL), row.content);
+        LogInit(LOG_OPTION_FILE, 8, "kelo_cgi");
+        EXPECT_EQ(fileRead(PathGet(PATH_LOG_LEVEL)), std::string(row.after, 4));
+        for (int level = 0; level < 10; level++)
+            EXPECT_EQ(LogEnabled(level), level <= row.threshold) << level;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Contents, LogLevel,
-                         testing::Values(LEVEL_CASE_T{nullptr, "6\0\0\0", 6}, LEVEL_CASE_T{"", "6\0\0\0", 6},
-                                         LEVEL_CASE_T{"x", "6\0\0\0", 6}, LEVEL_CASE_T{"7\n", "7\n\0\0", 7},
-                                         LEVEL_CASE_T{"3", "3\0\0\0", 3}, LEVEL_CASE_T{"0123456789", "0123", 0},
-                                         LEVEL_CASE_T{"9999", "9999", 9}, LEVEL_CASE_T{"\xff", "6\0\0\0", 6}));
 
 TEST(Log, WithoutALevelFileTheThresholdIsSix)
 {
@@ -154,16 +147,6 @@ TEST(Log, ThreadsThatCrossTheLimitRotateOnce)
     EXPECT_GT(old.size(), LIMIT);
     EXPECT_LE(old.size(), LIMIT + HEADER.size() + 11);
     EXPECT_EQ(std::count(old.begin(), old.end(), '\n') + std::count(current.begin(), current.end(), '\n'), 1001);
-}
-
-TEST(Log, IdentityIsTheProcessNameWhenNoneIsGiven)
-{
-    TEST_ROOT_T root;
-    LogInit(LOG_OPTION_FILE, -1, nullptr);
-    LogWrite(LOG_LEVEL_INFO, "x\n");
-    std::string name = fileRead("/proc/self/comm");
-    std::string text = fileRead(PathGet(PATH_LOG));
-    EXPECT_EQ(text.substr(text.find(" (")), " (INFO): " + name.substr(0, name.size() - 1) + ": x\n");
 }
 
 TEST(Log, DestinationsByOptionAndFallBack)

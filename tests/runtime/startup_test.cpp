@@ -48,15 +48,13 @@ static void timedTask(intptr_t)
     fileWrite(PathGet(PATH_REST_DELTA), "three");
 }
 
-struct FAILING_CASE_T {
-    const char *what;
-    DM_TASK_T table[6];
-    std::string log;
-};
-
 TEST(Startup, AFailingTaskEndsTheProcessWithOne)
 {
-    const FAILING_CASE_T cases[] = {
+    const struct {
+        const char *what;
+        DM_TASK_T table[6];
+        std::string log;
+    } cases[] = {
         {"reports failure",
          {{"A", waitingTask, 0}, {"BAD", badTask, 0}, {"C", waitingTask, 0}, {}},
          created("A") + "(ERROR) DmInit: Task Init Failed for <BAD> \n" + FAILURE},
@@ -67,7 +65,7 @@ TEST(Startup, AFailingTaskEndsTheProcessWithOne)
          {{"A", waitingTask, 0}, {"B", waitingTask, 0}, {"C", waitingTask, 0}, {"D", waitingTask, 0}, {}},
          created("A") + created("B") + created("C") + "(ERROR) DmInit: Task Init Failed for <D> \n" + FAILURE},
     };
-    for (const FAILING_CASE_T &row : cases) {
+    for (const auto &row : cases) {
         TEST_ROOT_T root;
         EXPECT_EQ(childRun([&row]() { return DmMain(row.table); }), "exit 1") << row.what;
         EXPECT_EQ(logText(), row.log) << row.what;
@@ -85,13 +83,6 @@ static std::string runUntil(const DM_TASK_T *table, bool (*condition)())
     EXPECT_TRUE(waitUntil(condition));
     kill(daemon, SIGTERM);
     return childEnd(childWait(daemon));
-}
-
-TEST(Startup, EmptyTableSucceedsAndIdles)
-{
-    TEST_ROOT_T root;
-    const DM_TASK_T table[] = {{}};
-    EXPECT_EQ(runUntil(table, []() { return logText() == SUCCESS; }), "exit 2");
 }
 
 TEST(Startup, TimerTaskFirstThenATaskThatGetsItsEvents)

@@ -55,18 +55,6 @@ TEST_F(Oui, OrderDoesNotHangOnTheColumnsCollation)
     EXPECT_STREQ(ouiVendorOfMac("0A:00:04:00:00:00"), "e");
 }
 
-TEST_F(Oui, HundredThousandRowsAreHeld)
-{
-    ouiTableMake();
-    sqlRun(PATH_OUI_DB, "with recursive n(i) as (select 0 union all select i + 1 from n where i < 99999) insert into "
-                        "oui select printf('%02X:%02X:%02X', i >> 16, (i >> 8) & 255, i & 255), 'v' || i from n");
-    ouiTableLoad();
-    EXPECT_STREQ(ouiVendorOfMac("00:00:00:00:00:00"), "v0");
-    EXPECT_STREQ(ouiVendorOfMac("00:90:00:00:00:00"), "v36864");
-    EXPECT_STREQ(ouiVendorOfMac("01:86:9f:00:00:00"), "v99999");
-    EXPECT_STREQ(ouiVendorOfMac("01:86:A0:00:00:00"), "");
-}
-
 TEST_F(Oui, FailureLeavesTheTableEmptyForTheProcess)
 {
     struct {

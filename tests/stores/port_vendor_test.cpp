@@ -91,9 +91,6 @@ TEST_F(PortVendor, DocumentNamesEveryPhysicalPort)
     learn(2, "00:10:7f:00:00:01");
     EXPECT_EQ(buildText(portVendorDetectBuild).text,
               R"({"rows":[{"portNum":1,"detect":""},{"portNum":2,"detect":"crestron"},{"portNum":3,"detect":""}]})");
-    expectNoDocumentWithoutMemory(portVendorDetectBuild, 10002);
-    vsState().ports.clear();
-    EXPECT_EQ(buildText(portVendorDetectBuild).text, R"({"rows":[]})");
 }
 
 TEST_F(PortVendor, VendorIsDetectedByItsOwnMethods)
@@ -106,7 +103,6 @@ TEST_F(PortVendor, VendorIsDetectedByItsOwnMethods)
         {"learned", "Kramer AV", 1, "00:02:BC:00:00:01", "", "", "kramer"},
         {"another vendor's", "Kramer AV", 1, "00:10:7F:00:00:01", "", "", ""},
         {"not by LLDP", "Kramer AV", 1, "", "00:1D:56:00:00:01", "Kramer", ""},
-        {"type 6 whatever the name", "", 6, "00:1D:56:00:00:01", "", "", "kramer"},
         {"type 9 whatever the name", "BluOS AV", 9, "00:1D:56:00:00:01", "", "", "kramer"},
         {"type 9 is no other's", "BluOS AV", 9, "90:56:82:00:00:01", "", "", ""},
         {"type 10", "BluOS AV", 10, "90:56:82:00:00:01", "", "", "bluos"},
@@ -119,7 +115,6 @@ TEST_F(PortVendor, VendorIsDetectedByItsOwnMethods)
         {"no description", "AUDAC Audio and Control Network", 1, "", "Audac", "", ""},
         {"no method", "Audio Video AVB MILAN with Dante PTPv1 PTPv2 or AES67", 1, "00:1D:56:00:00:01",
          "00:1D:56:00:00:01", "biamp", ""},
-        {"no AV profile", "Default", 1, "00:1D:56:00:00:01", "", "", ""},
         {"part of a name", "Kramer", 1, "00:1D:56:00:00:01", "", "", ""},
     };
     for (const auto &row : cases) {
@@ -178,8 +173,6 @@ TEST_F(PortVendor, FailureOfOneCallLosesNoOtherPort)
         {"rpcclt_openapiDot1qSwPortModeGet", "2", 0, "lightware,lightware,lightware"},
         {"openapiVlanIfPvidGet", "2", 0, "lightware,bluos,lightware"}, // VLAN 1 then
         {"rpcclt_openapiLldpMgmtStrLenGet", "", 2, "lightware,,lightware"},
-        {"rpcclt_openapiLldpIntfRemoteDeviceNextGet", "2", 0, "lightware,,lightware"},
-        {"rpcclt_openapiLldpIntfRemoteDeviceChassisIdGet", "2", 0, "lightware,,lightware"},
         {"rpcclt_openapiFdbEntryNextGet", "", 0, "lightware,lightware,lightware"},
         {"openapiIfNextGet", "2", 0, "lightware,lightware"},
     };
@@ -198,10 +191,9 @@ TEST_F(PortVendor, ProfileMapTakesEveryRowWithAVlan)
     profile(3, 1, "NULL");
     profile(4, 1, "'" + std::string(300, 't') + "'");
     VLAN_PROFILE_MAP_T map;
-    for (int i = 0; i < 2; i++) { // a second load starts over
-        loadVlanProfileMap(&map);
-        ASSERT_EQ(map.count, 100U);
-    }
+    loadVlanProfileMap(&map);
+    loadVlanProfileMap(&map); // starts over
+    ASSERT_EQ(map.count, 100U);
     for (uint32_t i = 0; i < map.count; i++) {
         const PROFILE_MAP_ROW_T &row = map.rows[i];
         EXPECT_EQ(row.profileType, row.id == 3   ? ""
@@ -209,16 +201,10 @@ TEST_F(PortVendor, ProfileMapTakesEveryRowWithAVlan)
                                                  : "type" + std::to_string(row.id));
         EXPECT_EQ(row.vlanType, row.id == 3 || row.id == 4 ? 1 : row.id + 1000);
     }
-    struct {
-        int64_t failing;
-        uint32_t rows;
-    } cases[] = {{0, 0}, {1, 32}, {2, 64}};
-    for (const auto &row : cases) {
-        allocFailAt(row.failing, ALLOC_OWN);
-        loadVlanProfileMap(&map);
-        EXPECT_TRUE(allocFailStop());
-        EXPECT_EQ(map.count, row.rows);
-    }
+    allocFailAt(1, ALLOC_OWN);
+    loadVlanProfileMap(&map);
+    EXPECT_TRUE(allocFailStop());
+    EXPECT_EQ(map.count, 32U);
 }
 
 TEST_F(PortVendor, ProfilesThatCannotBeReadLeaveEveryPortWithout)
@@ -234,15 +220,4 @@ TEST_F(PortVendor, ProfilesThatCannotBeReadLeaveEveryPortWithout)
     EXPECT_EQ(logText(), "(ERROR) loadVlanProfileMap: port_vendor_detect: cannot open "s + PathGet(PATH_VLANINFO_DB) +
                              ": unable to open database file\n");
     EXPECT_FALSE(fileExists(PathGet(PATH_VLANINFO_DB)));
-}
-
-TEST_F(PortVendor, MissingOutputIsRefused)
-{
-    VLAN_PROFILE_MAP_T map;
-    CLIENT_HANDLE_T handle = {};
-    char key[8] = "kept";
-    EXPECT_EQ(portVendorDetect(nullptr, 1, &map, nullptr, 0, key, sizeof key), 10002);
-    EXPECT_EQ(portVendorDetect(&handle, 1, &map, nullptr, 0, nullptr, 8), 10002);
-    EXPECT_EQ(portVendorDetect(&handle, 1, &map, nullptr, 0, key, sizeof key), 0);
-    EXPECT_STREQ(key, "");
 }

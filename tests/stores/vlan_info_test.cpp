@@ -1,12 +1,10 @@
 #include "stores/vlan_info.h"
 
 #include "sql.h"
-#include "support/alloc.h"
 #include "support/root.h"
 
 #include <chrono>
 #include <climits>
-#include <thread>
 
 using namespace std::string_literals;
 
@@ -76,17 +74,6 @@ TEST_F(VlanInfo, OddCellsAreHeldWithinTheirFields)
     EXPECT_EQ(row(1), "0|||");
     EXPECT_EQ(row(2), std::to_string(INT_MAX) + "|" + std::string(255, 'n') + "|" + std::string(255, 't') + "|#123456");
     EXPECT_EQ(row(3), "0|12|1.5|");
-
-    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
-    ASSERT_EQ(vlanInfoSelectAll(list.get()), 3);
-    vlanInfoListSortById(list.get());
-    for (int id = 1; id <= 3; id++) {
-        const VLAN_INFO_ENTRY_T *entry = vlanInfoListFindById(list.get(), id);
-        ASSERT_NE(entry, nullptr) << id;
-        EXPECT_EQ(std::to_string(entry->vlanType) + "|" + entry->profileName + "|" + entry->profileType + "|" +
-                      entry->color,
-                  row(id));
-    }
 }
 
 TEST_F(VlanInfo, ListIsSortedSearchedAndLoadedAgain)
@@ -146,30 +133,6 @@ TEST_F(VlanInfo, FailedStatementIsNamed)
         "(ERROR) vlanInfoSelectAll: vlanInfoSelectAll error: no such table: vlanInfo\n");
 }
 
-TEST_F(VlanInfo, FileThatIsNoDatabaseOrHasAnotherTableFails)
-{
-    sqlRun(PATH_VLANINFO_DB, "drop table vlanInfo; create table vlanInfo(id int); insert into vlanInfo values(1)");
-    EXPECT_EQ(row(1), "");
-    EXPECT_EQ(listLoad(), -1);
-    fileWrite(PathGet(PATH_VLANINFO_DB), std::string(4096, 'x'));
-    EXPECT_EQ(row(1), "");
-    EXPECT_EQ(listLoad(), -1);
-    EXPECT_EQ(vlanInfoReplace(1, 2, "n", "t", "#000000"), SQLITE_NOTADB);
-}
-
-TEST_F(VlanInfo, WaitsForAnotherProcess)
-{
-    LOCK_T lock;
-    std::thread other([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        lock.release();
-    });
-    EXPECT_EQ(vlanInfoReplace(7, 2, "n", "t", "#000000"), 0);
-    other.join();
-    EXPECT_EQ(row(7), "2|n|t|#000000");
-    EXPECT_EQ(logText(), "");
-}
-
 TEST_F(VlanInfo, GivesUpAfterThreeSeconds)
 {
     insert("7, 2, 'n', 't', '#000000'");
@@ -180,34 +143,4 @@ TEST_F(VlanInfo, GivesUpAfterThreeSeconds)
     lock.release();
     EXPECT_EQ(row(7), "2|n|t|#000000");
     EXPECT_EQ(logText(), "(ERROR) vlanInfoSelectAll: vlanInfoSelectAll error: database is locked\n");
-}
-
-TEST_F(VlanInfo, NoMemoryLeavesNoHalfMadeList)
-{
-    bool reached = true;
-    for (int n = 0; reached; n++) {
-        allocFailAt(n, ALLOC_OWN);
-        OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
-        reached = allocFailStop();
-        EXPECT_EQ(list == nullptr, reached) << n;
-    }
-    EXPECT_EQ(vlanInfoSelectAll(nullptr), -1);
-}
-
-TEST_F(VlanInfo, NoMemoryInTheDatabaseIsAFailure)
-{
-    insert("7, 2, 'n', 't', '#000000'");
-    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
-    bool reached = true;
-    for (int n = 0; reached; n += 3) {
-        allocFailAt(n, ALLOC_SQLITE);
-        int loaded = vlanInfoSelectAll(list.get());
-        std::string found = row(7);
-        int replaced = vlanInfoReplace(7, 2, "n", "t", "#000000");
-        reached = allocFailStop();
-        EXPECT_TRUE(loaded == 1 || loaded == -1) << n;
-        EXPECT_TRUE(found == "2|n|t|#000000" || found.empty()) << n << found;
-        EXPECT_TRUE(reached || (loaded == 1 && !found.empty() && replaced == 0)) << n;
-    }
-    EXPECT_EQ(row(7), "2|n|t|#000000");
 }

@@ -27,15 +27,6 @@ TEST(Columns, TextOfAColumnIsTrimmedAndCut)
     }
 }
 
-TEST(Columns, RestEndsAtTheLineEnd)
-{
-    char out[8];
-    EXPECT_EQ(columnRest("key: a value\r\n", 5, out, sizeof out), 7U);
-    EXPECT_STREQ(out, "a value");
-    EXPECT_EQ(columnRest("key", 4, out, sizeof out), 0U);
-    EXPECT_STREQ(out, "");
-}
-
 TEST(Columns, MissingWordAndNumberLeaveTheOutput)
 {
     for (const char *line : {"", "abc", "abcd", "abcd   \r\n"}) {
@@ -129,19 +120,4 @@ TEST(TextHelpers, TrimCaseAndSearch)
     char name[8];
     profileFileName("AV over IP", name, sizeof name);
     EXPECT_STREQ(name, "AV_over");
-}
-
-TEST(TextHelpers, MaskOfAPrefixLength)
-{
-    struct ROW_T {
-        uint32_t length;
-        const char *mask;
-    };
-    static const ROW_T rows[] = {{0, "0.0.0.0"},        {1, "128.0.0.0"},        {8, "255.0.0.0"},
-                                 {20, "255.255.240.0"}, {32, "255.255.255.255"}, {40, "255.255.255.255"}};
-    for (const ROW_T &row : rows) {
-        char text[16];
-        prefixLenMaskText(row.length, text);
-        EXPECT_STREQ(text, row.mask);
-    }
 }

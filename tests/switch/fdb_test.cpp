@@ -118,35 +118,6 @@ TEST_F(Fdb, FailedCommandIsReportedAMissingFileIsNot)
     EXPECT_EQ(logText(), "");
 }
 
-TEST_F(Fdb, SlowFormKeepsTheEntriesOfPhysicalPorts)
-{
-    learn(1, "00:1D:56:00:00:01", 1);
-    learn(1, "00:1D:56:00:00:02", 101); // a LAG
-    learn(1, "00:1D:56:00:00:03", 999); // no interface
-    learn(1, "00:1D:56:00:00:04", 2, false);
-    learn(10, "00:1D:56:00:00:01", 3);
-    EXPECT_EQ(entriesOf(fdbEntryListGetSimple),
-              "1 00:1D:56:00:00:01 1 1\n1 00:1D:56:00:00:04 2 0\n10 00:1D:56:00:00:01 3 1\n");
-}
-
-TEST_F(Fdb, BothFormsSeeTheSameSwitch)
-{
-    learnMany(3000);
-    std::string slow = entriesOf(fdbEntryListGetSimple);
-    EXPECT_EQ(std::count(slow.begin(), slow.end(), '\n'), 3000);
-    EXPECT_EQ(entriesOf(fdbEntryListGetSimpleFast), slow);
-}
-
-TEST_F(Fdb, SnapshotTakesTheSlowFormOnlyWhenTheFastOneIsEmpty)
-{
-    learn(1, "00:1D:56:00:00:01", 1);
-    vsTextSet("show mac-addr-table", tableHead + "1 00:00:00:00:00:02 1/0/3 3 Learned\n"s);
-    EXPECT_EQ(entriesOf(fdbSnapshotGet), "1 00:00:00:00:00:02 3 1\n");
-    EXPECT_EQ(vsCallCount("rpcclt_openapiFdbEntryNextGet"), 0U);
-    vsTextSet("show mac-addr-table", tableHead);
-    EXPECT_EQ(entriesOf(fdbSnapshotGet), "1 00:1D:56:00:00:01 1 1\n");
-}
-
 TEST_F(Fdb, WithoutMemoryTheEntriesSoFarAreKept)
 {
     learnMany(1500);

@@ -63,22 +63,6 @@ std::string modesOf(const std::string &model, uint32_t port)
 }
 } // namespace
 
-TEST(Models, EveryPortNumberUpToTheCountHasAClass)
-{
-    const std::vector<std::string> models = allModels();
-    ASSERT_EQ(models.size(), 54U);
-    for (const std::string &model : models) {
-        uint32_t count = portCount(model);
-        EXPECT_LE(physicalCount(model), count) << model;
-        for (uint32_t port = 0; port <= count + 1; port++) {
-            int code = capability(model, port);
-            bool known = port >= 1 && port <= std::min(count, CLASSED_PORTS);
-            bool silent = port == CLASSED_PORTS || (model == "QMD-K1" && port > 2);
-            EXPECT_EQ(code, !known ? -3 : silent ? 0 : std::max(code, 3)) << model << " " << port;
-        }
-    }
-}
-
 TEST(Models, SubPortsFollowTheFrontPortsModeByMode)
 {
     struct {
@@ -116,19 +100,6 @@ TEST(Models, SubPortsFollowTheFrontPortsModeByMode)
         fannedOut += portCount(model) > physicalCount(model);
     }
     EXPECT_EQ(fannedOut, 6);
-}
-
-TEST(Models, FortyGigabitModuleSplitsIntoItsOwnNumbers)
-{
-    for (uint32_t port = 0; port <= 9; port++) {
-        uint32_t root;
-        uint8_t isFirst;
-        bool listed = port >= 1 && port <= 8;
-        EXPECT_EQ(modelFanoutRootFirstGet("QMD-K1", port, &root, &isFirst), listed ? 0 : 10000) << port;
-        EXPECT_EQ(root, !listed ? 0U : port < 5 ? 1U : 5U) << port;
-        EXPECT_EQ(isFirst, port == 1 || port == 5) << port;
-        EXPECT_EQ(modesOf("QMD-K1", port), port == 1 || port == 5 ? "4x10G,1x40G" : "") << port;
-    }
 }
 
 TEST(Models, SpotValues)
@@ -177,11 +148,4 @@ TEST(Models, UnknownModelLeavesThePresets)
         EXPECT_EQ(capability(model, 1), -3) << model;
         EXPECT_EQ(rootOf(model, 17), 0U) << model;
     }
-}
-
-TEST(Models, ModesAreCutToTheBuffer)
-{
-    char text[8] = "";
-    EXPECT_EQ(modelFanoutModesGet("TK830-T02", 16, text, sizeof text), 0);
-    EXPECT_STREQ(text, "4x25G,1");
 }

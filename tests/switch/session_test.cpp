@@ -40,16 +40,6 @@ TEST_F(SESSION, ServerAnsweringLateIsWaitedFor)
     EXPECT_EQ(logText(), registered("restApiMonitor") + warnings(6) + VERSIONS);
 }
 
-TEST_F(SESSION, ServerThatNeverAnswersIsGivenUp)
-{
-    logLevelSet('7');
-    failCall("rpcclt_openapiConnectivityCheck", -5);
-    EXPECT_EQ(initHandler("restApiMonitor", &handle), -1);
-    EXPECT_EQ(vsCallCount("rpcclt_openapiConnectivityCheck"), 7U);
-    EXPECT_EQ(sleptSeconds(), 18U);
-    EXPECT_EQ(logText(), registered("restApiMonitor") + warnings(6));
-}
-
 TEST_F(SESSION, RefusedRegistrationFails)
 {
     failCall("openapiClientRegister", -3);

@@ -107,24 +107,6 @@ TEST_F(Slots, EachLayoutGivesItsModels)
     }
 }
 
-TEST_F(Slots, EmptySlotClearsItsEntry)
-{
-    SLOT_MODELS_T before = {};
-    for (uint32_t slot = 0; slot < 4; slot++)
-        strcpy(before.model[1][slot], "old");
-    EXPECT_EQ(modelsOf("1/0    Empty   Disable Disable 8xSFP/QMD-K5       Yes   No\n"
-                       "1/1    Empty   Disable Disable                                           Yes       No\n",
-                       before),
-              "1/2=old 1/3=old");
-}
-
-TEST_F(Slots, TableWithoutARuleHasNoRows)
-{
-    EXPECT_EQ(modelsOfText(nineFields), "");
-    EXPECT_EQ(modelsOfText(""), "");
-    EXPECT_EQ(modelsOfText("----\n"s + nineFields), "");
-}
-
 TEST_F(Slots, FailuresAreToldApart)
 {
     SLOT_MODELS_T table = {};
@@ -197,39 +179,4 @@ TEST_F(Slots, SlotTableThatFailedOnceStaysEmpty)
     vsTextSet("show slot", "------\n"s + nineFields);
     EXPECT_EQ(capabilityOf(1), "0 4");
     EXPECT_EQ(vsCallCount("show slot"), 1U);
-}
-
-TEST_F(Slots, CapabilityFailsByTheCallThatFails)
-{
-    struct {
-        const char *model, *call, *capability, *lines;
-    } cases[] = {
-        {"TK830-T16", "rpcclt_openapiUnitMgrPreconfigModelIdGet", "10000 3",
-         "(ERROR) stackUnitMgrPreconfigModelIdGet: Bad return code trying to get the unit's pre-configured model "
-         "identifier. (result = -1)\n"
-         "(ERROR) ifCapabilitiesGet: Bad return code trying to get boxs sfp type. interface=1 result = 10000\n"},
-        {"TK700-S13", "rpcclt_openapiBoxsSfpTypeGet", "10000 77",
-         "(ERROR) boxsSfpTypeGet: Bad return code trying to get boxs sfp type. interface=1 result = -1\n"},
-    };
-    for (const auto &row : cases) {
-        portPlace(row.model, 0, 1);
-        failCall(row.call, -1);
-        logClear();
-        EXPECT_EQ(capabilityOf(1), row.capability) << row.call;
-        EXPECT_EQ(logText(), row.lines) << row.call;
-        vsFaultsClear();
-    }
-    failCall("rpcclt_openapiHashIntfUnitSlotPortGet", -1);
-    EXPECT_EQ(capabilityOf(1), "10000 3");
-}
-
-TEST_F(Slots, SmpteIsOfferedByModel)
-{
-    for (const auto &row : {std::pair("TK830-T02", 1), {"TK830-T17", 1}, {"TK830-T16", 0}, {"TK830-T1", 0}, {"", 0}}) {
-        vsState().units[0].model = row.first;
-        EXPECT_EQ(smpteCapableModelCheck(&handle), row.second) << row.first;
-    }
-    vsState().units[0].model = "TK830-T02";
-    failCall("rpcclt_openapiSystemRegMachineModelGet", -1);
-    EXPECT_EQ(smpteCapableModelCheck(&handle), 0);
 }

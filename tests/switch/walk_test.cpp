@@ -105,16 +105,6 @@ TEST_F(WALK, GoesThroughInterfacesUnitsAndVlans)
     EXPECT_EQ(logText(), "");
 }
 
-TEST_F(WALK, NoFirstInterfaceEndsTheWalkWithItsResult)
-{
-    vsState().lags.clear();
-    IF_WALK_T walk = ifWalkStart(&handle, OPENCLT_IF_LAG);
-    EXPECT_FALSE(walk.valid);
-    EXPECT_EQ(walk.firstResult, OPENCLT_NOT_FOUND);
-    EXPECT_EQ(logText(),
-              "(ERROR) swapiIfFirstGet: Bad return code trying to get first physical interface. result = -26\n");
-}
-
 TEST_F(WALK, CountsOfThePlatformAreHeldWithinTheBuffers)
 {
     MISBEHAVIOUR_T misbehaviour;
