@@ -5,7 +5,6 @@
 #include "runtime/process_state.h"
 #include "support/child.h"
 #include "support/root.h"
-#include "support/wait.h"
 
 #include <algorithm>
 #include <csignal>

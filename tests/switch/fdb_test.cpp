@@ -4,8 +4,6 @@
 #include "runtime/paths.h"
 #include "support/alloc.h"
 
-#include <algorithm>
-
 using namespace std::string_literals;
 
 namespace {

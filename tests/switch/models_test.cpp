@@ -1,6 +1,5 @@
 #include "switch/models.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>

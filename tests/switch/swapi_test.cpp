@@ -1,9 +1,6 @@
 #include "switch/swapi.h"
 
 #include "fixture.h"
-#include "runtime/paths.h"
-#include "runtime/result.h"
-#include "support/alloc.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -3,7 +3,6 @@
 #include "switch/walk.h"
 
 #include "fixture.h"
-#include "runtime/result.h"
 #include "support/alloc.h"
 #include "switch/labels.h"
 #include "switch/swapi.h"
