@@ -1,36 +1,23 @@
 #include "collectors/system/device_time.h"
-#include "runtime/paths.h"
 #include "support/build.h"
-#include "support/root.h"
 
-#include "control.h"
-
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-class DeviceTime : public ::testing::Test {
-protected:
+struct DeviceTime : BUILDER_TEST {
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
         vsTextSet("show clock detail", "08:15:02 (UTC+1:00) Mar 01 2026\nSummer Time............ Recurring (EU)\n");
         fileWrite(PathGet(PATH_CLOCK_CONFIG), R"({"switchConfig":{"clock":{"timezone":"Europe/Berlin"}}})");
     }
-    void TearDown() override
-    {
-        vsUnload();
-    }
     // What the platform says now, through the very calls: the virtual switch decides on the texts.
-    static std::string clockText()
+    std::string clockText()
     {
-        CLIENT_HANDLE_T handle = {};
         char text[DATE_TIME_SIZE] = "";
         EXPECT_EQ(getDateTime(&handle, text), 0);
         return text;
     }
-    static std::string zoneText()
+    std::string zoneText()
     {
-        CLIENT_HANDLE_T handle = {};
         char text[TIMEZONE_SIZE] = "";
         EXPECT_EQ(getTimezone(&handle, text), 0);
         return text;
@@ -41,7 +28,6 @@ protected:
         EXPECT_EQ(built.result, 0);
         return built.text;
     }
-    TEST_ROOT_T root;
 };
 
 TEST_F(DeviceTime, HasItsOwnSpacing)
@@ -128,7 +114,6 @@ TEST_F(DeviceTime, FirstRuleInTheListingCounts)
     } cases[] = {
         {"a (EU)\nb (USA)\n", 1}, {"a (USA)\nb (EU)\n", 2}, {"(eu)\nEU\n", 0}, {"", 0}, {"x\r\ny (USA)\r\n", 2},
     };
-    CLIENT_HANDLE_T handle = {};
     for (const auto &one : cases) {
         int rule = 9;
         vsTextSet("show clock detail", one.text);
@@ -140,7 +125,6 @@ TEST_F(DeviceTime, FirstRuleInTheListingCounts)
 
 TEST_F(DeviceTime, SummerTimeTellsWhyItFailed)
 {
-    CLIENT_HANDLE_T handle = {};
     int rule = 9;
     vsFaultAdd({"show clock detail"});
     EXPECT_EQ(getSummerTime(&handle, &rule), 10000);

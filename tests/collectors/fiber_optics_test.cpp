@@ -1,12 +1,5 @@
 #include "collectors/port/fiber_optics.h"
-#include "runtime/paths.h"
 #include "support/build.h"
-#include "support/root.h"
-
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
 
 static const char valuesCommand[] = "show fiber-ports optics all";
 static const char infoCommand[] = "show fiber-ports optics-info all";
@@ -23,16 +16,11 @@ static const char infoHead[] = "Port     Vendor Name\n-------- ----------------\
 static const char infoRow[] = " ACME \"Optics\"    82     33     300    S1               P 1              10300   A    "
                               "10GBase-SR       Yes          10G\n";
 
-class FiberOptics : public ::testing::Test {
-protected:
+struct FiberOptics : BUILDER_TEST {
     void SetUp() override
     {
         ASSERT_EQ(vsLoadText(R"({"units": {"1": {"model": "TK620-R01", "portCount": 4}}})"), "");
         vsTextSet(valuesCommand, values);
-    }
-    void TearDown() override
-    {
-        vsUnload();
     }
     // "port temperature voltage current outputPower inputPower txFault los faultStatus", one a line.
     static std::string shownValues()
@@ -50,7 +38,6 @@ protected:
         }
         return text;
     }
-    TEST_ROOT_T root;
 };
 
 TEST_F(FiberOptics, JoinsIdentityAndValues)

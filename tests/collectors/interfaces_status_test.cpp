@@ -1,19 +1,9 @@
 #include "collectors/port/interfaces_status.h"
 #include "support/build.h"
-#include "support/root.h"
 
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
-
-class InterfacesStatus : public ::testing::Test {
-protected:
+struct InterfacesStatus : BUILDER_TEST {
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
-        VS_STATE_T &state = vsState();
-        state = VS_STATE_T();
         state.units.resize(2);
         state.units[0].model = "TK830-T16";
         state.units[0].management = true;
@@ -41,26 +31,10 @@ protected:
         state.lags[1].ifNum = 201;
         state.lags[1].number = 2;
     }
-    void TearDown() override
-    {
-        vsUnload();
-    }
-    static VS_PORT_T &portAdd(uint32_t ifNum, uint32_t unit, uint32_t slot, uint32_t number)
-    {
-        VS_PORT_T &port = vsState().ports.emplace_back();
-        port.ifNum = ifNum;
-        port.unit = unit;
-        port.slot = slot;
-        port.port = number;
-        return port;
-    }
     static std::string document()
     {
-        BUILT_T built = buildText(interfacesStatusBuild);
-        EXPECT_EQ(built.result, 0);
-        return built.text;
+        return documentOf(interfacesStatusBuild);
     }
-    TEST_ROOT_T root;
 };
 
 static const char full[] =
@@ -77,14 +51,6 @@ static const char full[] =
     R"("linkSpeed":"","autoTrunk":0,"dot1xStatus":1,"portType":""}]}]}],)"
     R"("lag":[{"name":"lag 1","linkState":0,"stpFwdState":"Forwding","freeze":false},)"
     R"({"name":"lag 2","linkState":1,"stpFwdState":"Disable","freeze":false}]})";
-
-// A document with one part in another's place; the part must be there.
-static std::string changed(std::string text, const std::string &from, const std::string &to)
-{
-    size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from << "\n" << text;
-    return at == std::string::npos ? text : text.replace(at, from.size(), to);
-}
 
 TEST_F(InterfacesStatus, ShowsUnitsSlotsPortsAndLags)
 {
@@ -127,7 +93,7 @@ TEST_F(InterfacesStatus, FailedReadGivesItsDefault)
     };
     for (const auto &one : cases) {
         vsFaultAdd(one.fault);
-        EXPECT_EQ(document(), changed(full, one.had, one.has)) << one.fault.name << " " << one.fault.key;
+        EXPECT_EQ(document(), changed(full, {one.had, one.has})) << one.fault.name << " " << one.fault.key;
         vsFaultsClear();
     }
 }
@@ -161,13 +127,13 @@ TEST_F(InterfacesStatus, TextsFollowWhatThePlatformSays)
     VS_PORT_T &copper = vsState().ports[0], &optical = vsState().ports[2];
     for (const auto &[code, speed] : {std::pair(0, ""), {6, "100 Full"}, {16, "155"}, {19, "LAG"}, {20, ""}}) {
         copper.speed = static_cast<uint32_t>(code);
-        EXPECT_EQ(document(), changed(full, "1000 Full", speed)) << code;
+        EXPECT_EQ(document(), changed(full, {"1000 Full", speed})) << code;
     }
     copper.speed = 7;
     for (const auto &[compliance, type] :
          {std::pair("\t 1000Base-LX/LH with more", "1000Base-LX/LH "), {" \t ", "Copper"}, {"", "Copper"}}) {
         optical.optic.compliance = compliance;
-        EXPECT_EQ(document(), changed(full, "10GBase-SR long", type)) << compliance;
+        EXPECT_EQ(document(), changed(full, {"10GBase-SR long", type})) << compliance;
     }
     vsState().system.dot1x = false; // no port is asked then
     vsCallsReset();
@@ -183,5 +149,5 @@ TEST_F(InterfacesStatus, NoMemoryGivesNoDocument)
     allocFailAt(0, ALLOC_OWN);
     std::string text = document();
     EXPECT_TRUE(allocFailStop());
-    EXPECT_EQ(text, changed(full, R"("freeze":true,"linkSpeed":"10G)", R"("freeze":false,"linkSpeed":"10G)"));
+    EXPECT_EQ(text, changed(full, {R"("freeze":true,"linkSpeed":"10G)", R"("freeze":false,"linkSpeed":"10G)"}));
 }

@@ -1,10 +1,5 @@
 #include "collectors/port/interfaces_table.h"
-#include "support/root.h"
-
-#include "control.h"
-#include "runtime/paths.h"
-
-#include <gtest/gtest.h>
+#include "support/build.h"
 
 static const std::string rule = "---------  ----------------------  ------  ----------  ----------  ----------\n";
 static const std::string row1 = "1/0/1      Stage left              Up      Auto        1000 Full   Copper      Off\n";
@@ -13,10 +8,7 @@ static const std::string row3 = "1/0/3      1/0/9 lag4 -----------  Detach  Auto
 static const std::string lag1 = "lag1                               Up                                          \n";
 static const std::string ch2 = "ch2                                Down                                        \n";
 
-struct InterfacesTable : ::testing::Test {
-    TEST_ROOT_T root;
-    CLIENT_HANDLE_T handle = {};
-};
+struct InterfacesTable : BUILDER_TEST {};
 
 // Entries that a status text gives, one a line, in a table of exactly the room announced.
 static std::string status(const std::string &text, uint32_t physical = 4, uint32_t further = 4)
@@ -113,7 +105,6 @@ TEST_F(InterfacesTable, EachTableIsReadWhenItsCommandSucceeded)
         {"show interfaces hardware profile", "1/0/1|CL91|", "interfacesFanOutModeFromCliGet"},
         {"none", "1/0/1|CL91|1x100G", ""},
     };
-    ASSERT_EQ(vsLoadText("{}"), "");
     vsTextSet(cases[0][0], rule + row1);
     vsTextSet(cases[1][0], rule + "1/0/1     CL91\n");
     vsTextSet(cases[2][0], rule + "1/0/1 1x100G\n");
@@ -132,7 +123,6 @@ TEST_F(InterfacesTable, EachTableIsReadWhenItsCommandSucceeded)
             EXPECT_EQ(named, kind == VS_NO_FILE && *caller != '\0') << logText();
         }
     }
-    vsUnload();
 }
 
 TEST(FecClass, IsTheFirstWordOfTheListThatOccurs)

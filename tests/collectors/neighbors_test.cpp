@@ -3,20 +3,10 @@
 #include "restcache/store.h"
 #include "stores/sql.h"
 #include "support/build.h"
-#include "support/root.h"
 
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
-
-class Neighbors : public ::testing::Test {
-protected:
+struct Neighbors : BUILDER_TEST {
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
-        VS_STATE_T &state = vsState();
-        state = VS_STATE_T();
         state.units.emplace_back();
         portAdd(3, 0, 3);
         portAdd(7, 2, 9);
@@ -27,10 +17,6 @@ protected:
         ouiTableMake();
         sqlRun(PATH_OUI_DB, "insert into oui values('02:00:00','Pixel \"Works\"')");
         ASSERT_EQ(restapi_db_operation(REST_DB_CREATE, nullptr, nullptr), 0);
-    }
-    void TearDown() override
-    {
-        vsUnload();
     }
     static VS_PORT_T *portAdd(uint32_t ifNum, uint32_t slot, uint32_t number)
     {
@@ -59,8 +45,8 @@ protected:
     }
     static int push()
     {
-        CLIENT_HANDLE_T handle = {};
-        return neighborListExChunkedPush(&handle);
+        CLIENT_HANDLE_T client = {};
+        return neighborListExChunkedPush(&client);
     }
     // Rows of the only record.
     static std::string rows()
@@ -72,7 +58,6 @@ protected:
         size_t end = text.find(R"(],"chunkIndex":0,"isLastChunk":true},"resp":{)");
         return end == std::string::npos ? "?" : text.substr(head, end - head);
     }
-    TEST_ROOT_T root;
 };
 
 static std::string repeat(const std::string &text, int count)
@@ -178,26 +163,5 @@ TEST_F(Neighbors, RowOfMoreThan2559BytesIsLeftOut)
         EXPECT_EQ(neighborRowPrint(form, {&interface, 1, 1, "", fits.c_str(), "", ""}, text), 2559u);
         EXPECT_EQ(neighborRowPrint(form, {&interface, 1, 1, "", (fits + "x").c_str(), "", ""}, text), 0u);
         EXPECT_EQ(neighborRowPrint(form, {&interface, 1, 1, "", std::string(9000, '"').c_str(), "", ""}, text), 0u);
-    }
-}
-
-// Without memory for the ARP table rows lack addresses; without any other table the records stay as they are.
-TEST_F(Neighbors, MissingMemory)
-{
-    deviceSet(3, 4, "02:00:00:00:00:0B", 5, "p", "n");
-    for (uint32_t index = 2; index <= 65; index++) { // one more address than the list's first room
-        vsState().lldp.push_back(vsState().lldp[0]);
-        vsState().lldp.back().index = index;
-    }
-    vsState().fdb = {{"02:00:00:00:00:0A", 5, 3, true, {}}};
-    const std::string clean = rows();
-    for (int n = 0; n < 6; n++) {
-        const bool arp = n == 1;
-        allocFailAt(n, ALLOC_OWN);
-        EXPECT_EQ(push(), arp ? 0 : 10000) << n;
-        EXPECT_TRUE(allocFailStop()) << n;
-        std::string text = cacheRead("neighbor_ex/0");
-        EXPECT_EQ(text.find("10.0.0.1") == std::string::npos, arp) << n;
-        EXPECT_EQ(rows(), clean) << n;
     }
 }

@@ -1,20 +1,10 @@
 #include "collectors/feature/poe_schedule.h"
 #include "support/build.h"
-#include "support/root.h"
-
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
 
 // Ports 101 (1/0/5) and 105 (1/0/6) on "night", 201 (2/0/5) on "nightly"; "night" is weekly with three entries.
-class PoeSchedule : public ::testing::Test {
-protected:
+struct PoeSchedule : BUILDER_TEST {
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
-        VS_STATE_T &state = vsState();
-        state = VS_STATE_T();
         portAdd(101, 1, 5, "night");
         portAdd(105, 1, 6, "night");
         portAdd(201, 2, 5, "nightly");
@@ -38,11 +28,6 @@ protected:
         daily.periods.push_back(period);
         state.timeRanges.push_back(daily);
     }
-    void TearDown() override
-    {
-        vsFaultsClear();
-        vsUnload();
-    }
     static void portAdd(uint32_t ifNum, uint32_t unit, uint32_t number, const char *schedule)
     {
         VS_PORT_T port;
@@ -62,7 +47,6 @@ protected:
         fault.result = result;
         vsFaultAdd(fault);
     }
-    TEST_ROOT_T root;
 };
 
 static const std::string nightRow = R"({"name":"night","status":2,"startTime":"20:05","endTime":"08:30",)"
@@ -183,28 +167,4 @@ TEST_F(PoeSchedule, OutOfRangeNumbersStayInTheirFields)
     const std::string text = buildText(getPoeScheduleAllJson).text;
     EXPECT_NE(text.find("\"" + longest + "\""), std::string::npos);
     EXPECT_NE(text.find(R"("portNum":[101]})"), std::string::npos);
-}
-
-// A row for which there is no memory is left out and logged; any other loss leaves no document.
-TEST_F(PoeSchedule, NoMemoryLosesARowOrTheDocument)
-{
-    bool reached = true;
-    size_t lost = 0;
-    for (int n = 0; reached; n++) {
-        logClear();
-        allocFailAt(n, ALLOC_CJSON);
-        BUILT_T built = buildText(getPoeScheduleAllJson);
-        reached = allocFailStop();
-        if (!reached) {
-            EXPECT_EQ(built.text, "[" + nightRow + "," + nightlyRow + "]");
-        } else if (built.result == 0) {
-            EXPECT_EQ(built.text, "[" + (lost == 0 ? nightlyRow : nightRow) + "]") << n;
-            EXPECT_EQ(logText(), "(ERROR) getPoeScheduleAllJson: getPoeScheduleAllJson: Failed to create jnode\n");
-            lost++;
-        } else {
-            EXPECT_EQ(built.result, 10000) << n;
-            EXPECT_EQ(built.text, "") << n;
-        }
-    }
-    EXPECT_EQ(lost, 2u);
 }

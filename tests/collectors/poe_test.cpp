@@ -1,69 +1,31 @@
 #include "collectors/feature/poe.h"
 #include "support/build.h"
-#include "support/root.h"
-
-#include "control.h"
-#include "model.h"
-
-#include <cstring>
-#include <gtest/gtest.h>
-#include <vector>
 
 // Two units; ports 10 (1/0/5, feeds a camera on a schedule), 20 (1/1/5, switched off) and 30 (2/0/1, no PoE).
-class Poe : public ::testing::Test {
-protected:
+struct Poe : BUILDER_TEST {
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
-        VS_STATE_T &state = vsState();
-        state = VS_STATE_T();
-        for (uint32_t unit = 1; unit <= 2; unit++) {
-            VS_UNIT_T row;
-            row.unit = unit;
-            row.poeSupported = unit == 1;
-            row.poeTotal = 720;
-            row.poeThreshold = 684;
-            state.units.push_back(row);
-        }
-        VS_PORT_T port;
-        port.ifNum = 10;
-        port.port = 5;
-        port.poe.valid = true;
-        port.poe.classification = 4;
-        port.poe.power = 12000;
-        port.poe.voltage = 53;
-        port.poe.limitMode = 6;
-        port.poe.status = 3;
-        port.poe.detection = 5;
-        port.poe.priority = 2;
-        port.poe.powerUp = 7;
-        port.poe.schedule = "cameras";
-        state.ports.push_back(port);
-        port.ifNum = 20;
-        port.slot = 1;
-        port.poe = VS_POE_T();
-        port.poe.valid = true;
-        port.poe.enable = false;
-        state.ports.push_back(port);
-        port.ifNum = 30;
-        port.unit = 2;
-        port.poe = VS_POE_T();
-        state.ports.push_back(port);
+        state.units.resize(2);
+        state.units[0].poeSupported = true;
+        state.units[0].poeTotal = 720;
+        state.units[0].poeThreshold = 684;
+        state.units[1].unit = 2;
+        VS_POE_T &poe = portAdd(10, 1, 0, 5).poe;
+        poe.valid = true;
+        poe.classification = 4;
+        poe.power = 12000;
+        poe.voltage = 53;
+        poe.limitMode = 6;
+        poe.status = 3;
+        poe.detection = 5;
+        poe.priority = 2;
+        poe.powerUp = 7;
+        poe.schedule = "cameras";
+        VS_POE_T &off = portAdd(20, 1, 1, 5).poe;
+        off.valid = true;
+        off.enable = false;
+        portAdd(30, 2, 0, 5);
     }
-    void TearDown() override
-    {
-        vsFaultsClear();
-        vsUnload();
-    }
-    static void fail(const char *call, const char *key = "", int result = -1)
-    {
-        VS_FAULT_T fault;
-        fault.name = call;
-        fault.key = key;
-        fault.result = result;
-        vsFaultAdd(fault);
-    }
-    TEST_ROOT_T root;
 };
 
 static const std::string fullPort = R"({"unit":1,"portNum":10,"port":"5","enable":true,"poeIsValid":3,)"
@@ -73,28 +35,9 @@ static const std::string offPort = R"({"unit":1,"portNum":20,"port":"1/5","enabl
                                    R"("powerLimitMode":2,"classification":0,"currentPower":0,"powerLimit":30000,)"
                                    R"("status":1,"detectionType":4,"priority":1,"powerMode":3,"schedule":"None"})";
 
-TEST_F(Poe, ShowsThePortsThatCanFeedPower)
-{
-    BUILT_T built = buildText(getPortsPoeJson);
-    EXPECT_EQ(built.result, 0);
-    EXPECT_EQ(built.text, "[" + fullPort + "," + offPort + "]");
-
-    fail("openapiPoeIsValidInterface", "10");
-    EXPECT_EQ(buildText(getPortsPoeJson).text, "[" + offPort + "]");
-    vsFaultsClear();
-    vsState().ports.erase(vsState().ports.begin(), vsState().ports.begin() + 2);
-    built = buildText(getPortsPoeJson);
-    EXPECT_EQ(built.result, 0);
-    EXPECT_EQ(built.text, "[]");
-}
-
 TEST_F(Poe, FailedReadLeavesItsDefaultAndSaysWhatItWas)
 {
-    const struct {
-        const char *call;
-        const char *from, *to;
-        const char *what; // null: nothing is logged
-    } cases[] = {
+    const std::tuple<const char *, const char *, const char *, const char *> cases[] = {
         {"openapiPoePsePortPowerClassificationsGet", R"("classification":4)", R"("classification":0)",
          "interface port terminal classification"},
         {"openapiPoePsePortSensorsGet", R"("currentPower":12000)", R"("currentPower":0)",
@@ -110,102 +53,58 @@ TEST_F(Poe, FailedReadLeavesItsDefaultAndSaysWhatItWas)
         {"openapiPoePsePortDetectionModeGet", R"("detectionType":5)", R"("detectionType":0)", "mode of port detection"},
         {"openapiPoePsePortCurPowerPriorityGet", R"("priority":2)", R"("priority":0)", "priority"},
         {"openapiPoePsePortPowerUpModeGet", R"("powerMode":7)", R"("powerMode":0)", "powerMode"},
-        {"openapiPoePsePortTimerScheduleNameGet", R"("cameras")", R"("None")", nullptr},
+        {"openapiPoePsePortTimerScheduleNameGet", R"("cameras")", R"("None")", ""},
         {"openapiHashIntfUnitSlotPortGet", R"("unit":1,"portNum":10,"port":"5")", R"("unit":0,"portNum":10,"port":"0")",
-         nullptr},
+         ""},
     };
+    std::vector<FAILURE_T> failures = {{{"openapiPoeIsValidInterface", "10"}, {fullPort + ",", ""}}};
     std::string allLines;
-    for (const auto &one : cases) {
-        std::string expected = fullPort;
-        expected.replace(expected.find(one.from), strlen(one.from), one.to);
-        logClear();
-        fail(one.call, "10", -5);
-        EXPECT_EQ(buildText(getPortsPoeJson).text, "[" + expected + "," + offPort + "]") << one.call;
-        vsFaultsClear();
-        std::string line = one.what == nullptr ? ""
-                                               : std::string("(ERROR) getPortPoeInfo: Bad return code trying to get ") +
-                                                     one.what + ". (result = -5)\n";
-        EXPECT_EQ(logText(), line) << one.call;
-        allLines += line;
+    for (const auto &[call, from, to, what] : cases) {
+        std::string line =
+            std::string("(ERROR) getPortPoeInfo: Bad return code trying to get ") + what + ". (result = -5)\n";
+        failures.push_back({{call, "10", 0, VS_FAIL, -5}, {from, to}, *what == '\0' ? "" : line});
+        allLines += failures.back().log;
     }
+    const std::string clean = "[" + fullPort + "," + offPort + "]";
+    expectFailures([] { return documentOf(getPortsPoeJson); }, clean, failures);
     // all at once: in their order
     logClear();
-    for (const auto &one : cases)
-        if (one.what != nullptr)
-            fail(one.call, "10", -5);
+    for (size_t i = 1; i < failures.size(); i++)
+        vsFaultAdd(failures[i].fault);
     (void)buildText(getPortsPoeJson);
     EXPECT_EQ(logText(), allLines);
-}
+    vsFaultsClear();
 
-TEST_F(Poe, ScheduleNameFitsItsField)
-{
-    const std::string longest(31, 'n');
-    vsState().ports[0].poe.schedule = longest;
-    EXPECT_NE(buildText(getPortsPoeJson).text.find("\"" + longest + "\""), std::string::npos);
-    vsState().ports[0].poe.schedule = longest + "n"; // the platform refuses
-    EXPECT_EQ(buildText(getPortsPoeJson).text.find("nnn"), std::string::npos);
+    state.ports[0].poe.schedule = std::string(31, 'n'); // fits its field; one more and the platform refuses
+    EXPECT_EQ(documentOf(getPortsPoeJson), changed(clean, {"cameras", state.ports[0].poe.schedule}));
+    state.ports[0].poe.schedule += "n";
+    EXPECT_EQ(documentOf(getPortsPoeJson), changed(clean, {"cameras", "None"}));
+    state.ports.clear();
+    EXPECT_EQ(documentOf(getPortsPoeJson), "[]");
 }
 
 TEST_F(Poe, ShowsThePowerOfEachUnit)
 {
-    const std::string first = R"({"unit":1,"consumedPower":12,"totalPowerAvailable":720,"thresholdPower":684})";
-    const std::string second = R"({"unit":2,"consumedPower":0,"totalPowerAvailable":0,"thresholdPower":0})";
-    BUILT_T built = buildText(gePoeInfoJson);
-    EXPECT_EQ(built.result, 0);
-    EXPECT_EQ(built.text, "[" + first + "," + second + "]");
-
-    for (const char *call : {"openapiPoePseMainConsumptionPowerGet", "openapiPoePseTotalAvailablePowerGet",
-                             "openapiPoePseThresholdPowerGet"})
-        fail(call, "1");
-    EXPECT_EQ(buildText(gePoeInfoJson).text,
-              R"([{"unit":1,"consumedPower":0,"totalPowerAvailable":0,"thresholdPower":0},)" + second + "]");
-    vsState().units.clear();
-    built = buildText(gePoeInfoJson);
-    EXPECT_EQ(built.result, 0);
-    EXPECT_EQ(built.text, "[]");
-}
-
-// A row for which there is no memory is left out and logged; any other loss leaves no document.
-TEST_F(Poe, NoMemoryLosesARowOrTheDocument)
-{
-    const struct {
-        BUILDER_TEXT_T builder;
-        std::vector<std::string> rows;
-        std::vector<std::string> lines;
-        const char *arrayLine;
-    } cases[] = {
-        {getPortsPoeJson,
-         {fullPort, offPort},
-         {"getPortsPoeJson: Failed to create jnode for port 10\n",
-          "getPortsPoeJson: Failed to create jnode for port 20\n"},
-         "getPortsPoeJson: Failed to create cJSON array\n"},
-        {gePoeInfoJson,
-         {R"({"unit":1,"consumedPower":12,"totalPowerAvailable":720,"thresholdPower":684})",
-          R"({"unit":2,"consumedPower":0,"totalPowerAvailable":0,"thresholdPower":0})"},
-         {"gePoeInfoJson: Failed to create jnode for unit 1\n", "gePoeInfoJson: Failed to create jnode for unit 2\n"},
-         "gePoeInfoJson: Failed to create cJSON array\n"},
+    const std::string clean = R"([{"unit":1,"consumedPower":12,"totalPowerAvailable":720,"thresholdPower":684},)"
+                              R"({"unit":2,"consumedPower":0,"totalPowerAvailable":0,"thresholdPower":0}])";
+    expectFailures([] { return documentOf(gePoeInfoJson); }, clean,
+                   {{{"openapiPoePseMainConsumptionPowerGet", "1"}, {":12,", ":0,"}},
+                    {{"openapiPoePseTotalAvailablePowerGet", "1"}, {"720", "0"}},
+                    {{"openapiPoePseThresholdPowerGet", "1"}, {"684", "0"}}});
+    // a row for which there is no memory is left out and logged
+    const std::tuple<BUILDER_TEXT_T, int, const char *> cases[] = {
+        {getPortsPoeJson, 10000, "(ERROR) getPortsPoeJson: getPortsPoeJson: Failed to create cJSON array\n"},
+        {getPortsPoeJson, 0, "(ERROR) getPortsPoeJson: getPortsPoeJson: Failed to create jnode for port 10\n"},
+        {gePoeInfoJson, 10000, "(ERROR) gePoeInfoJson: gePoeInfoJson: Failed to create cJSON array\n"},
+        {gePoeInfoJson, 0, "(ERROR) gePoeInfoJson: gePoeInfoJson: Failed to create jnode for unit 1\n"},
     };
-    for (const auto &one : cases) {
-        bool reached = true;
-        size_t lost = 0; // rows left out so far
-        for (int n = 0; reached; n++) {
-            logClear();
-            allocFailAt(n, ALLOC_CJSON);
-            BUILT_T built = buildText(one.builder);
-            reached = allocFailStop();
-            if (!reached) {
-                EXPECT_EQ(built.text, "[" + one.rows[0] + "," + one.rows[1] + "]");
-            } else if (built.result == 0) {
-                ASSERT_LT(lost, 2u) << n;
-                EXPECT_EQ(built.text, "[" + one.rows[1 - lost] + "]") << n;
-                EXPECT_NE(logText().find(one.lines[lost]), std::string::npos) << logText();
-                lost++;
-            } else {
-                EXPECT_EQ(built.result, 10000) << n;
-                EXPECT_EQ(built.text, "") << n;
-                EXPECT_EQ(logText().find(one.arrayLine) != std::string::npos, n == 0) << n << logText();
-            }
-        }
-        EXPECT_EQ(lost, 2u);
+    for (const auto &[builder, result, line] : cases) {
+        logClear();
+        allocFailAt(result == 0, ALLOC_CJSON);
+        EXPECT_EQ(buildText(builder).result, result);
+        EXPECT_EQ(logText().rfind(line, 0), 0u) << logText();
     }
+    allocFailStop();
+    state.units.clear();
+    EXPECT_EQ(documentOf(gePoeInfoJson), "[]");
 }

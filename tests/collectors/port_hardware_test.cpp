@@ -1,20 +1,10 @@
 #include "collectors/port/port_hardware.h"
-#include "runtime/paths.h"
 #include "support/build.h"
-#include "support/root.h"
-
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
 
 // A modular unit: two ports of its own and two on a card.
-class PortHardware : public ::testing::Test {
-protected:
+struct PortHardware : BUILDER_TEST {
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
-        VS_STATE_T &state = vsState();
         state.units.emplace_back();
         state.units[0].slots.push_back({3, "QMD-K8", ""});
         for (uint32_t i = 0; i < 4; i++) {
@@ -29,17 +19,12 @@ protected:
         state.ports[3].optic.type = 5;
         state.ports[1].stackCapable = "Yes";
     }
-    void TearDown() override
-    {
-        vsUnload();
-    }
     static std::string document()
     {
         BUILT_T built = buildText(portHardwareInfoBuild);
         EXPECT_EQ(built.result, 0);
         return built.text;
     }
-    TEST_ROOT_T root;
 };
 
 static std::string rows(const std::string &modules, const char *const stack[4])
@@ -81,7 +66,6 @@ TEST_F(PortHardware, ModuleTypeFollowsMediaThenCard)
     vsFaultAdd({"openapiIfFirstGet"});
     EXPECT_EQ(document(), R"({"rows":[]})");
     vsFaultsClear();
-    CLIENT_HANDLE_T handle = {};
     EXPECT_EQ(portHardwareInfoBuild(&handle, nullptr), 10003);
     expectNoDocumentWithoutMemory(portHardwareInfoBuild, -7);
 }

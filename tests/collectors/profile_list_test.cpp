@@ -1,22 +1,12 @@
 #include "collectors/feature/profile_list.h"
 #include "stores/sql.h"
 #include "support/build.h"
-#include "support/root.h"
-
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
 
 // VLANs 1, 10, 20, 30 and 4000; rows for some, and for VLANs that are not there; ports 1 and 2, LAG 50, empty LAG 51.
-struct ProfileList : ::testing::Test {
-    TEST_ROOT_T root;
+struct ProfileList : BUILDER_TEST {
 
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
-        VS_STATE_T &state = vsState();
-        state = VS_STATE_T();
         state.ports.resize(2);
         state.ports[0].ifNum = 1;
         state.ports[0].tagged = {10, 4000};
@@ -40,10 +30,6 @@ struct ProfileList : ::testing::Test {
         rowsSet(rows + ",(4000,2,'Desk','Allen & Heath gigaACEGX','#30')");
         exportSet("Dante_Audio", R"({"profileConfig":{"vlans":[{"vlanId":"10"},{"vlanId":11},)"
                                  R"({"vlanId":10,"ports":{"assignedPort":[{"p":1},2]}},{"vlanId":10}]}})");
-    }
-    void TearDown() override
-    {
-        vsUnload();
     }
     static void rowsSet(const std::string &rows)
     {
@@ -150,26 +136,5 @@ TEST_F(ProfileList, AssignedPortsNeedEveryMemberOfTheExport)
         exportSet("x", any);
         rowsSet("(10,3,'','" + std::string(type) + "','')");
         EXPECT_EQ(document().find("\"assignedPort\":[1]"), std::string::npos) << type;
-    }
-}
-
-// Without memory there is no document, or one of whole VLANs, some of which are left out or show their defaults.
-TEST_F(ProfileList, NoMemoryLeavesVlansWholeOrOut)
-{
-    EXPECT_EQ(profileListExGet(nullptr, nullptr), 10002);
-    bool reached = true;
-    for (int n = 0; reached; n++) {
-        allocFailAt(n, ALLOC_OWN | ALLOC_CJSON);
-        BUILT_T built = buildText(profileListExGet);
-        reached = allocFailStop();
-        if (built.result != 0) {
-            EXPECT_TRUE(built.result == 10000 || built.result == 10002) << built.result;
-            EXPECT_EQ(built.text, "");
-            continue;
-        }
-        OWNED_JSON tree(cJSON_Parse(built.text.c_str()));
-        EXPECT_GE(cJSON_GetArraySize(tree.get()), 4) << n;
-        const cJSON *row;
-        cJSON_ArrayForEach(row, tree.get()) EXPECT_EQ(cJSON_GetArraySize(row), 12) << built.text;
     }
 }

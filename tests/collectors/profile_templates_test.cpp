@@ -1,18 +1,9 @@
 #include "collectors/feature/profile_templates.h"
-#include "runtime/paths.h"
 #include "support/build.h"
-#include "support/root.h"
 
-#include "control.h"
-#include "model.h"
-
-#include <filesystem>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-struct ProfileTemplates : ::testing::Test {
-    TEST_ROOT_T root;
-};
+struct ProfileTemplates : BUILDER_TEST {};
 
 static const std::string line = "(ERROR) ProfileTemplateGet: ";
 
@@ -39,7 +30,6 @@ TEST_F(ProfileTemplates, OfferedOnesStandInTheOrderOfTheirNames)
     const std::pair<const char *, std::string> cases[] = {{"TK830-T16", avb + R"("Z","a"])"},
                                                           {"TK830-T04", avb + R"("Audio_Video_SMPTE","Z","a"])"},
                                                           {"TK620-R13-X", avb + R"("Poly_StudioNet_Mo","Z","a"])"}};
-    ASSERT_EQ(vsLoadText("{}"), "");
     vsState().units.resize(1);
     vsState().units[0].management = true;
     for (const auto &[model, expected] : cases) {

@@ -1,5 +1,4 @@
 #include "collectors/feature/ptp.h"
-#include "runtime/paths.h"
 #include "stores/sql.h"
 #include "support/build.h"
 #include "switch/fixture.h"

@@ -1,5 +1,4 @@
 #include "collectors/feature/radius.h"
-#include "runtime/paths.h"
 #include "support/build.h"
 #include "switch/fixture.h"
 

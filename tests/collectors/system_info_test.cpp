@@ -1,19 +1,9 @@
 #include "collectors/system/system_info.h"
 #include "support/build.h"
-#include "support/root.h"
 
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
-
-class SystemInfo : public ::testing::Test {
-protected:
+struct SystemInfo : BUILDER_TEST {
     void SetUp() override
     {
-        ASSERT_EQ(vsLoadText("{}"), "");
-        VS_STATE_T &state = vsState();
-        state = VS_STATE_T();
         state.system.name = "sw-1";
         state.system.mac = "AA:BB:CC:00:11:22";
         state.system.serviceAddress = 0xc0a80005;
@@ -24,21 +14,7 @@ protected:
         state.units.push_back(unit);
         vsTextSet("show ip management", "IPv4 Management Interface.......................... 20\r\n");
     }
-    void TearDown() override
-    {
-        vsUnload();
-    }
-    TEST_ROOT_T root;
 };
-
-TEST_F(SystemInfo, DescribesTheSwitch)
-{
-    BUILT_T built = buildText(systemInfoGet);
-    EXPECT_EQ(built.result, 0);
-    EXPECT_EQ(built.text,
-              "{\n\t\"name\":\t\"sw-1\",\n\t\"mac\":\t\"AA:BB:CC:00:11:22\",\n\t\"keloVer\":\t\"2.2.16.19\",\n"
-              "\t\"poe\":\ttrue,\n\t\"STP\":\t32768,\n\t\"fanMode\":\t1,\n\t\"mgmtVlan\":\t20\n}");
-}
 
 // Each source that fails leaves its own field at the default; the address and the MAC are one source.
 TEST_F(SystemInfo, FailedSourceGivesItsDefault)
@@ -72,7 +48,6 @@ TEST_F(SystemInfo, FailedSourceGivesItsDefault)
 
 TEST_F(SystemInfo, RecordHoldsWhatStackingNeedsAndSkipsTheFanMode)
 {
-    CLIENT_HANDLE_T handle = {};
     SYSTEM_INFO_RECORD_T record;
     memset(&record, 0x55, sizeof(record));
     vsCallsReset();

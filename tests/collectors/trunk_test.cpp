@@ -1,28 +1,10 @@
 #include "collectors/feature/trunk.h"
 #include "support/build.h"
-#include "support/root.h"
-
-#include "control.h"
-
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 static const char autoLagCommand[] = "show port-channel auto all";
 static const char trunkCommand[] = "show interfaces switchport trunk";
 
-class Trunk : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_EQ(vsLoadText("{}"), "");
-    }
-    void TearDown() override
-    {
-        vsFaultsClear();
-        vsTextsClear();
-        vsUnload();
-    }
+struct Trunk : BUILDER_TEST {
     static std::string built(BUILDER_TEXT_T builder)
     {
         BUILT_T built = buildText(builder);
@@ -46,7 +28,6 @@ protected:
             names += entry.path().filename().string() + ";";
         return names;
     }
-    TEST_ROOT_T root;
 };
 
 TEST_F(Trunk, AutoLagSettingsComeFromTheirColumns)
@@ -139,40 +120,5 @@ TEST_F(Trunk, ManualPortsAreCopiedFromTheFile)
     for (const auto &one : cases) {
         fileWrite(path, one.file);
         EXPECT_EQ(built(manualTrunkGet), std::string("0 ") + one.document) << one.file;
-    }
-}
-
-// The first allocation is the document's object, which has a result of its own in two of the builders. A file that
-// cannot be parsed for want of memory is as good as missing.
-TEST_F(Trunk, NoMemoryGivesNoDocument)
-{
-    vsTextSet(autoLagCommand, "Auto LAG Admin Mode Enabled\nAuto LAG Global Hash Mode.......................3\n");
-    vsTextSet(trunkCommand, "Global Auto-Trunk Mode Enabled\n");
-    fileWrite(root.dir + "/tmp/manual_trunk_config", R"({"physicalPort":[3],"lagPort":[]})");
-    const struct {
-        BUILDER_TEXT_T builder;
-        std::string firstResult;
-        std::string firstLine;
-        std::string otherwise;
-    } cases[] = {
-        {getAutoLagCfg, "10000 ", "(ERROR) jsonToStr: Response error\n", "10000 "},
-        {switchTrunkModeGet, "10002 ", "(ERROR) switchTrunkModeGet: Create object root error\n", "10000 "},
-        {manualTrunkGet, "10002 ", "(ERROR) manualTrunkGet: create object root error\n",
-         R"(0 {"physicalPort":[],"lagPort":[]})"},
-    };
-    for (const auto &one : cases) {
-        const std::string clean = built(one.builder);
-        allocFailAt(0, ALLOC_CJSON);
-        EXPECT_EQ(built(one.builder), one.firstResult);
-        EXPECT_EQ(logText(), one.firstLine);
-        logClear();
-        bool reached = true;
-        for (int n = 1; reached; n++) {
-            allocFailAt(n, ALLOC_CJSON);
-            std::string text = built(one.builder);
-            reached = allocFailStop();
-            EXPECT_THAT(text, testing::AnyOf("10000 ", reached ? one.otherwise : clean)) << n;
-        }
-        logClear();
     }
 }

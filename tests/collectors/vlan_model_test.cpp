@@ -1,17 +1,9 @@
 #include "collectors/feature/vlan_model.h"
-#include "runtime/paths.h"
 #include "stores/sql.h"
 #include "stores/vlan_info.h"
 #include "support/build.h"
-#include "support/root.h"
 
-#include "control.h"
-#include "model.h"
-
-#include <gtest/gtest.h>
-
-class VlanModel : public ::testing::Test {
-protected:
+struct VlanModel : BUILDER_TEST {
     void SetUp() override
     {
         ASSERT_EQ(vsLoadText(R"({
@@ -22,10 +14,6 @@ protected:
                   "");
         vlanInfoTableMake();
         jsonBuildBegin();
-    }
-    void TearDown() override
-    {
-        vsUnload();
     }
     // The fast list as text: "id static management type name/profile/color tagged untagged tagLags untagLags", one a
     // line.
@@ -67,8 +55,6 @@ protected:
     {
         fileWrite(PathGet(PATH_TEMPLATE_DIR) + name, text);
     }
-    TEST_ROOT_T root;
-    CLIENT_HANDLE_T handle = {};
 };
 
 static const char fastClean[] = "1 1 1 1 default/Default/#000000 [1] [2] [] [1]\n"
