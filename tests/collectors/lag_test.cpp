@@ -61,12 +61,12 @@ TEST_F(Lag, PhantomsAreLeftOutUnlessThereAreNoPorts)
     EXPECT_TRUE(has(fullText(), R"("members":[30,10,31],"memberName":["0/0/0","0/0/0","0/0/0"])"));
     EXPECT_TRUE(has(lightText(), R"("members":[30,10,31])"));
     logClear();
-    portAdd(10, 1, 0, 1);
     state.lags.clear();
     EXPECT_EQ(buildText(getLagInfoList).result, 10000);
     EXPECT_EQ(lightText(), "[]");
-    EXPECT_EQ(logText(), "(ERROR) getLagInfoList: Bad return code trying to get first LAG interface. (result = -26)\n"
-                         "(INFO) getLagInfoListEx: getLagInfoListEx: no LAG interfaces (rc=-26)\n");
+    EXPECT_TRUE(has(logText(), "(ERROR) getLagInfoList: Bad return code trying to get first LAG interface. "
+                               "(result = -26)\n"));
+    EXPECT_TRUE(has(logText(), "(INFO) getLagInfoListEx: getLagInfoListEx: no LAG interfaces (rc=-26)\n"));
 }
 
 // A value that cannot be read takes its default, and no other value or LAG changes.
