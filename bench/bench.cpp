@@ -14,6 +14,7 @@
 #include <cstring>
 #include <functional>
 #include <set>
+#include <valgrind/callgrind.h>
 
 using BODY_T = std::function<void()>;
 
@@ -45,6 +46,7 @@ int main(int argc, char **argv)
     processBegin();
     documentsRunAll();
     std::vector<MEASURED_T> list = measuredList();
+    CALLGRIND_START_INSTRUMENTATION; // all before it was only to get here
     bool good = cycleMeasure(list);
     for (const MEASURED_T &one : list) {
         if (!names.empty() && names.count(one.document.name) == 0)

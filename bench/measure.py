@@ -1,106 +1,139 @@
 #!/usr/bin/python3
-"""Count the instructions of a full cycle and of single documents, each beside its floor.
-
-Runs the bench program once under callgrind, which writes a profile for each measured stretch, and takes out of each what
-the virtual switch spent: the inclusive cost of every call from elsewhere into its library.
-"""
+"""Measure what the daemon costs and print a table a point; the last line names the floor ratio (README.md)."""
 
 import argparse
-import glob
+import concurrent.futures
 import os
-import re
 import subprocess
-import sys
 import tempfile
 
-SWITCH = ("libopenclt.so", "libproc_libs.so")
-NAMED = re.compile(r"^(c?ob|c?fn)=(\(\d+\))?\s?(.*)$")
+import profiles
+import rival
+import running
+import scaled
+
+STUDIO = "platform/virtual/scenarios/studio-52.json"
+LARGE = "platform/virtual/scenarios/large-8.json"
+GOAL_FLOOR = 1.25
+GOAL_GROWTH = 2.2  # of a doubling; what sorts grows a little faster than its rows
+GOAL_MIB = {52: 16, 416: 48}
+GOAL_RIVAL = 20
+PORTS_OF_UNIT = 52
+STARTS = 5
 
 
-def is_switch(path):
-    return os.path.basename(path).split(".so")[0] + ".so" in SWITCH
+def heading(text):
+    print(f"\n{text}", flush=True)
 
 
-class Profiles:
-    """Reads profiles; names are given once and then by number, within a profile."""
-
-    def __init__(self):
-        self.objects = {}
-
-    def object_name(self, number, name):
-        if number and name:
-            self.objects[number] = name
-        return name or self.objects.get(number, "")
-
-    def read(self, path):
-        """(instructions in total, those of the virtual switch)."""
-        self.objects = {}
-        total = switch = 0
-        current = called = ""
-        after_calls = False
-        with open(path, encoding="utf-8", errors="replace") as lines:
-            for line in lines:
-                named = NAMED.match(line)
-                if named:
-                    kind, number, name = named.groups()
-                    if kind == "ob":
-                        current = called = self.object_name(number, name.strip())
-                    elif kind == "cob":
-                        called = self.object_name(number, name.strip())
-                elif line.startswith("calls="):
-                    after_calls = True
-                elif line[:1] in "+-*0123456789" and len(line) > 1:
-                    cost = int(line.split()[1])
-                    if not after_calls:
-                        total += cost
-                    else:
-                        if is_switch(called) and not is_switch(current):
-                            switch += cost
-                        called = current
-                        after_calls = False
-        return total, switch
+def floors_print(rows, where):
+    heading(f"Instructions beside the floor, {where} (goal {GOAL_FLOOR})")
+    print(f"{'document':28} {'instructions':>13} {'floor':>13} {'ratio':>7}   {'(switch)':>13}")
+    for row in rows:
+        ratio = f"{row.ratio():7.2f}" if row.floor else "      -"
+        above = "*" if row.floor and row.ratio() > GOAL_FLOOR else " "
+        print(f"{row.name:28} {row.cost:13,} {row.floor:13,} {ratio} {above} {row.switch:13,}")
 
 
-def measure(program, scenario, names):
-    """Rows (name, cost, of it the switch's, floor) in the order of measuring."""
-    with tempfile.TemporaryDirectory() as folder:
-        out = os.path.join(folder, "profile")
-        command = ["valgrind", "--tool=callgrind", "--quiet", f"--callgrind-out-file={out}",
-                   "--toggle-collect=benchMeasured", "--dump-after=benchMeasured", program, scenario, *names]
-        # bound at start, so that no call hides behind the loader
-        run = subprocess.run(command, stdout=subprocess.PIPE, text=True, env={**os.environ, "LD_BIND_NOW": "1"})
-        if run.returncode != 0:
-            sys.exit(f"measure.py: {program} ended with {run.returncode}")
-        labels = [line.split() for line in run.stdout.splitlines()]
-        profiles = sorted(glob.glob(out + ".[0-9]*"), key=lambda path: int(path.rsplit(".", 1)[1]))
-        if len(profiles) < len(labels):
-            sys.exit(f"measure.py: {len(labels)} stretches, {len(profiles)} profiles")
-        found = {}
-        for (name, what), path in zip(labels, profiles):
-            total, switch = Profiles().read(path)
-            row = found.setdefault(name, {})
-            row[what] = total - switch
-            if what == "cost":
-                row["switch"] = switch
-        return [(name, row["cost"], row["switch"], row["floor"]) for name, row in found.items()]
+def growth_print(by_units):
+    heading(f"Thousands of instructions by ports, and the factor of each doubling (goal: none above {GOAL_GROWTH})")
+    units = sorted(by_units)
+    print(f"{'document':28}" + "".join(f"{unit * PORTS_OF_UNIT:>10}" for unit in units) + "   factors")
+    tables = [{row.name: row.cost for row in by_units[unit]} for unit in units]
+    for name in tables[0]:
+        costs = [table[name] for table in tables]
+        factors = [after / before for before, after in zip(costs, costs[1:])]
+        above = " *" if max(factors) > GOAL_GROWTH else ""
+        print(f"{name:28}" + "".join(f"{cost // 1000:10,}" for cost in costs) + "   " +
+              " ".join(f"{factor:.2f}" for factor in factors) + above)
+
+
+def counts_print(build, scenarios):
+    heading("Platform calls, show commands, bytes of their texts, allocations, processes started: " +
+            " | ".join(f"{ports} ports" for ports in scenarios))
+    tables = []
+    for scenario in scenarios.values():
+        run = subprocess.run([f"{build}/bench/counts", scenario], stdout=subprocess.PIPE, text=True, check=True)
+        tables.append({name: counts for name, *counts in map(str.split, run.stdout.splitlines())})
+    titles = "".join(f"{title:>8}" for title in ("calls", "cmds", "bytes", "allocs", "procs"))
+    print(f"{'document':24}{titles}  |{titles}")
+    for name in tables[0]:
+        print(f"{name:24}" + "  |".join("".join(f"{int(count):8}" for count in table[name]) for table in tables))
+
+
+def daemon_print(build, source, scenarios):
+    heading("The daemon: memory at its peak; milliseconds from exec, medians")
+    print(f"{'ports':>5} {'peak MiB':>9} {'goal':>5} {'init_complete':>14} {'end of cycle 1':>15}")
+    for ports, scenario in scenarios.items():
+        peak = running.peak_mib(build, source, scenario)
+        above = "*" if peak > GOAL_MIB[ports] else " "
+        first, cycle = running.start_ms(build, source, scenario, STARTS)
+        print(f"{ports:5} {peak:8.1f}{above} {GOAL_MIB[ports]:5} {first:14.0f} {cycle:15.0f}")
+
+
+def rival_print(build, source, scenarios):
+    heading(f"{rival.DOCUMENT} from its texts to its record, beside textfsm and json.dumps on the same texts "
+            f"(processor ms, medians; goal {GOAL_RIVAL} times)")
+    print(f"{'ports':>5} {'cmds':>5} {'bytes':>8} {'textfsm':>8} {'here':>8} {'times':>7}")
+    for ports, scenario in scenarios.items():
+        commands, size, there, here = rival.compared(build, source, scenario)
+        below = " *" if there / here < GOAL_RIVAL else ""
+        print(f"{ports:5} {commands:5} {size:8} {there / 1000:8.2f} {here / 1000:8.2f} {there / here:7.1f}{below}")
+
+
+def contention_print(path):
+    heading("Read times beside writers (./dev proof contention leaves them)")
+    if os.path.exists(path):
+        with open(path, encoding="utf-8") as file:
+            print(file.read().rstrip())
+    else:
+        print(f"no {path}")
+
+
+def everything(build, source):
+    studio, large = f"{source}/{STUDIO}", f"{source}/{LARGE}"
+    program = f"{build}/bench/bench"
+    with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        scenarios = {8: large}
+        for units in (4, 2, 1):
+            scenarios[units] = f"{folder}/{units}.json"
+            with open(scenarios[units], "w", encoding="utf-8") as file:
+                file.write(scaled.scaled(large, units))
+        jobs = {units: pool.submit(profiles.costs, program, path) for units, path in scenarios.items()}
+        studio_job = pool.submit(profiles.costs, program, studio)
+        by_units = {units: job.result() for units, job in jobs.items()}
+        studio_rows = studio_job.result()
+
+    # What takes time comes when nothing else runs.
+    by_ports = {PORTS_OF_UNIT: studio, 8 * PORTS_OF_UNIT: large}
+    growth_print(by_units)
+    counts_print(build, by_ports)
+    daemon_print(build, source, by_ports)
+    rival_print(build, source, by_ports)
+    contention_print(f"{os.path.dirname(build)}/contention.txt")
+    floors_print(by_units[8], "large-8: 416 ports, 512 VLANs, 16,384 addresses")
+    floors_print(studio_rows, "studio-52: 52 ports")
+    return {"52 ports": studio_rows[0], "416 ports": by_units[8][0]}
 
 
 def main():
-    parser = argparse.ArgumentParser(description="instructions of a cycle and of documents beside their floors")
-    parser.add_argument("program")
-    parser.add_argument("scenario")
-    parser.add_argument("names", nargs="*", help="documents; default: all")
+    parser = argparse.ArgumentParser(description="what the daemon costs, a table a point")
+    parser.add_argument("--build", required=True, help="build folder, for example build/release")
+    parser.add_argument("--scenario", help="only the floors, on this scenario")
+    parser.add_argument("names", nargs="*", help="only the floors of these documents")
     args = parser.parse_args()
+    build = os.path.abspath(args.build)
+    source = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
-    rows = measure(args.program, args.scenario, args.names)
-    print(f"{'document':28} {'instructions':>13} {'floor':>13} {'ratio':>7} {'(switch)':>13}")
-    for name, cost, switch, floor in rows:
-        ratio = f"{cost / floor:7.2f}" if floor else "      -"
-        print(f"{name:28} {cost:13,} {floor:13,} {ratio} {switch:13,}")
-    name, cost, _, floor = rows[0]
-    if name != "cycle" or not floor:
-        sys.exit("measure.py: no cycle was measured")
-    print(f"floor ratio of a full cycle: {cost / floor:.2f}")
+    if args.scenario or args.names:
+        scenario = args.scenario or f"{source}/{STUDIO}"
+        rows = profiles.costs(f"{build}/bench/bench", scenario, args.names)
+        floors_print(rows, os.path.basename(scenario))
+        cycles = {os.path.basename(scenario): rows[0]}
+    else:
+        cycles = everything(build, source)
+    ratios = ", ".join(f"{row.ratio():.2f} ({where})" for where, row in cycles.items())
+    print(f"\nfloor ratio of a full cycle: {ratios}")
 
 
 if __name__ == "__main__":
