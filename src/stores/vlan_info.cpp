@@ -92,8 +92,7 @@ VLAN_INFO_LIST_T *vlanInfoListCreate()
     OWNED_VLAN_INFO_LIST list(static_cast<VLAN_INFO_LIST_T *>(calloc(1, sizeof(VLAN_INFO_LIST_T))));
     if (list == nullptr)
         return nullptr;
-    // Two megabytes of which few are used: rows are filled as they are read, not cleared here.
-    list->entries = static_cast<VLAN_INFO_ENTRY_T *>(malloc(VLAN_INFO_CAPACITY * sizeof(VLAN_INFO_ENTRY_T)));
+    list->entries = static_cast<VLAN_INFO_ENTRY_T *>(calloc(VLAN_INFO_CAPACITY, sizeof(VLAN_INFO_ENTRY_T)));
     list->capacity = VLAN_INFO_CAPACITY;
     return list->entries == nullptr ? nullptr : list.release();
 }
