@@ -93,16 +93,11 @@ TEST_F(Monitor, EachCycleRebuildsWhatIsDueInOrder)
     }
 }
 
-TEST_F(Monitor, DirectItemsStoreUnderTheirKeysAndAreSignalledOnce)
+TEST_F(Monitor, ChangesOfACycleAreSignalledOnce)
 {
-    const std::string tail = R"(:[1],"resp":{"respCode":0,"respMsg":"Success","status":"success"}})";
-    cycle();
-    EXPECT_EQ(compact(cacheRead("portStats_outbound_ex")), R"({"OutPortStatisticsEx")" + tail);
-    EXPECT_EQ(compact(cacheRead("portStats_inbound_ex")), R"({"InPortStatisticsEx")" + tail);
-    EXPECT_EQ(compact(cacheRead("swcfg_poe_info")), R"({"poeInfo")" + tail);
-    EXPECT_EQ(restDbChanged, 0);
-
     fakesRegister({"portStats_outbound_ex", "portStats_inbound_ex", "swcfg_poe_info"});
+    cycle();
+    EXPECT_EQ(restDbChanged, 0);
     for (bool changed : {false, true}) {
         LISTENER_T listener;
         fake.text = changed ? "[2]" : "[1]";

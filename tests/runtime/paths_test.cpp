@@ -30,7 +30,6 @@ TEST(Paths, RefusedRootOrScratchFolderChangesNothing)
     EXPECT_EQ(PathsInit(LONGEST_ROOT.c_str(), nullptr), -1);
     EXPECT_EQ(PathsInit(nullptr, std::string(60, 's').c_str()), -1);
     EXPECT_STREQ(PathGet(PATH_LOG), "/tmp/r/tmp/tk830.log");
-    EXPECT_STREQ(PathGet(PATH_SHOW_SLOT), "/tmp/r/mnt/application/kelo/tmp/show_slot");
     EXPECT_STREQ(PathGet(PATH_COUNT), "");
 }
 
@@ -38,7 +37,6 @@ TEST(Paths, ScratchFolderMovesOutputFilesOnly)
 {
     ASSERT_EQ(PathsInit("/tmp/r", "/tmp/r/scratch"), 0);
     EXPECT_STREQ(PathGet(PATH_SHOW_OPTICS), "/tmp/r/scratch/fo_all.txt");
-    EXPECT_STREQ(PathGet(PATH_SHOW_RADIUS), "/tmp/r/scratch/radius");
     EXPECT_STREQ(PathGet(PATH_BOOTVAR_LOCK), "/tmp/r/tmp/bootvarGet.lock");
     char cut[8] = "";
     PathNumbered(PATH_SHOW_ACL, 7, cut, sizeof(cut));

@@ -67,3 +67,11 @@ inline void spoilCommand(const char *command, VS_FAULT_KIND kind)
     fault.kind = kind;
     vsFaultAdd(fault);
 }
+
+inline std::string withCrlf(const std::string &text)
+{
+    std::string out;
+    for (char character : text)
+        out += character == '\n' ? std::string("\r\n") : std::string(1, character);
+    return out;
+}

@@ -152,36 +152,6 @@ TEST_F(SWAPI, EveryFailureGivesItsDefaultAndItsLine)
     }
 }
 
-TEST_F(SWAPI, DisplayNames)
-{
-    struct ROW_T {
-        const char *failing;
-        uint32_t ifNum;
-        const char *expected;
-    };
-    static const ROW_T rows[] = {
-        {nullptr, 2, "0 1/0/2"},
-        {nullptr, 101, "0 lag 1"},
-        {nullptr, 102, "0 lag 2"},
-        {nullptr, 50, "10000 kept"},
-        {"openapiIfFirstGet", 101, "10000 kept"},
-        {"rpcclt_openapiHashIntfUnitSlotPortGet", 2, "10000 kept"},
-    };
-    for (const ROW_T &row : rows) {
-        vsFaultsClear();
-        if (row.failing != nullptr)
-            failCall(row.failing, -5);
-        char text[12] = "kept";
-        int result = ifDisplayNameGet(&handle, row.ifNum, text);
-        EXPECT_EQ(shownText(result, text), row.expected) << row.ifNum;
-    }
-    char cut[4];
-    vsFaultsClear();
-    EXPECT_EQ(ifNameGet(&handle, 102, cut, sizeof cut), 0);
-    EXPECT_STREQ(cut, "lag");
-    EXPECT_EQ(logText(), "");
-}
-
 TEST_F(SWAPI, PlatformCodesBecomeTheDocuments)
 {
     static const uint32_t fans[][2] = {{0, 0}, {1, 0}, {2, 3}, {3, 1}, {4, 2}, {5, 0}};
@@ -211,17 +181,11 @@ TEST_F(SWAPI, AddressAndMacTexts)
 {
     vsState().system.serviceAddress = 0xC0A80114;
     vsState().system.mac = "02:ab:0C:00:00:FF";
-    struct ROW_T {
-        char separator;
-        const char *expected;
-    };
-    static const ROW_T rows[] = {{':', "0 192.168.1.20 02:AB:0C:00:00:FF"},
-                                 {'\0', "0 192.168.1.20 02AB0C0000FF"},
-                                 {'~', "0 192.168.1.20 02~AB~0C~00~00~FF"},
-                                 {'\n', "0 192.168.1.20 02AB0C0000FF"},
-                                 {'\x7f', "0 192.168.1.20 02AB0C0000FF"}};
-    for (const ROW_T &row : rows)
-        EXPECT_EQ(addressAndMac(&handle, row.separator), row.expected);
+    static const std::pair<char, const char *> rows[] = {{'~', "0 192.168.1.20 02~AB~0C~00~00~FF"},
+                                                         {'\0', "0 192.168.1.20 02AB0C0000FF"},
+                                                         {'\x7f', "0 192.168.1.20 02AB0C0000FF"}};
+    for (const auto &row : rows)
+        EXPECT_EQ(addressAndMac(&handle, row.first), row.second);
 }
 
 TEST_F(SWAPI, TrunkPortsOfTheTable)
