@@ -6,11 +6,7 @@ using LoggingConfig = SWITCH_TEST;
 
 TEST_F(LoggingConfig, BufferedLogFollowsTheCommandLines)
 {
-    struct {
-        const char *text;
-        const char *switchLog;
-        int level;
-    } cases[] = {
+    const std::tuple<const char *, const char *, int> cases[] = {
         {"", "false", 1}, // the console's severity
         {"Buffered Logging : enabled\nBuffered Logging Severity Filter : warning\n", "true", 4},
         {"Buffered Logging : disabled\r\nBuffered Logging Severity Filter : informational\r\n", "false", 6},
@@ -19,38 +15,19 @@ TEST_F(LoggingConfig, BufferedLogFollowsTheCommandLines)
     };
     vsState().system.commandLogging = true;
     vsState().system.consoleLogging = false;
-    for (const auto &one : cases) {
-        vsTextSet("show logging", one.text);
+    for (const auto &[text, switchLog, level] : cases) {
+        vsTextSet("show logging", text);
         EXPECT_EQ(compact(buildBuffer(getLogConfigJson, 4096).text),
-                  std::string(R"({"commandLog":true,"consoleLog":false,"switchLog":)") + one.switchLog +
-                      R"(,"bufferedLoggingLevel":)" + std::to_string(one.level) + R"(,"consoleLoggingLevel":1})")
-            << one.text;
+                  std::string(R"({"commandLog":true,"consoleLog":false,"switchLog":)") + switchLog +
+                      R"(,"bufferedLoggingLevel":)" + std::to_string(level) + R"(,"consoleLoggingLevel":1})")
+            << text;
     }
-    EXPECT_FALSE(fileExists(PathGet(PATH_SHOW_LOGGING)));
-}
-
-TEST_F(LoggingConfig, FirstFailureEndsIt)
-{
-    struct {
-        VS_FAULT_T fault;
-        int result;
-        const char *what;
-    } cases[] = {
-        {{"show logging", "", 1, VS_FAIL}, 10000, "sys Logging mode"},
-        {{"show logging", "", 1, VS_NO_FILE}, -26, "sys Logging mode"},
-        {{"rpcclt_openapiConsoleLoggingSeverityGet"}, -1, "Console Logging level"},
-        {{"show logging", "", 2, VS_NO_FILE}, -26, "Buffered Logging level"},
-        {{"rpcclt_openapiConsoleLoggingModeGet"}, -1, "Persistent Logging mode"},
-        {{"rpcclt_openapiCliCmdLoggingModeGet"}, -1, "Persistent Logging mode"},
-    };
-    for (const auto &one : cases) {
-        vsFaultAdd(one.fault);
-        BUILT_T built = buildBuffer(getLogConfigJson, 4096);
-        std::string line = std::string("(ERROR) getLogConfig: Bad return code trying to get ") + one.what +
-                           ". (result = " + std::to_string(one.result) + ")\n";
-        EXPECT_EQ(built.result, one.result) << line;
-        EXPECT_EQ(built.text, "") << line;
-        EXPECT_NE(logText().find(line), std::string::npos) << logText();
+    for (const auto &[kind, result] : {std::pair(VS_FAIL, 10000), {VS_NO_FILE, -26}}) {
+        vsFaultAdd({"show logging", "", 1, kind});
+        logClear();
+        EXPECT_EQ(buildBuffer(getLogConfigJson, 4096).result, result);
+        EXPECT_TRUE(has(logText(), "(ERROR) getLogConfig: Bad return code trying to get sys Logging mode. (result = " +
+                                       std::to_string(result) + ")\n"));
         vsFaultsClear();
     }
 }
