@@ -21,23 +21,19 @@ static std::string document()
     return built.text;
 }
 
-TEST_F(ProfileTemplates, OfferedOnesStandInTheOrderOfTheirNames)
+TEST_F(ProfileTemplates, OfferedOnesDependOnTheModel)
 {
-    for (const char *name : {"a", "Z", "Audio_Video_AVB", "Audio_Video_SMPTE", "Poly_StudioNet_Modular_Room_Switch",
-                             "Audio_Video_AVB_MILAN_with_Dante_PTPv1_PTPv2_or_AES67", "Audio_Video_AVB_MILAN"})
+    for (const char *name : {"a", "Z", "Audio_Video_SMPTE", "Poly_StudioNet_Modular_Room_Switch"})
         fileWrite(path(name), "\"" + std::string(name).substr(0, 17) + "\"");
-    const std::string avb = R"(["Audio_Video_AVB","Audio_Video_AVB_M","Audio_Video_AVB_M",)";
-    const std::pair<const char *, std::string> cases[] = {{"TK830-T16", avb + R"("Z","a"])"},
-                                                          {"TK830-T04", avb + R"("Audio_Video_SMPTE","Z","a"])"},
-                                                          {"TK620-R13-X", avb + R"("Poly_StudioNet_Mo","Z","a"])"}};
-    vsState().units.resize(1);
-    vsState().units[0].management = true;
-    for (const auto &[model, expected] : cases) {
+    vsState().units.emplace_back().management = true;
+    for (const auto &[model, expected] : {std::pair("TK830-T16", R"(["Z","a"])"),
+                                          {"TK830-T04", R"(["Audio_Video_SMPTE","Z","a"])"},
+                                          {"TK620-R13-X", R"(["Poly_StudioNet_Mo","Z","a"])"}}) {
         vsState().units[0].model = model;
         EXPECT_EQ(document(), expected);
     }
     vsUnload(); // no model at all
-    EXPECT_EQ(document(), cases[0].second);
+    EXPECT_EQ(document(), R"(["Z","a"])");
     std::filesystem::remove_all(path(""));
     EXPECT_EQ(document(), "[]");
     EXPECT_EQ(logText(), line + "Open dir error...\n");
@@ -53,10 +49,8 @@ TEST_F(ProfileTemplates, SpoiltOnesArePassedOver)
         {" {\"x\": [2]} \n", ", {\"x\": [2]} \n"}, // copied as it stands
         {"2" + nul + "rubbish", ",2"},
         {"2],[2", bad},
-        {"2,2", bad},
         {" \n", bad},
         {"\xEF\xBB\xBF{}", bad},
-        {"\x80\xFF\x01", bad},
         {std::string(1000, '[') + std::string(1000, ']'), bad}, // too deep for the JSON library inside the array
     };
     fileWrite(path("a"), "1");
@@ -77,16 +71,13 @@ TEST_F(ProfileTemplates, SpoiltOnesArePassedOver)
 // With the bracket before and three characters after an element, 30719 may be used.
 TEST_F(ProfileTemplates, FullBufferEndsTheList)
 {
-    const std::tuple<size_t, size_t, const char *> cases[] = {
-        {30716, 2, ""}, {40000, 2, ""}, {30715, 2, "a"}, {20000, 10716, "a"}, {20000, 10715, "ab"}};
     fileWrite(path("c"), "1");
-    for (const auto &[a, b, kept] : cases) {
+    for (const auto &[a, b, kept] : {std::tuple(30716, 2, 0), {30715, 2, 1}, {20000, 10716, 1}, {20000, 10715, 2}}) {
         const std::string first = "\"" + std::string(a - 2, 'x') + "\"", second = "\"" + std::string(b - 2, 'x') + "\"";
         fileWrite(path("a"), first);
         fileWrite(path("b"), second);
-        const std::string elements = *kept == '\0' ? "" : kept[1] == '\0' ? first : first + "," + second;
+        const std::string elements = kept == 0 ? "" : kept == 1 ? first : first + "," + second;
         EXPECT_TRUE(document() == "[" + elements + "]") << a << " " << b;
         EXPECT_EQ(logText(), line + "ProfileTemplateGet: Response buffer full, skipping remaining profiles\n");
     }
-    EXPECT_EQ(buildBuffer(profileTemplateBuild, PROFILE_TEMPLATE_BUFFER_SIZE - 1).result, 10003);
 }
