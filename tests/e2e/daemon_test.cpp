@@ -3,6 +3,7 @@
 #include "e2e/daemon.h"
 
 #include <algorithm>
+#include <sys/resource.h>
 
 static bool saysSuccess(const std::string &text)
 {
@@ -63,6 +64,43 @@ TEST(Startup, WithoutAServerTheCacheIsLeftAlone)
                     line.find("RPC call can fail until server starts. Keep trying") != std::string::npos;
     EXPECT_EQ(warnings, 6u);
 }
+
+class EndedBySignal : public testing::TestWithParam<int> {};
+
+TEST_P(EndedBySignal, StatusIs2AndASegmentationFaultAborts)
+{
+    DAEMON_T daemon;
+    daemon.seed();
+    daemon.start();
+    ASSERT_TRUE(daemon.waitLog("Successfully initialized"));
+    kill(daemon.process.pid, GetParam());
+    int status = daemon.process.wait();
+    if (GetParam() == SIGSEGV)
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT) << status;
+    else
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 2) << status;
+}
+INSTANTIATE_TEST_SUITE_P(Daemon, EndedBySignal, testing::Values(SIGTERM, SIGHUP, SIGQUIT, SIGSEGV));
+
+#ifndef __SANITIZE_THREAD__ // which wants the usual address space
+// No thread can be made when its default stack, the limit on stacks, does not fit the address space.
+TEST(Startup, WithoutThreadsEndsWithStatus1)
+{
+    DAEMON_T daemon;
+    daemon.expectedErrors = {"Task Init Failed for <TMR> ", "Failed to initialize orbit agent daemon "};
+    daemon.seed();
+    struct rlimit usual = {}, vast = {};
+    ASSERT_EQ(getrlimit(RLIMIT_STACK, &usual), 0);
+    vast = usual;
+    vast.rlim_cur = static_cast<rlim_t>(1) << 46;
+    if (setrlimit(RLIMIT_STACK, &vast) != 0)
+        GTEST_SKIP() << "the hard limit on stacks is too low to provoke it";
+    daemon.start();
+    ASSERT_EQ(setrlimit(RLIMIT_STACK, &usual), 0);
+    int status = daemon.process.wait();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+}
+#endif
 
 TEST(FirstCycle, WritesEveryDocumentOfThisBuild)
 {
