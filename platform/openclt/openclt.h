@@ -267,8 +267,8 @@ int rpcclt_openapiLagMaxMemberCountGet(openclt_handle_t *handle, uint32_t *count
 
 /* Members of a LAG: `count` is the room (in members) on entry and the number of members on return, `members` receives
  * that many 32-bit interface numbers. */
-int rpcclt_openapiLagMembersGet(openclt_handle_t *handle, uint32_t lagIfNum, uint32_t *count,
-                                openclt_buffer_t *members, uint32_t bufferSize);
+int rpcclt_openapiLagMembersGet(openclt_handle_t *handle, uint32_t lagIfNum, uint32_t *count, openclt_buffer_t *members,
+                                uint32_t bufferSize);
 
 /* ---- spanning tree ---- */
 

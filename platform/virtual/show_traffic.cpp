@@ -131,18 +131,9 @@ static std::string opticsValues(const VS_STATE_T &state, double now, const std::
 }
 
 static constexpr VS_COLUMN_T INFO_COLUMNS[] = {
-    {0, 8, "Port"},
-    {9, 16, "Vendor Name"},
-    {26, 6, "Length\n50um\n[m]"},
-    {33, 6, "Length\n62.5um\n[m]"},
-    {40, 6, "Length\n[m]"},
-    {47, 16, "Serial Number"},
-    {64, 16, "Part Number"},
-    {81, 7, "Nominal\nRate\n[Mbps]"},
-    {89, 4, "Rev"},
-    {94, 16, "Compliance"},
-    {111, 12, "Supported"},
-    {124, 9, "Possible\nSpeed"},
+    {0, 8, "Port"},         {9, 16, "Vendor Name"},    {26, 6, "Length\n50um\n[m]"}, {33, 6, "Length\n62.5um\n[m]"},
+    {40, 6, "Length\n[m]"}, {47, 16, "Serial Number"}, {64, 16, "Part Number"},      {81, 7, "Nominal\nRate\n[Mbps]"},
+    {89, 4, "Rev"},         {94, 16, "Compliance"},    {111, 12, "Supported"},       {124, 9, "Possible\nSpeed"},
 };
 
 static std::string opticsInfo(const VS_STATE_T &state, double now, const std::string &)

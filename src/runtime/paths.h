@@ -8,12 +8,12 @@
 
 enum PATH_ID : int {
     // files shared with other programs
-    PATH_LOG,           // log file
-    PATH_LOG_OLD,       // its old generation
-    PATH_LOG_LEVEL,     // level file
-    PATH_REST_DB,       // REST cache
-    PATH_REST_JOURNAL,  // its journal, when another program keeps one
-    PATH_REST_DB_BAD,   // the last damaged one
+    PATH_LOG,          // log file
+    PATH_LOG_OLD,      // its old generation
+    PATH_LOG_LEVEL,    // level file
+    PATH_REST_DB,      // REST cache
+    PATH_REST_JOURNAL, // its journal, when another program keeps one
+    PATH_REST_DB_BAD,  // the last damaged one
     PATH_REST_JOURNAL_BAD,
     PATH_REST_DELTA,    // change list
     PATH_LOCK_DIR,      // lock files

@@ -5,10 +5,10 @@
 
 #include <cstdint>
 
-// One listed interface, in the order of "show interfaces status all"; zeroed by the owner of the table. Sizes include the
-// terminator.
+// One listed interface, in the order of "show interfaces status all"; zeroed by the owner of the table. Sizes include
+// the terminator.
 struct INTERFACE_ENTRY_T {
-    char name[22];  // at most 9 characters are filled
+    char name[22]; // at most 9 characters are filled
     char linkState[7];
     char physicalMode[13];
     char physicalStatus[13];
@@ -22,8 +22,8 @@ struct INTERFACE_ENTRY_T {
 [[nodiscard]] int interfacesStatusFromCliGet(INTERFACE_ENTRY_T *table, uint32_t physical, uint32_t further,
                                              uint32_t *count);
 
-// Add the FEC texts and the fan-out modes to a filled table of `count` entries. Names must follow the table's order; one that
-// does not leaves it and all later ones out. 0 or 10016.
+// Add the FEC texts and the fan-out modes to a filled table of `count` entries. Names must follow the table's order;
+// one that does not leaves it and all later ones out. 0 or 10016.
 [[nodiscard]] int interfacesFecModeFromCliGet(INTERFACE_ENTRY_T *table, uint32_t count);
 [[nodiscard]] int interfacesFanOutModeFromCliGet(INTERFACE_ENTRY_T *table, uint32_t count);
 
@@ -31,5 +31,6 @@ struct INTERFACE_ENTRY_T {
 void interfacesTableFill(CLIENT_HANDLE_T *clientHandle, INTERFACE_ENTRY_T *table, uint32_t physical, uint32_t further,
                          uint32_t *count);
 
-// Class of a FEC text: the first of "Disable", "Auto", "CL108", "CL91", "CL74", "RS108" that it contains, else "Unknown".
+// Class of a FEC text: the first of "Disable", "Auto", "CL108", "CL91", "CL74", "RS108" that it contains, else
+// "Unknown".
 [[nodiscard]] const char *fecClassGet(const char *fec);
