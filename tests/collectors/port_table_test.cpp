@@ -128,7 +128,7 @@ TEST_F(PortTable, FailedReadGivesItsDefault)
             {{"rpcclt_openapiPoePsePortAdminEnableGet", "1"}, {R"("poeIsValid":3)", R"("poeIsValid":1)"}},
             {{"rpcclt_openapiPoePsePortSensorsGet", "1"}, {"3900", "0"}},
             {{"rpcclt_openapiHashIntfUnitSlotPortGet", "1"},
-             {R"("1/0/1")", R"("0/0/0")", R"("portCapability":8)", R"("portCapability":3)", ":25", ":0"}},
+             {R"("1/0/1")", R"("0/0/0")", R"("portCapability":8)", R"("portCapability":0)", ":25", ":0"}},
         });
     for (VS_FAULT_KIND kind : {VS_FAIL, VS_NO_FILE}) {
         vsFaultAdd({"show port status all", "", 0, kind});

@@ -333,8 +333,9 @@ static void modulesRead(PORT_TABLE_T *table)
     while (firstBySlot <= PORT_TABLE_UNITS && strcmp(table->units[firstBySlot - 1].model, CHASSIS_830) != 0)
         firstBySlot++;
     portRecordsVisit(table, [table, firstBySlot](PORT_RECORD_T *record) {
-        (void)boxsSfpTypeGet(table->clientHandle, record->ifNum, &record->moduleType);        // 0, logged
-        (void)ifCapabilitiesGet(table->clientHandle, record->ifNum, &record->portCapability); // logged
+        (void)boxsSfpTypeGet(table->clientHandle, record->ifNum, &record->moduleType); // 0, logged
+        if (ifCapabilitiesGet(table->clientHandle, record->ifNum, &record->portCapability) != RESULT_OK)
+            record->portCapability = 0; // logged; what it leaves is no class
         if (record->unit >= firstBySlot)
             (void)slotModuleTypeGet(table, record, &record->moduleType); // unchanged for an empty slot
         if (record->moduleType >= MODULE_TYPE_LAST)
