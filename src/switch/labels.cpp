@@ -19,7 +19,7 @@ void portCliName(const openclt_usp_t *usp, char out[PORT_LABEL_SIZE])
 
 void lagLabel(uint32_t number, char out[PORT_LABEL_SIZE])
 {
-    snprintf(out, PORT_LABEL_SIZE, "lag%u", number);
+    snprintf(out, PORT_LABEL_SIZE, "lag%d", static_cast<int>(number)); // 0, -1 ... before the first LAG
 }
 
 const char *stpFwdStateText(uint32_t state)
