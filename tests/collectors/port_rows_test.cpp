@@ -47,6 +47,30 @@ static std::string rowOf(const std::string &document, const std::string &name)
     return at == std::string::npos ? "" : document.substr(at, document.find("},", at) - at);
 }
 
+// Without its command a column shows its default; without the table of all interfaces there is no row.
+TEST_F(PortRows, StatusKeepsTheDefaultsOfATableThatIsMissing)
+{
+    const char *const cases[][4] = {
+        {"show interfaces description all", "1/0/2", R"("description":"Stage left")", R"("description":"")"},
+        {"show port all", "1/0/2", R"("adminState":0)", R"("adminState":1)"},
+        {"show port advertise", "1/0/3", R"("autonegotiation":"Enable")", R"("autonegotiation":"Disable")"},
+        {"show storm-control all", "1/0/3", R"(StormControl":"Enable")", R"(StormControl":"Disable")"},
+        {"show vlan port all", "1/0/2", R"("profileName":"Pixels")", R"("profileName":"Default")"},
+        {"show spanning-tree interface all", "1/0/3", R"("stpTcnGuard":"Enable")", R"("stpTcnGuard":"Disable")"},
+        {"show spanning-tree mst port summary 0 all", "1/0/18", R"(State":"Forwding")", R"(State":"Disable")"},
+    };
+    for (const auto &[command, name, had, shows] : cases) {
+        EXPECT_TRUE(has(rowOf(status(), name), had)) << command;
+        for (VS_FAULT_KIND kind : {VS_FAIL, VS_NO_FILE, VS_EMPTY}) {
+            vsFaultAdd({command, "", 0, kind});
+            EXPECT_TRUE(has(rowOf(status(), name), shows)) << command << " " << kind;
+            vsFaultsClear();
+        }
+    }
+    vsFaultAdd({"show interfaces status all"});
+    EXPECT_EQ(status(), R"({"rows":[],"indexPage":1,"pageSize":0,"total":0})");
+}
+
 // Texts that no switch of ours prints, each with what a row shows then.
 TEST_F(PortRows, StatusTakesLinesByTheirColumns)
 {
