@@ -74,11 +74,12 @@ def daemon_print(build, source, scenarios):
 def rival_print(build, source, scenarios):
     heading(f"{rival.DOCUMENT} from its texts to its record, beside textfsm and json.dumps on the same texts "
             f"(processor ms, medians; goal {GOAL_RIVAL} times)")
-    print(f"{'ports':>5} {'cmds':>5} {'bytes':>8} {'textfsm':>8} {'here':>8} {'times':>7}")
+    print(f"{'ports':>5} {'cmds':>5} {'bytes':>8} {'textfsm':>8} {'here':>8} {'times':>7} {'files+store':>12}")
     for ports, scenario in scenarios.items():
-        commands, size, there, here = rival.compared(build, source, scenario)
-        below = " *" if there / here < GOAL_RIVAL else ""
-        print(f"{ports:5} {commands:5} {size:8} {there / 1000:8.2f} {here / 1000:8.2f} {there / here:7.1f}{below}")
+        commands, size, there, here, handling = rival.compared(build, source, scenario)
+        below = "*" if there / here < GOAL_RIVAL else " "
+        print(f"{ports:5} {commands:5} {size:8} {there / 1000:8.2f} {here / 1000:8.2f} {there / here:7.1f}{below}"
+              f"{handling / 1000:12.2f}")
 
 
 def contention_print(path):

@@ -31,12 +31,12 @@ def parsed(template, text):
 
 
 def compared(build, source, scenario):
-    """(commands, bytes, microseconds there, microseconds here): medians of processor time."""
+    """(commands, bytes, microseconds there, here, and here for files and store alone): medians of processor time."""
     with tempfile.TemporaryDirectory() as folder:
         run = subprocess.run([f"{build}/bench/texts", scenario, folder, DOCUMENT], stdout=subprocess.PIPE, text=True,
                              check=True)
-        figures, *commands = run.stdout.strip().split("|")
-        here = [float(figure) for figure in figures.split()[1:]]
+        whole, handling, *commands = run.stdout.strip().split("|")
+        here = [statistics.median(map(float, figures.split())) for figures in (whole, handling)]
         known = templates(f"{source}/bench/textfsm")
         work = []
         for command in commands:
@@ -49,4 +49,4 @@ def compared(build, source, scenario):
         for template, text in work:
             json.dumps(parsed(template, text))
         there.append(1e6 * (time.process_time() - begin))
-    return len(work), sum(len(text) for _, text in work), statistics.median(there), statistics.median(here)
+    return len(work), sum(len(text) for _, text in work), statistics.median(there), *here
