@@ -34,6 +34,10 @@ int main(int argc, char **argv)
     char scratch[] = "/tmp/dmw_XXXXXX";
     std::error_code ignored; // a temporary folder that cannot be removed harms nobody
 
+    if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+        fputs(usageText, stdout);
+        return 0;
+    }
     if (!optionsTake(argc, argv, &root, &name)) {
         fputs(usageText, stderr);
         return 2;
