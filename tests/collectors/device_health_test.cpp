@@ -127,6 +127,7 @@ TEST_F(DeviceHealth, UsageNeedsAllOfItsLines)
                 {
                     {unit + "1\n" + memory + total, good},
                     {unit + "8\r\nalloc    1\r\nfree     2\r\n" + total, R"([{"unit":8,"usage":"33.33%"}])"},
+                    {unit + "1\nfree     4000000000\nalloc    12000000000\n" + total, good},
                     {unit + "1\nalloc    3\n" + total, "[]"},
                     {unit + "1\nfree     1\nalloc    0\n" + total, "[]"},
                     // a unit without its own numbers does not show its predecessor's

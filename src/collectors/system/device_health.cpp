@@ -11,6 +11,7 @@
 #include "switch/columns.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <strings.h>
 
@@ -29,7 +30,8 @@ static bool fanLineStore(const char *line, FAN_TABLE_T *fans);
 static bool rowInTable(int unit, int id);
 static uint32_t sensorState(const char *text);
 static uint32_t fanState(const char *text);
-static void usageStore(const char *line, int unit, int allocated, int free, USAGE_TABLE_T *table);
+static int64_t memoryNumber(const char *line);
+static void usageStore(const char *line, int unit, int64_t allocated, int64_t free, USAGE_TABLE_T *table);
 
 int deviceHealthGet(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -87,7 +89,8 @@ int cpuMemoryUsageGet(CLIENT_HANDLE_T *clientHandle, USAGE_TABLE_T *table)
     SHOW_REQUEST_T request = {__func__, "show process cpu all", PATH_SHOW_PROCESS_CPU, SHOW_NAME_RANDOM};
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
-    int unit = 0, allocated = 0, free = 0;
+    int unit = 0;
+    int64_t allocated = 0, free = 0;
 
     *table = {};
     int result = showFileRun(&show, clientHandle, request);
@@ -100,9 +103,9 @@ int cpuMemoryUsageGet(CLIENT_HANDLE_T *clientHandle, USAGE_TABLE_T *table)
             allocated = 0; // a unit without its own lines must not show its predecessor's
             free = 0;
         } else if (textBegins(line, "free")) {
-            free = columnStrtol(line, 7);
+            free = memoryNumber(line);
         } else if (textBegins(line, "alloc")) {
-            allocated = columnStrtol(line, 7);
+            allocated = memoryNumber(line);
         } else if (textBegins(line, "Total CPU Utilization")) {
             usageStore(line, unit, allocated, free, table);
         }
@@ -284,8 +287,16 @@ static uint32_t fanState(const char *text)
     return textBegins(text, "Not") ? 2 : 3;
 }
 
+// Not held within an int: two clamped numbers would show a wrong share.
+static int64_t memoryNumber(const char *line)
+{
+    char word[CLI_LINE_SIZE];
+
+    return columnWord(line, 7, word, sizeof(word)) ? strtoll(word, nullptr, 10) : 0;
+}
+
 // The line of totals ends a unit's block. A unit that lacks one of its memory lines gives no usage at all.
-static void usageStore(const char *line, int unit, int allocated, int free, USAGE_TABLE_T *table)
+static void usageStore(const char *line, int unit, int64_t allocated, int64_t free, USAGE_TABLE_T *table)
 {
     char usage[sizeof(USAGE_T::usage)];
 
@@ -300,5 +311,6 @@ static void usageStore(const char *line, int unit, int allocated, int free, USAG
 
     USAGE_T &memory = table->memory[unit - 1];
     memory.unit = static_cast<uint32_t>(unit);
-    snprintf(memory.usage, sizeof(memory.usage), "%.2f%%", allocated / (1.0 * allocated + free) * 100);
+    auto part = static_cast<double>(allocated);
+    snprintf(memory.usage, sizeof(memory.usage), "%.2f%%", part / (part + static_cast<double>(free)) * 100);
 }
