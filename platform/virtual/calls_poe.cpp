@@ -23,20 +23,6 @@ template <typename READ> int poeNumber(const char *name, void *handle, uint32_t 
     return vsNumberOf(call, handle, port == nullptr ? nullptr : &port->poe, value, read);
 }
 
-// A number of a unit that feeds power.
-template <typename READ> int poeUnit(const char *name, void *handle, uint32_t unit, uint32_t *value, READ read)
-{
-    VS_CALL_T call(name, unit);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    const VS_UNIT_T *found = vsFind<VS_UNIT_T>(call.state(), unit, call.now());
-    if (found != nullptr && !found->poeSupported) {
-        return OPENCLT_UNAVAILABLE;
-    }
-    return vsNumberOf(call, handle, found, value, read);
-}
-
 // The port meant by an interface number, or by a port number within the unit. Callers ask for interface numbers of
 // any unit by the local one.
 const VS_PORT_T *schedulePort(const VS_CALL_T &call, uint32_t unit, uint32_t number)
@@ -115,7 +101,7 @@ int periodEnd(const char *call_name, void *handle, openclt_buffer_t *name, uint3
 
 } // namespace
 
-// ---- PoE of a unit ----
+// ---- PoE of a unit; one that cannot feed power answers too, and has 0 watts ----
 
 int rpcclt_openapiPoeIsSupported(openclt_handle_t *handle, uint32_t unit, uint32_t *supported)
 {
@@ -124,19 +110,20 @@ int rpcclt_openapiPoeIsSupported(openclt_handle_t *handle, uint32_t unit, uint32
 
 int rpcclt_openapiPoePseMainConsumptionPowerGet(openclt_handle_t *handle, uint32_t unit, uint32_t *power)
 {
-    return poeUnit(__func__, handle, unit, power, [](const VS_STATE_T &state, const VS_UNIT_T &row, double now) {
-        return vsPoeConsumption(state, row.unit, now);
-    });
+    return vsNumberGet<VS_UNIT_T>(__func__, handle, unit, power,
+                                  [](const VS_STATE_T &state, const VS_UNIT_T &row, double now) {
+                                      return vsPoeConsumption(state, row.unit, now);
+                                  });
 }
 
 int rpcclt_openapiPoePseTotalAvailablePowerGet(openclt_handle_t *handle, uint32_t unit, uint32_t *power)
 {
-    return poeUnit(__func__, handle, unit, power, &VS_UNIT_T::poeTotal);
+    return vsNumberGet<VS_UNIT_T>(__func__, handle, unit, power, &VS_UNIT_T::poeTotal);
 }
 
 int rpcclt_openapiPoePseThresholdPowerGet(openclt_handle_t *handle, uint32_t unit, uint32_t *power)
 {
-    return poeUnit(__func__, handle, unit, power, &VS_UNIT_T::poeThreshold);
+    return vsNumberGet<VS_UNIT_T>(__func__, handle, unit, power, &VS_UNIT_T::poeThreshold);
 }
 
 // ---- PoE of a port ----

@@ -33,28 +33,59 @@ static const std::string offPort = R"({"unit":1,"portNum":20,"port":"1/5","enabl
                                    R"("powerLimitMode":2,"classification":0,"currentPower":0,"powerLimit":30000,)"
                                    R"("status":1,"detectionType":4,"priority":1,"powerMode":3,"schedule":"None"})";
 
-TEST_F(Poe, FailedReadLeavesItsDefaultAndSaysWhatItWas)
+TEST_F(Poe, FailedReadLeavesItsDefault)
 {
-    const std::tuple<const char *, const char *, const char *, const char *> cases[] = {
-        {"openapiPoePsePortPowerClassificationsGet", R"("classification":4)", R"("classification":0)",
-         "interface port terminal classification"},
-        {"openapiPoePsePortAdminEnableGet", R"("enable":true,"poeIsValid":3)", R"("enable":false,"poeIsValid":1)",
-         "openapiPoePsePortAdminEnableGet"},
-        {"openapiPoePsePortDetectionModeGet", R"("detectionType":5)", R"("detectionType":0)", "mode of port detection"},
-        {"openapiPoePsePortTimerScheduleNameGet", R"("cameras")", R"("None")", ""},
-        {"openapiHashIntfUnitSlotPortGet", R"("unit":1,"portNum":10,"port":"5")", R"("unit":0,"portNum":10,"port":"0")",
-         ""},
-    };
-    std::vector<FAILURE_T> failures = {{{"openapiPoeIsValidInterface", "10"}, {fullPort + ",", ""}}};
-    for (const auto &[call, from, to, what] : cases) {
-        std::string line =
-            std::string("(ERROR) getPortPoeInfo: Bad return code trying to get ") + what + ". (result = -5)\n";
-        failures.push_back({{call, "10", 0, VS_FAIL, -5}, {from, to}, *what == '\0' ? "" : line});
-    }
     const std::string clean = "[" + fullPort + "," + offPort + "]";
-    expectFailures([] { return documentOf(getPortsPoeJson); }, clean, failures);
+    expectFailures([] { return documentOf(getPortsPoeJson); }, clean,
+                   {{{"openapiPoeIsValidInterface", "10"}, {fullPort + ",", ""}, ""},
+                    {{"openapiPoePsePortDetectionModeGet", "10"},
+                     {R"("detectionType":5)", R"("detectionType":0)"},
+                     "(ERROR) getPortPoeInfo: Bad return code trying to get mode of port detection. (result = -1)\n"},
+                    {{"openapiPoePsePortTimerScheduleNameGet", "10"}, {R"("cameras")", R"("None")"}, ""},
+                    {{"openapiHashIntfUnitSlotPortGet", "10"},
+                     {R"("unit":1,"portNum":10,"port":"5")", R"("unit":0,"portNum":10,"port":"0")"},
+                     ""}});
     state.ports[0].poe.schedule = std::string(31, 'n'); // fits its field; one more and the platform refuses
     EXPECT_EQ(documentOf(getPortsPoeJson), changed(clean, {"cameras", state.ports[0].poe.schedule}));
     state.ports[0].poe.schedule += "n";
     EXPECT_EQ(documentOf(getPortsPoeJson), changed(clean, {"cameras", "None"}));
+}
+
+// All of a port's readings fail, each with a result of its own: the lines come in the order of the readings.
+TEST_F(Poe, FailedReadsAreToldInTheirOrder)
+{
+    const std::pair<const char *, const char *> reads[] = {
+        {"PowerClassificationsGet", "interface port terminal classification"},
+        {"SensorsGet", "interface port terminal sensors"},
+        {"CurPowerLimitGet", "max power limit for interface"},
+        {"ViolationTypeGet", "violation type of a given interface"},
+        {"DetectionStatusGet", "operational status of the port detection"},
+        {"AdminEnableGet", "openapiPoePsePortAdminEnableGet"},
+        {"DetectionModeGet", "mode of port detection"},
+        {"CurPowerPriorityGet", "priority"},
+        {"PowerUpModeGet", "powerMode"},
+    };
+    std::string lines;
+    int result = 0;
+    for (const auto &[call, what] : reads) {
+        vsFaultAdd({std::string("openapiPoePsePort") + call, "10", 0, VS_FAIL, --result});
+        lines += std::string("(ERROR) getPortPoeInfo: Bad return code trying to get ") + what +
+                 ". (result = " + std::to_string(result) + ")\n";
+    }
+    EXPECT_EQ(documentOf(getPortsPoeJson),
+              R"([{"unit":1,"portNum":10,"port":"5","enable":false,"poeIsValid":1,"powerLimitMode":0,)"
+              R"("classification":0,"currentPower":0,"powerLimit":0,"status":0,"detectionType":0,"priority":0,)"
+              R"("powerMode":0,"schedule":"cameras"},)" +
+                  offPort + "]");
+    EXPECT_EQ(logText(), lines);
+}
+
+TEST_F(Poe, UnitWithoutPoeHasNoPower)
+{
+    state.units[0].poeTotal = 720;
+    state.units[0].poeThreshold = 684;
+    const std::string rest = R"({"unit":2,"consumedPower":0,"totalPowerAvailable":0,"thresholdPower":0}])";
+    EXPECT_EQ(documentOf(gePoeInfoJson),
+              R"([{"unit":1,"consumedPower":12,"totalPowerAvailable":720,"thresholdPower":684},)" + rest);
+    EXPECT_EQ(logText(), "");
 }
