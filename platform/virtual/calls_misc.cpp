@@ -38,8 +38,9 @@ openclt_snoop_group_t groupOut(const VS_GROUP_T &row)
         group.subscribers[i].address = row.subscribers[i].address;
         (void)vsMacBytes(row.subscribers[i].mac, group.subscribers[i].mac); // one that is not known: zeroes
     }
-    (void)snprintf(group.type, sizeof group.type, "IGMPv%u", row.version % 10); // fits
-    group.subscriberCount = static_cast<uint32_t>(count);
+    std::string type = row.type.empty() ? "IGMPv" + std::to_string(row.version) : row.type;
+    memcpy(group.type, type.data(), std::min(type.size(), sizeof group.type)); // a long one fills it to the last byte
+    group.subscriberCount = static_cast<uint32_t>(row.subscribers.size()); // of all, also of those that have no room
     group.timeout = row.timeout;
     return group;
 }

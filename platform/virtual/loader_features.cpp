@@ -90,7 +90,7 @@ static const VS_FIELD_T<GROUP> GROUP_FIELDS[] = {
     {"port", value<&GROUP::ifNum, vsInterfaceOf>},       {"vlan", value<&GROUP::vlan, vsVlanOf>},
     {"address", value<&GROUP::address, vsAddress>},      {"version", number<&GROUP::version, 1, 3>},
     {"timeout", number<&GROUP::timeout, 0, UINT32_MAX>}, {"subscribers", list<&GROUP::subscribers, SUBSCRIBER_FIELDS>},
-    {"present", value<&GROUP::present, vsWindow>},
+    {"present", value<&GROUP::present, vsWindow>},       {"type", plain<&GROUP::type>},
 };
 
 bool vsReadGroups(VS_READ_T &read, const VS_NODE_T &node)

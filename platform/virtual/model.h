@@ -194,6 +194,7 @@ struct VS_GROUP_T {
     uint32_t vlan = 1;
     uint32_t address = 0;
     uint32_t version = 2;   // 1, 2 or 3
+    std::string type;       // "IGMPv" and the version when empty
     uint32_t timeout = 260; // seconds
     std::vector<VS_SUBSCRIBER_T> subscribers;
     VS_WINDOW_T present;

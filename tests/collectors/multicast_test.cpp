@@ -22,7 +22,7 @@ struct Multicast : BUILDER_TEST {
     static void groupAdd(uint32_t ifNum, uint32_t version, const std::vector<VS_SUBSCRIBER_T> &subscribers)
     {
         uint32_t number = static_cast<uint32_t>(vsState().groups.size());
-        vsState().groups.push_back({ifNum, 1, 0xEF010101 + number, version, 200 + number, subscribers, {}});
+        vsState().groups.push_back({ifNum, 1, 0xEF010101 + number, version, "", 200 + number, subscribers, {}});
     }
     // Rows of the only groups record; "?" when it is not the only one.
     static std::string groupRows()
@@ -78,10 +78,11 @@ TEST_F(Multicast, GroupsGiveARowForEachSubscriber)
 {
     const std::string lagRow = R"({"unit":1,"port":"lag2","vlanId":1,"subscriberAddress":"","subscriberMacAddress":"",)"
                                R"("multicastAddress":"239.1.1.1","multicastMacAddress":"01:00:5E:01:01:01",)"
-                               R"("type":"IGMPv3","timeout":null})";
-    groupAdd(802, 3, {});
-    groupAdd(896, 2, {}); // beyond the table of interfaces
-    groupAdd(5, 2, {});   // no interface of the switch
+                               R"("type":"IGMP-V3 queriers","timeout":null})";
+    groupAdd(802, 2, {});
+    state.groups[0].type = "IGMP-V3 queriers"; // no terminator in its field
+    groupAdd(896, 2, {});                      // beyond the table of interfaces
+    groupAdd(5, 2, {});                        // no interface of the switch
     EXPECT_EQ(groupRows(), lagRow);
     state.groups.clear();
     groupAdd(3, 2, std::vector<VS_SUBSCRIBER_T>(40));
