@@ -82,6 +82,17 @@ TEST_F(VlanList, NoVlansWithoutTheClockOrTheFirstLag)
     EXPECT_TRUE(has(logText(), "(ERROR) switchConfigVlanList: Call vlanListAllInfoCreate return error\n"));
 }
 
+TEST_F(VlanList, ProfileOfVlan1BeyondAFullListIsNotReplaced)
+{
+    sqlRun(PATH_VLANINFO_DB, "with recursive n(i) as (select 5000 union all select i - 1 from n where i > 900) "
+                             "insert into vlanInfo select i, 1, '', '', '' from n; "
+                             "insert into vlanInfo values(1, 5, 'Mine', 'Data', '#111111')");
+    EXPECT_TRUE(has(document(), R"("vlanId":1,"name":"Default")"));
+    int32_t vlanType = 0;
+    EXPECT_EQ(vlanInfoSelectById(1, &vlanType, nullptr, nullptr, nullptr), 1);
+    EXPECT_EQ(vlanType, 5);
+}
+
 // The default profile is stored only when it is certain that there is none.
 TEST_F(VlanList, ProfileDatabaseThatCannotBeReadIsAskedRowByRowAndNotWritten)
 {

@@ -42,6 +42,7 @@ static void defaultsSet(VLAN_INFO_T *vlan, uint32_t managementVlan, const CLOCK_
 static uint32_t managementVlanRead(CLIENT_HANDLE_T *clientHandle);
 static PROFILE_ROWS_T profileRowsLoad();
 static bool profileRowGet(const PROFILE_ROWS_T &rows, uint32_t vlanId, VLAN_INFO_ENTRY_T *row);
+static bool defaultMissing(const PROFILE_ROWS_T &rows);
 static void profileRowApply(const VLAN_INFO_ENTRY_T *row, VLAN_INFO_T *vlan);
 static int clockPrioritiesGet(CLIENT_HANDLE_T *clientHandle, CLOCK_PRIORITIES_T *clock);
 static bool numberAtEnd(const char *line, uint32_t *number);
@@ -177,7 +178,7 @@ static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, const PROFILE_ROWS_T &
         profileRowApply(&row, vlan);
     } else if (vlan->vlanId == DEFAULT_VLAN) {
         textCopy(vlan->name, sizeof(vlan->name), defaultProfile);
-        if (rows.loaded) // a failure is logged, and tried again with the next document
+        if (defaultMissing(rows)) // a failure is logged, and tried again with the next document
             (void)vlanInfoReplace(DEFAULT_VLAN, 1, defaultProfile, defaultProfile, defaultColor);
     } else {
         char *name = nullptr;
@@ -251,6 +252,15 @@ static bool profileRowGet(const PROFILE_ROWS_T &rows, uint32_t vlanId, VLAN_INFO
     if (found != nullptr)
         *row = *found;
     return found != nullptr;
+}
+
+// Whether VLAN 1, which the rows lack, has no row in the database either: one beyond a full list must not be replaced.
+static bool defaultMissing(const PROFILE_ROWS_T &rows)
+{
+    if (!rows.loaded)
+        return false;
+    return rows.list->count < rows.list->capacity ||
+           vlanInfoSelectById(DEFAULT_VLAN, nullptr, nullptr, nullptr, nullptr) == 0;
 }
 
 // Null stands for no row.
