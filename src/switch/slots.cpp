@@ -233,8 +233,10 @@ bool moduleCapabilityGet(uint32_t ifNum, const openclt_usp_t &usp, uint32_t *cap
     LOG_DEBUG_AS("ifCapabilitiesGet",
                  "ifCapabilitiesGet: Using slot model '%s' for port %d (unit=%d, slot=%d, port=%d)\n", module, ifNum,
                  usp.unit, usp.slot, usp.port);
-    if (modelPortCapabilityGet(module, usp.port, capability) != RESULT_OK)
+    uint32_t found;
+    if (modelPortCapabilityGet(module, usp.port, &found) != RESULT_OK)
         return false;
+    *capability = found;
     LOG_DEBUG_AS("ifCapabilitiesGet", "ifCapabilitiesGet: portCapability: %d (from slot model %s)\n", *capability,
                  module);
     return true;
@@ -243,21 +245,24 @@ bool moduleCapabilityGet(uint32_t ifNum, const openclt_usp_t &usp, uint32_t *cap
 int sfpCapabilityGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *capability)
 {
     static const uint32_t OF_SFP[] = {6, 3, 6, 9};
-    uint32_t sfpType;
+    uint32_t sfpType = 0;
 
-    int result = boxsSfpTypeGet(clientHandle, ifNum, &sfpType);
-    if (result == RESULT_OK && sfpType < sizeof OF_SFP / sizeof OF_SFP[0])
+    if (rpcclt_openapiBoxsSfpTypeGet(clientHandle, ifNum, &sfpType) != OPENCLT_OK)
+        return RESULT_FAILED;
+    if (sfpType < sizeof OF_SFP / sizeof OF_SFP[0])
         *capability = OF_SFP[sfpType];
-    return result;
+    return RESULT_OK;
 }
 
 int unitCapabilityGet(const char *model, uint32_t port, uint32_t ifNum, uint32_t *capability)
 {
-    if (modelPortCapabilityGet(model, port, capability) != RESULT_OK) {
+    uint32_t found;
+    if (modelPortCapabilityGet(model, port, &found) != RESULT_OK) {
         LOG_ERROR_AS("ifCapabilitiesGet", "Bad return code trying to get boxs sfp type. interface=%d result = %d\r\n",
                      ifNum, RESULT_FAILED);
         return RESULT_FAILED;
     }
+    *capability = found;
     LOG_DEBUG_AS("ifCapabilitiesGet", "model:%s port:%d speedType:%d portCapability:%d\n", model, port, *capability,
                  *capability);
     return RESULT_OK;

@@ -25,7 +25,7 @@ struct SLOT_MODELS_T {
 [[nodiscard]] int slotModelGet(SLOT_MODELS_T *table);
 
 // Speed class of a port (models.h), by its unit's model or, in a modular unit, by its module. The slot table of modular
-// units is read once per model name and kept for the process. On 10000 *capability is what the last look-up left.
+// units is read once per model name and kept for the process. On 10000 *capability is untouched.
 [[nodiscard]] int ifCapabilitiesGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *capability);
 
 // 1 when the switch is of a model that offers the SMPTE profile, else 0.

@@ -120,8 +120,8 @@ TEST_F(Slots, CapabilityComesFromTheUnitOrItsModule)
         const char *capability;
     } cases[] = {
         {"fixed unit", "TK830-T16", 0, 49, 0, "0 6"},
-        {"port beyond the model", "TK830-T16", 0, 53, 0, "10000 3"},
-        {"unknown model", "TK100", 0, 1, 0, "10000 3"},
+        {"port beyond the model", "TK830-T16", 0, 53, 0, "10000 77"},
+        {"unknown model", "TK100", 0, 1, 0, "10000 77"},
         {"module", "TK830-T03", 1, 4, 0, "0 8"},
         {"port beyond the module: the unit's", "TK830-T03", 1, 5, 0, "0 4"},
         {"unknown module: the unit's", "TK830-T03", 2, 1, 0, "0 4"},
