@@ -175,9 +175,17 @@ void ipv4Text(uint32_t address, char out[16])
     snprintf(out, 16, "%u.%u.%u.%u", address >> 24, (address >> 16) & 0xFFU, (address >> 8) & 0xFFU, address & 0xFFU);
 }
 
-void macText(const uint8_t mac[6], char out[18])
+void macText(const uint8_t mac[6], char out[18], char separator)
 {
-    snprintf(out, 18, "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
+    static constexpr char DIGITS[] = "0123456789ABCDEF";
+    bool printable = separator >= ' ' && separator <= '~';
+    for (int i = 0; i < 6; i++) {
+        if (i > 0 && printable)
+            *out++ = separator;
+        *out++ = DIGITS[mac[i] >> 4];
+        *out++ = DIGITS[mac[i] & 0xF];
+    }
+    *out = '\0';
 }
 
 int randomSuffixGet()

@@ -54,8 +54,8 @@ void prefixLenMaskText(uint32_t prefixLength, char out[16]);
 // IPv4 address in host order as dotted text into 16 bytes.
 void ipv4Text(uint32_t address, char out[16]);
 
-// MAC address as six upper-case pairs joined by colons, into 18 bytes.
-void macText(const uint8_t mac[6], char out[18]);
+// MAC address as six upper-case pairs, joined by the separator when it is printable, into 18 bytes.
+void macText(const uint8_t mac[6], char out[18], char separator = ':');
 
 // A number for a file name: the C generator, seeded with the nanoseconds of the clock.
 int randomSuffixGet();

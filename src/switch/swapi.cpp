@@ -20,6 +20,11 @@ constexpr uint32_t FRAME_SIZE_DEFAULT = 9198;
 constexpr uint32_t SWITCH_MODE_AUTO_TRUNK = 3; // the platform's
 constexpr uint32_t PORT_MODE_TRUNK = 8;        // the documents'
 
+// The platform's result of a call; a failed one is logged under the wrapper's name by a line that ends in that result.
+#define LOGGED(call, ...)                                                                                              \
+    failureLogged((call), [&, wrapper = __func__](int failure) { LOG_ERROR_AS(wrapper, __VA_ARGS__, failure); })
+template <typename LINE> int failureLogged(int result, LINE line);
+
 int generalResult(int platformResult);
 uint32_t lengthHeld(uint32_t length);
 
@@ -27,7 +32,6 @@ uint32_t lengthHeld(uint32_t length);
 // untouched on failure.
 template <typename CALL> int textRead(char *out, size_t size, uint32_t capacity, CALL call);
 
-void macText(const uint8_t mac[6], char separator, char text[18]);
 bool trunkRowParse(const char *line, char name[10]);
 } // namespace
 
@@ -35,10 +39,8 @@ bool trunkRowParse(const char *line, char name[10]);
 
 int swapiIfFirstGet(CLIENT_HANDLE_T *clientHandle, uint32_t type, uint32_t *ifNum)
 {
-    int result = openapiIfFirstGet(clientHandle, type, ifNum);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get first physical interface. result = %d\r\n", result);
-    return result;
+    return LOGGED(openapiIfFirstGet(clientHandle, type, ifNum),
+                  "Bad return code trying to get first physical interface. result = %d\r\n");
 }
 
 int swapiIfNextGet(CLIENT_HANDLE_T *clientHandle, uint32_t type, uint32_t ifNum, uint32_t *nextIfNum)
@@ -56,10 +58,8 @@ uint32_t ifCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t type)
 
 int swapiIfTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *type)
 {
-    int result = openapiIfTypeGet(clientHandle, ifNum, type);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get interface type. interface=%d result = %d\r\n", ifNum, result);
-    return generalResult(result);
+    return generalResult(LOGGED(openapiIfTypeGet(clientHandle, ifNum, type),
+                                "Bad return code trying to get interface type. interface=%d result = %d\r\n", ifNum));
 }
 
 int ifDisplayNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char text[12])
@@ -89,27 +89,22 @@ int ifUnitSlotPortGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_usp
 
 int ifSpeedGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *speed)
 {
-    int result = openapiIfSpeedGet(clientHandle, ifNum, speed);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get speed of physical interface. (result = %d)\n", result);
-    return generalResult(result);
+    return generalResult(LOGGED(openapiIfSpeedGet(clientHandle, ifNum, speed),
+                                "Bad return code trying to get speed of physical interface. (result = %d)\n"));
 }
 
 int ifMaxFrameSizeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *size)
 {
     uint32_t frame = 0;
     uint32_t header = 0;
-    int frameResult = openapiIfMaxFrameSizeGet(clientHandle, ifNum, &frame);
-    if (frameResult != OPENCLT_OK) {
-        LOG_ERROR("Bad return code trying to get max frame size of physical interface. (result = %d)\n", frameResult);
+    if (LOGGED(openapiIfMaxFrameSizeGet(clientHandle, ifNum, &frame),
+               "Bad return code trying to get max frame size of physical interface. (result = %d)\n") != OPENCLT_OK)
         frame = 0;
-    }
-    int headerResult = rpcclt_openapiIfEthernetHeaderSizeGet(clientHandle, &header);
-    if (headerResult != OPENCLT_OK) {
-        LOG_ERROR("Bad return code trying to get max frame size of physical interface. (result = %d)\n", headerResult);
+    int headerResult = LOGGED(rpcclt_openapiIfEthernetHeaderSizeGet(clientHandle, &header),
+                              "Bad return code trying to get max frame size of physical interface. (result = %d)\n");
+    if (headerResult != OPENCLT_OK)
         header = 0;
-    }
-    bool obtained = frame > header;
+    bool obtained = frame != 0 && frame >= header;
     *size = obtained ? frame - header : FRAME_SIZE_DEFAULT;
     return obtained && headerResult == OPENCLT_OK ? RESULT_OK : RESULT_FAILED;
 }
@@ -179,7 +174,7 @@ int servicePortAddressAndMacGet(CLIENT_HANDLE_T *clientHandle, char ip[16], char
     openclt_buffer_t buffer = {sizeof bytes, reinterpret_cast<char *>(bytes)};
     if (rpcclt_openapiSystemMacAddrGet(clientHandle, &buffer) != OPENCLT_OK)
         return RESULT_FAILED;
-    macText(bytes, separator, mac);
+    macText(bytes, mac, separator);
     return RESULT_OK;
 }
 
@@ -202,11 +197,11 @@ void uiVersionGet(char text[20])
 int stackUnitMgrPreconfigModelIdGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, char model[256])
 {
     model[0] = '\0';
-    int result = textRead(model, 256, TEXT_SIZE, [=](openclt_buffer_t *buffer) {
-        return rpcclt_openapiUnitMgrPreconfigModelIdGet(clientHandle, unit, buffer);
-    });
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get the unit's pre-configured model identifier. (result = %d)\n", result);
+    int result = LOGGED(textRead(model, 256, TEXT_SIZE,
+                                 [=](openclt_buffer_t *buffer) {
+                                     return rpcclt_openapiUnitMgrPreconfigModelIdGet(clientHandle, unit, buffer);
+                                 }),
+                        "Bad return code trying to get the unit's pre-configured model identifier. (result = %d)\n");
     LOG_DEBUG("stackUnitMgrPreconfigModelIdGet: result = %d, model = %s\r\n", result, model);
     return generalResult(result);
 }
@@ -214,10 +209,8 @@ int stackUnitMgrPreconfigModelIdGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit
 int boxsSfpTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *sfpType)
 {
     *sfpType = 0;
-    int result = rpcclt_openapiBoxsSfpTypeGet(clientHandle, ifNum, sfpType);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get boxs sfp type. interface=%d result = %d\r\n", ifNum, result);
-    return generalResult(result);
+    return generalResult(LOGGED(rpcclt_openapiBoxsSfpTypeGet(clientHandle, ifNum, sfpType),
+                                "Bad return code trying to get boxs sfp type. interface=%d result = %d\r\n", ifNum));
 }
 
 // ---- switch-port modes and VLANs ----
@@ -225,9 +218,8 @@ int boxsSfpTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *sfpT
 int dot1qSwPortAutoTrunkStatusGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *status)
 {
     uint32_t mode = 0;
-    int result = rpcclt_openapiDot1qSwPortModeGet(clientHandle, ifNum, &mode);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Could not get DOT1Q Port Mode. Mode = %u, Error = %d\n", mode, result);
+    int result = LOGGED(rpcclt_openapiDot1qSwPortModeGet(clientHandle, ifNum, &mode),
+                        "Could not get DOT1Q Port Mode. Mode = %u, Error = %d\n", mode);
     *status = result == OPENCLT_OK && mode == SWITCH_MODE_AUTO_TRUNK ? 1 : 0;
     return result;
 }
@@ -258,11 +250,9 @@ int vlanNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t vlanId, char **name)
 {
     *name = nullptr;
     uint32_t length = 0;
-    int result = rpcclt_openapiVlanNameLenGet(clientHandle, &length);
-    if (result != OPENCLT_OK) {
-        LOG_ERROR("Bad return code trying to get VLAN Name Length. (result = %d)\r\n", result);
+    if (LOGGED(rpcclt_openapiVlanNameLenGet(clientHandle, &length),
+               "Bad return code trying to get VLAN Name Length. (result = %d)\r\n") != OPENCLT_OK)
         return RESULT_FAILED;
-    }
     length = lengthHeld(length);
     OWNED_ARRAY<char> bytes = ownedArray<char>(length + 1);
     if (bytes == nullptr) {
@@ -270,32 +260,27 @@ int vlanNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t vlanId, char **name)
         return RESULT_INVALID_POINTER;
     }
     openclt_buffer_t buffer = {length, bytes.get()};
-    result = rpcclt_openapiVlanNameGet(clientHandle, vlanId, &buffer);
-    if (result != OPENCLT_OK) {
-        LOG_ERROR("Bad return code trying to get VLAN %u name. (result = %d)\n", vlanId, result);
+    if (LOGGED(rpcclt_openapiVlanNameGet(clientHandle, vlanId, &buffer),
+               "Bad return code trying to get VLAN %u name. (result = %d)\n", vlanId) != OPENCLT_OK)
         return RESULT_FAILED;
-    }
     *name = bytes.release();
     return RESULT_OK;
 }
 
 int swapiVlanIfPvidGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *pvid)
 {
-    int result = openapiVlanIfPvidGet(clientHandle, ifNum, pvid);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get PVID. (result = %d)\n", result);
-    return generalResult(result);
+    return generalResult(
+        LOGGED(openapiVlanIfPvidGet(clientHandle, ifNum, pvid), "Bad return code trying to get PVID. (result = %d)\n"));
 }
 
 int swapiDot1qSwPortTaggedVlanListGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_vlan_list_t *list)
 {
     list->count = 0;
     openclt_buffer_t buffer = {sizeof *list, reinterpret_cast<char *>(list)};
-    int result = rpcclt_openapiDot1qSwPortTaggedVlanListGet(clientHandle, ifNum, &buffer);
-    if (result != OPENCLT_OK) {
-        LOG_ERROR("Bad return code trying to get rhe tagged vlan list. (result = %d)\n", result);
+    int result = LOGGED(rpcclt_openapiDot1qSwPortTaggedVlanListGet(clientHandle, ifNum, &buffer),
+                        "Bad return code trying to get rhe tagged vlan list. (result = %d)\n");
+    if (result != OPENCLT_OK)
         list->count = 0;
-    }
     if (list->count > OPENCLT_VLAN_LIST_MAX)
         list->count = OPENCLT_VLAN_LIST_MAX;
     return generalResult(result);
@@ -306,11 +291,9 @@ int swapiDot1qSwPortTaggedVlanListGet(CLIENT_HANDLE_T *clientHandle, uint32_t if
 int poeIsSupported(CLIENT_HANDLE_T *clientHandle, uint32_t *supported)
 {
     *supported = 0;
-    for (UNIT_WALK_T walk = unitWalkStart(clientHandle); walk.valid && *supported != 1; unitWalkNext(&walk)) {
-        int result = rpcclt_openapiPoeIsSupported(clientHandle, walk.unit, supported);
-        if (result != OPENCLT_OK)
-            LOG_ERROR("Bad return code trying to check if PoE is supported on this platform. (result = %d)\n", result);
-    }
+    for (UNIT_WALK_T walk = unitWalkStart(clientHandle); walk.valid && *supported != 1; unitWalkNext(&walk))
+        (void)LOGGED(rpcclt_openapiPoeIsSupported(clientHandle, walk.unit, supported),
+                     "Bad return code trying to check if PoE is supported on this platform. (result = %d)\n");
     return RESULT_OK;
 }
 
@@ -323,26 +306,22 @@ bool poeIsValidInterface(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t 
 int poePseMainConsumptionPowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power)
 {
     *power = 0;
-    int result = rpcclt_openapiPoePseMainConsumptionPowerGet(clientHandle, unit, power);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get PoE power consumed for unit %u. (result = %d)\n", unit, result);
-    return generalResult(result);
+    return generalResult(LOGGED(rpcclt_openapiPoePseMainConsumptionPowerGet(clientHandle, unit, power),
+                                "Bad return code trying to get PoE power consumed for unit %u. (result = %d)\n", unit));
 }
 
 int poePseTotalAvailablePowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power)
 {
     *power = 0;
-    int result = rpcclt_openapiPoePseTotalAvailablePowerGet(clientHandle, unit, power);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get PoE total available power for unit %u. (result = %d)\n", unit, result);
-    return generalResult(result);
+    return generalResult(LOGGED(rpcclt_openapiPoePseTotalAvailablePowerGet(clientHandle, unit, power),
+                                "Bad return code trying to get PoE total available power for unit %u. (result = %d)\n",
+                                unit));
 }
 
 int poePseThresholdPowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t *power)
 {
-    int result = rpcclt_openapiPoePseThresholdPowerGet(clientHandle, unit, power);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get PoE threshold power for unit %u. (result = %d)\n", unit, result);
+    (void)LOGGED(rpcclt_openapiPoePseThresholdPowerGet(clientHandle, unit, power),
+                 "Bad return code trying to get PoE threshold power for unit %u. (result = %d)\n", unit);
     return RESULT_OK;
 }
 
@@ -351,72 +330,68 @@ int poePseThresholdPowerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32
 int swapiLagNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char *name, size_t size)
 {
     uint32_t capacity = size < TEXT_SIZE ? static_cast<uint32_t>(size) : TEXT_SIZE;
-    int result = textRead(name, size, capacity, [=](openclt_buffer_t *buffer) {
-        return rpcclt_openapiLagNameGet(clientHandle, ifNum, buffer);
-    });
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get the name for the LAG interface=%d. (result = %d)\n", ifNum, result);
-    return generalResult(result);
+    return generalResult(LOGGED(
+        textRead(name, size, capacity,
+                 [=](openclt_buffer_t *buffer) { return rpcclt_openapiLagNameGet(clientHandle, ifNum, buffer); }),
+        "Bad return code trying to get the name for the LAG interface=%d. (result = %d)\n", ifNum));
 }
 
 int swapiLagStaticModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode)
 {
-    int result = rpcclt_openapiLagStaticModeGet(clientHandle, ifNum, mode);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to the static mode for the LAG interface=%d. (result = %d)\n", ifNum, result);
-    return generalResult(result);
+    return generalResult(LOGGED(rpcclt_openapiLagStaticModeGet(clientHandle, ifNum, mode),
+                                "Bad return code trying to the static mode for the LAG interface=%d. (result = %d)\n",
+                                ifNum));
 }
 
 int swapiLagLoadBalanceModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode)
 {
-    int result = rpcclt_openapiLagLoadBalanceModeGet(clientHandle, ifNum, mode);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get the hashmode for the LAG interface=%d. (result = %d)\n", ifNum,
-                  result);
-    return generalResult(result);
+    return generalResult(LOGGED(rpcclt_openapiLagLoadBalanceModeGet(clientHandle, ifNum, mode),
+                                "Bad return code trying to get the hashmode for the LAG interface=%d. (result = %d)\n",
+                                ifNum));
 }
 
 int lagMaxMemberCountGet(CLIENT_HANDLE_T *clientHandle, uint32_t *count)
 {
     *count = 0;
-    int result = rpcclt_openapiLagMaxMemberCountGet(clientHandle, count);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get the maximum member count of a LAG. (result = %d)\n", result);
-    return generalResult(result);
+    return generalResult(LOGGED(rpcclt_openapiLagMaxMemberCountGet(clientHandle, count),
+                                "Bad return code trying to get the maximum member count of a LAG. (result = %d)\n"));
 }
 
 // ---- 802.1X and spanning tree ----
 
 int swapiDot1xPortControlModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *mode)
 {
-    int result = rpcclt_openapiAuthMgrPortControlModeGet(clientHandle, ifNum, mode);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get port(%d) control mode (result = %d)\n", ifNum, result);
-    return result;
+    return LOGGED(rpcclt_openapiAuthMgrPortControlModeGet(clientHandle, ifNum, mode),
+                  "Bad return code trying to get port(%d) control mode (result = %d)\n", ifNum);
 }
 
 int swapiDot1xPortStatusGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *status)
 {
     uint32_t code = 0;
-    int result = rpcclt_openapiAuthMgrPortStatusGet(clientHandle, ifNum, &code);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get port(%d) dot1x status (result = %d)\n", ifNum, result);
-    else
+    int result = LOGGED(rpcclt_openapiAuthMgrPortStatusGet(clientHandle, ifNum, &code),
+                        "Bad return code trying to get port(%d) dot1x status (result = %d)\n", ifNum);
+    if (result == OPENCLT_OK)
         *status = code == 1 || code == 2 ? code : 3;
     return result;
 }
 
 int swapiDot1SMSTInstancePriorityGet(CLIENT_HANDLE_T *clientHandle, uint32_t instance, uint16_t *priority)
 {
-    int result = rpcclt_openapiDot1SMSTInstancePriorityGet(clientHandle, instance, priority);
-    if (result != OPENCLT_OK)
-        LOG_ERROR("Bad return code trying to get Spanning Tree Instance Priority. (result = %d)\n", result);
-    else
+    int result = LOGGED(rpcclt_openapiDot1SMSTInstancePriorityGet(clientHandle, instance, priority),
+                        "Bad return code trying to get Spanning Tree Instance Priority. (result = %d)\n");
+    if (result == OPENCLT_OK)
         LOG_DEBUG("Spanning Tree Instance Priority for instance %u: %u \n", instance, *priority);
     return result;
 }
 
 namespace {
+template <typename LINE> int failureLogged(int result, LINE line)
+{
+    if (result != OPENCLT_OK)
+        line(result);
+    return result;
+}
+
 int generalResult(int platformResult)
 {
     return platformResult == OPENCLT_OK ? RESULT_OK : RESULT_FAILED;
@@ -435,17 +410,6 @@ template <typename CALL> int textRead(char *out, size_t size, uint32_t capacity,
     if (result == OPENCLT_OK)
         textCopy(out, size, bytes);
     return result;
-}
-
-void macText(const uint8_t mac[6], char separator, char text[18])
-{
-    bool printable = separator >= ' ' && separator <= '~';
-    char *out = text;
-    for (int i = 0; i < 6; i++) {
-        if (i > 0 && printable)
-            *out++ = separator;
-        out += snprintf(out, 3, "%02X", mac[i]);
-    }
 }
 
 /*

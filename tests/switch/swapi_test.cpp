@@ -169,7 +169,8 @@ TEST_F(SWAPI, PlatformCodesBecomeTheDocuments)
         vsState().ports[0].switchMode = row[0];
         EXPECT_EQ(ofOne<dot1qSwPortAutoTrunkStatusGet>(&handle), shown(0, row[1])) << row[0];
     }
-    static const uint32_t frames[][3] = {{9216, 0, 9198}, {1518, 0, 1500}, {0, 10000, 9198}, {5, 10000, 9198}};
+    static const uint32_t frames[][3] = {
+        {9216, 0, 9198}, {1518, 0, 1500}, {18, 0, 0}, {0, 10000, 9198}, {5, 10000, 9198}};
     for (const auto &row : frames) {
         vsState().ports[0].frameSize = row[0];
         EXPECT_EQ(ofOne<ifMaxFrameSizeGet>(&handle), shown(static_cast<int>(row[1]), row[2])) << row[0];
