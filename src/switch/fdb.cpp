@@ -60,7 +60,8 @@ uint32_t fdbEntryListGetSimpleFast(CLIENT_HANDLE_T *clientHandle, OWNED_ARRAY<FD
     if (!tableStartFind(&show, line))
         return 0;
     while (showFileLine(&show, line, sizeof line)) {
-        bool isPrompt = strchr(line, '#') != nullptr && strstr(line, "TK") != nullptr;
+        // What a carriage return begins is no line of the table, whatever follows.
+        bool isPrompt = line[0] != '\r' && strchr(line, '#') != nullptr && strstr(line, "TK") != nullptr;
         if (isPrompt)
             break;
         FDB_ENTRY_T entry;
