@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <type_traits>
 
@@ -82,11 +83,27 @@ template <typename OBJECT, typename READ> auto vsReadOf(const VS_CALL_T &call, c
     }
 }
 
+// What a fault has a call answer instead; false for records that a text cannot say.
+template <typename VALUE> bool vsValueSet(const std::string &text, VALUE *value)
+{
+    if constexpr (std::is_integral_v<VALUE>) {
+        *value = static_cast<VALUE>(strtoull(text.c_str(), nullptr, 10));
+        return true;
+    } else if constexpr (std::is_same_v<VALUE, openclt_usp_t>) {
+        return sscanf(text.c_str(), "%3hhu/%3hhu/%5hu", &value->unit, &value->slot, &value->port) == 3;
+    } else {
+        return false;
+    }
+}
+
 template <typename OBJECT, typename VALUE, typename READ>
 int vsNumberOf(const VS_CALL_T &call, const void *handle, const OBJECT *object, VALUE *value, READ read)
 {
     if (handle == nullptr || value == nullptr) {
         return OPENCLT_PARAM;
+    }
+    if (call.value != nullptr && vsValueSet(*call.value, value)) {
+        return OPENCLT_OK;
     }
     if (object == nullptr) {
         return OPENCLT_NOT_FOUND;
@@ -100,6 +117,9 @@ int vsTextOf(const VS_CALL_T &call, const void *handle, const OBJECT *object, op
 {
     if (handle == nullptr || !vsUsable(text)) {
         return OPENCLT_PARAM;
+    }
+    if (call.value != nullptr) {
+        return vsTextOut(*call.value, text);
     }
     return object == nullptr ? OPENCLT_NOT_FOUND : vsTextOut(vsReadOf(call, *object, read), text);
 }

@@ -60,7 +60,7 @@ int remoteId(const char *name, void *handle, uint32_t ifNum, uint32_t index, uin
     }
     const VS_LLDP_T *device = remote(call, ifNum, index);
     int result = vsTextOf(call, handle, device, id, idOf);
-    *subtype = result == OPENCLT_OK ? device->*subtypeOf : *subtype;
+    *subtype = result == OPENCLT_OK && device != nullptr ? device->*subtypeOf : *subtype;
     return result;
 }
 

@@ -229,12 +229,17 @@ void useEnd()
     e.lock.unlock();
 }
 
-template <typename KEY> int callBegin(const char *name, const KEY &key)
+template <typename KEY> int callBegin(const char *name, const KEY &key, const std::string **value)
 {
     const VS_FAULT_T *fault = useBegin(vsPlainName(name), key, false);
     if (!engine().loaded)
         return OPENCLT_FAIL;
-    return fault != nullptr ? fault->result : OPENCLT_OK;
+    if (fault == nullptr)
+        return OPENCLT_OK;
+    if (fault->kind != VS_ANSWER)
+        return fault->result;
+    *value = &fault->value;
+    return OPENCLT_OK;
 }
 
 // Before main: a process whose scenario does not load does not start.
@@ -415,15 +420,21 @@ VS_COMMAND_T::~VS_COMMAND_T()
     useEnd();
 }
 
-VS_CALL_T::VS_CALL_T(const char *name) : result(callBegin(name, [] { return std::string(); }))
+VS_CALL_T::VS_CALL_T(const char *name)
+    : result(callBegin(
+          name, [] { return std::string(); }, &value))
 {
 }
 
-VS_CALL_T::VS_CALL_T(const char *name, uint32_t key) : result(callBegin(name, [key] { return std::to_string(key); }))
+VS_CALL_T::VS_CALL_T(const char *name, uint32_t key)
+    : result(callBegin(
+          name, [key] { return std::to_string(key); }, &value))
 {
 }
 
-VS_CALL_T::VS_CALL_T(const char *name, const std::string &key) : result(callBegin(name, [&key] { return key; }))
+VS_CALL_T::VS_CALL_T(const char *name, const std::string &key)
+    : result(callBegin(
+          name, [&key] { return key; }, &value))
 {
 }
 

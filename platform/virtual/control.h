@@ -30,7 +30,8 @@ double vsClock();
 
 // ---- faults ----
 
-// What an injected fault does. Client calls: VS_FAIL with a result. Show commands (named by their text): any of these.
+// What an injected fault does. Client calls: VS_FAIL with a result, or VS_ANSWER. Show commands (named by their text):
+// any but VS_ANSWER.
 enum VS_FAULT_KIND {
     VS_FAIL,     // the call answers `result` and does nothing else; a show command leaves no file
     VS_NO_FILE,  // a show command succeeds, but there is no file
@@ -39,6 +40,7 @@ enum VS_FAULT_KIND {
     VS_CUT_PART, // ... the file ends after bytes/1000 of its length
     VS_CRLF,     // ... its lines end in CR LF
     VS_GARBAGE,  // ... bytes are replaced by pseudo-random ones, from a fixed seed
+    VS_ANSWER,   // a client call that answers one number, text or place succeeds with `value`
 };
 struct VS_FAULT_T {
     std::string name; // call ("openapiIfNameGet", with or without rpcclt_) or command ("show vlan"); "*" is any call
@@ -49,6 +51,7 @@ struct VS_FAULT_T {
     uint32_t bytes = 0;
     uint32_t from = 0;  // seconds since the epoch from which it acts ...
     uint32_t until = 0; // ... and at which it ends; 0: never
+    std::string value;  // also of a number, or "unit/slot/port"
 };
 void vsFaultAdd(const VS_FAULT_T &fault);
 void vsFaultsClear();

@@ -47,6 +47,16 @@ static bool faultKey(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
     return vsText(read, node, fault.key);
 }
 
+static bool faultValue(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
+{
+    fault.kind = VS_ANSWER;
+    if (node.kind == VS_NODE_INTEGER) {
+        fault.value = std::to_string(node.integer);
+        return true;
+    }
+    return vsText(read, node, fault.value);
+}
+
 static bool faultResult(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
 {
     if (node.kind != VS_NODE_INTEGER || node.integer == 0 || node.integer < -9999 || node.integer > 9999)
@@ -62,6 +72,7 @@ static const VS_FIELD_T<VS_FAULT_T> FAULT_FIELDS[] = {
     {"nth", number<&VS_FAULT_T::nth, 0, UINT32_MAX>},
     {"do", faultKind},
     {"result", faultResult},
+    {"value", faultValue},
     {"bytes", number<&VS_FAULT_T::bytes, 0, UINT32_MAX>},
     {"from", number<&VS_FAULT_T::from, 0, UINT32_MAX>},
     {"until", number<&VS_FAULT_T::until, 0, UINT32_MAX>},
@@ -75,7 +86,11 @@ bool vsReadFaults(VS_READ_T &read, const VS_NODE_T &node)
         const VS_NODE_T *kind = vsMember(node.items[i], "do");
         if (!eitherName(read, node.items[i]))
             return false;
-        if (vsMember(node.items[i], "call") != nullptr && read.out.faults[i].kind != VS_FAIL)
+        const VS_NODE_T *answer = vsMember(node.items[i], "value");
+        bool isCall = vsMember(node.items[i], "call") != nullptr;
+        if (answer != nullptr && (!isCall || kind != nullptr || vsMember(node.items[i], "result") != nullptr))
+            return vsRefuse(read, *answer, "expected a \"call\" beside it, and neither \"do\" nor \"result\"");
+        if (isCall && kind != nullptr && read.out.faults[i].kind != VS_FAIL)
             return vsRefuse(read, *kind, "expected \"fail\" for a call");
     }
     return true;

@@ -100,6 +100,7 @@ static std::string spoiled(const VS_FAULT_T &fault, const std::string &text)
         return withGarbage(text);
     case VS_FAIL:
     case VS_NO_FILE:
+    case VS_ANSWER:
         break;
     }
     return text;

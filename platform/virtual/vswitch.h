@@ -22,6 +22,7 @@ struct VS_CALL_T {
     VS_CALL_T(const VS_CALL_T &) = delete;
     VS_CALL_T &operator=(const VS_CALL_T &) = delete;
 
+    const std::string *value = nullptr; // what a fault has the call answer; null: what the state says
     int result;
     const VS_STATE_T &state() const;
     double now() const;

@@ -94,6 +94,29 @@ TEST_F(Control, FaultsStrikeByNameKeyAndUse)
     }
 }
 
+TEST_F(Control, AFaultCanAnswer)
+{
+    ASSERT_EQ(vsLoadText(R"({"units": {"1": {"model": "TK620-R01", "portCount": 3}}, "faults": [
+        {"call": "openapiIfLinkStateGet", "key": 2, "value": 7}, {"call": "openapiIfNameGet", "key": 9, "value": "up\nlink"},
+        {"call": "openapiHashIntfUnitSlotPortGet", "value": "9/13/65535"}, {"call": "openapiStatGet", "nth": 2, "value":
+        "18446744073709551615"}]})"),
+              "");
+    char text[32] = "";
+    openclt_buffer_t name{sizeof text, text};
+    uint32_t state = 0;
+    uint64_t counters[2];
+    openclt_usp_t usp = {};
+    EXPECT_EQ(openapiIfLinkStateGet(&handle, 2, &state), 0);
+    EXPECT_EQ(state, 7U);
+    EXPECT_EQ(openapiIfNameGet(&handle, 9, &name), 0); // although there is no such interface
+    EXPECT_STREQ(text, "up\nlink");
+    EXPECT_EQ(rpcclt_openapiHashIntfUnitSlotPortGet(&handle, 1, &usp), 0);
+    EXPECT_EQ(std::tuple(usp.unit, usp.slot, usp.port), std::tuple(9, 13, 65535));
+    for (uint64_t &counter : counters)
+        EXPECT_EQ(rpcclt_openapiStatGet(&handle, 58, 1, &counter), 0);
+    EXPECT_EQ(std::tuple(counters[0], counters[1]), std::tuple(0U, UINT64_MAX));
+}
+
 TEST_F(Control, AFaultActsInItsTimeOnly)
 {
     ASSERT_EQ(vsLoadText(R"({"units": {"1": {"model": "TK620-R01"}},

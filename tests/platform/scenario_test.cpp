@@ -58,6 +58,7 @@ const REFUSAL_T REFUSALS_BASED[] = {
      "2: fdb[2]: expected 00:10:7F:00:00:01 in VLAN 1 once, given twice"},
     {"\"faults\": [{\"key\": 1}]}", "1: faults[1]: expected either \"call\" or \"command\" in it"},
     {"\"faults\": [{\"call\": \"*\", \"do\": \"cut\"}]}", "1: do: expected \"fail\" for a call"},
+    {"\"faults\": [{\"command\": \"show vlan\", \"value\": 1}]}", "1: value: expected a \"call\" beside it, ..."},
     {"\"texts\": {\"show vlan\":\n {\"file\": \"/nowhere/x.txt\"}}}",
      "2: file: expected a file that can be read, not \"/nowhere/x.txt\""},
 };
