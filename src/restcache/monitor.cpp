@@ -22,6 +22,7 @@
 #include "runtime/startup.h"
 #include "switch/walk.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <iterator>
@@ -130,6 +131,7 @@ struct MONITOR_STATE_T {
 static MONITOR_STATE_T monitor;
 
 static void eventsServe();
+static void cacheWatch();
 static bool itemDue(size_t index);
 static void itemRun(const CADENCE_ITEM_T *item);
 static void documentWriteBack(const char *apiName);
@@ -155,7 +157,7 @@ void AgentRestMonitor(intptr_t)
     }
     restDbCheck();
     (void)restapi_db_operation(REST_DB_CREATE, nullptr, nullptr); // every later operation reports the same failure
-    initCompleteWrite();
+    (void)initCompleteWrite();                                    // logs its own failure; the next cycle tries again
     while (access(PathGet(PATH_VLANINFO_DB), F_OK) != 0)
         ClockSleep(1);
     startDocumentsWrite();
@@ -175,9 +177,9 @@ void GetAllRestApiData()
     LOG_DEBUG("%s() End\n", __func__);
 }
 
-void initCompleteWrite()
+int initCompleteWrite()
 {
-    (void)restapi_db_operation(REST_DB_WRITE, "init_complete", initCompleteText); // logs its own failure
+    return restapi_db_operation(REST_DB_WRITE, "init_complete", initCompleteText);
 }
 
 void startDocumentsWrite()
@@ -221,11 +223,28 @@ static void eventsServe()
     for (;;) {
         uint32_t received = 0;
 
-        if (OsEventWait(monitor.taskId, EVENT_MASK, -1, &received) != 0)
+        if (OsEventWait(monitor.taskId, EVENT_MASK, -1, &received) != 0) {
             ClockSleep(1);
-        else if ((received & REFRESH_EVENT) != 0)
+        } else if ((received & REFRESH_EVENT) != 0) {
+            cacheWatch();
             GetAllRestApiData();
+        }
     }
+}
+
+// The mark of the start stays in the cache. When it is gone, so is what was written beside it (the file was removed, or
+// set aside as damaged): what is written at the start is written again, and every item is due in this cycle.
+static void cacheWatch()
+{
+    int result = initCompleteWrite();
+
+    if (result == SQLITE_ERROR && restapi_db_operation(REST_DB_CREATE, nullptr, nullptr) == RESULT_OK) // no table
+        result = initCompleteWrite();
+    if (result != SQLITE_DONE)
+        return;
+    LOG_ERROR("REST cache %s lacks its mark, everything is built again\n", PathGet(PATH_REST_DB));
+    startDocumentsWrite();
+    std::fill(std::begin(monitor.hasRun), std::end(monitor.hasRun), false);
 }
 
 static bool itemDue(size_t index)

@@ -11,8 +11,8 @@ void AgentRestMonitor(intptr_t argument);
 // One refresh cycle: every document that is due, in the order of the cadence table.
 void GetAllRestApiData();
 
-// Write the "init_complete" record.
-void initCompleteWrite();
+// Write the "init_complete" record: the store's result of a write.
+int initCompleteWrite();
 
 // Write the documents that are made once, before the first cycle.
 void startDocumentsWrite();

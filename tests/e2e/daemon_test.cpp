@@ -130,7 +130,7 @@ TEST(FirstCycle, WritesEveryDocumentOfThisBuild)
 TEST(Contention, ChangeListThatCannotBeWrittenKeepsTheRecordBack)
 {
     DAEMON_T daemon;
-    daemon.expectedErrors = {"Unable to open delta file"};
+    daemon.expectedErrors = {"Unable to open delta file", "lacks its mark, everything is built again"};
     daemon.tick = "20";
     daemon.seed();
     ASSERT_EQ(mkdir(daemon.root.path("rest_db_api_delta.txt").c_str(), 0755), 0); // opens for nobody
@@ -139,4 +139,22 @@ TEST(Contention, ChangeListThatCannotBeWrittenKeepsTheRecordBack)
     EXPECT_TRUE(cacheOf(daemon.root).empty());
     ASSERT_EQ(rmdir(daemon.root.path("rest_db_api_delta.txt").c_str()), 0);
     EXPECT_TRUE(daemon.waitDocument("portStats_inbound_ex"));
+}
+
+TEST(Cache, LostUnderTheDaemonIsFilledAgain)
+{
+    DAEMON_T daemon;
+    daemon.expectedErrors = {"[restapi_db_operation:", "is damaged (", "lacks its mark, everything is built again"};
+    daemon.seed();
+    daemon.start();
+    ASSERT_TRUE(daemon.waitCycle());
+    for (const char *how : {"removed", "overwritten"}) {
+        const std::string cache = daemon.root.path("restapi_db");
+        how[0] == 'r' ? (void)unlink(cache.c_str()) : fileWrite(cache, std::string(20000, 'x'));
+        EXPECT_TRUE(waitUntil([&] {
+            std::map<std::string, std::string> records = cacheOf(daemon.root);
+            return std::all_of(daemon.documents.begin(), daemon.documents.end(),
+                               [&](const std::string &name) { return records.count(name) == 1; });
+        })) << how;
+    }
 }
