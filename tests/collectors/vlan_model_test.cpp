@@ -18,7 +18,7 @@ struct VlanModel : BUILDER_TEST {
         std::string text;
         for (uint32_t i = 0; list != nullptr && i < list->count; i++) {
             const VLAN_INFO_T *vlan = list->ids[i];
-            EXPECT_EQ(vlanListFind(list.get(), vlan->vlanId), vlan);
+            EXPECT_EQ(vlanSlotsFind(list.get(), vlan->vlanId), vlan);
             for (uint32_t number : {vlan->vlanId, vlan->isStatic + 0u, vlan->management + 0u, vlan->vlanType + 0u})
                 text += std::to_string(number) + " ";
             text += std::string(vlan->name) + "/" + vlan->profileType + "/" + vlan->color + "\n";
@@ -71,8 +71,8 @@ TEST_F(VlanModel, ShownRowsAreTakenOrLeft)
     EXPECT_EQ(vlanListAllInfoGetFastEX(&handle, &list), 0);
     EXPECT_EQ(list->count, VLAN_SLOTS);
     EXPECT_EQ(list->ids[4095]->name, std::string(63, 'n'));
-    EXPECT_EQ(vlanListFind(list.get(), 1), nullptr); // an index entry of 0 is slot 0's
-    EXPECT_EQ(vlanListFind(list.get(), 4097), nullptr);
+    EXPECT_EQ(vlanSlotsFind(list.get(), 1), nullptr); // an index entry of 0 is slot 0's
+    EXPECT_EQ(vlanSlotsFind(list.get(), 4097), nullptr);
 
     vsTextSet("show vlan", "VLAN ID VLAN Name                        VLAN Type\n"
                            "------- -------------------------------- ----------\n"

@@ -3,7 +3,7 @@
 // The document is the VLAN model (vlan_model.h) printed, one object a VLAN, joined with the routing addresses by VLAN
 // ID. An object that cannot be completed for want of memory ends the list; a VLAN is never shown without a key.
 
-#include "collectors/feature/vlan_slots.h"
+#include "collectors/feature/vlan_model.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/result.h"
@@ -59,7 +59,7 @@ int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[V
 // Null when it cannot be made.
 static OWNED_VLAN_LIST vlanModelGet(CLIENT_HANDLE_T *clientHandle)
 {
-    OWNED_VLAN_LIST vlans(vlanSlotsCreate<VLAN_INFOX_LIST_T>());
+    OWNED_VLAN_LIST vlans = vlanSlotsCreate<VLAN_INFO_T>();
     if (vlans == nullptr)
         LOG_ERROR_AS("switchConfigVlanList", "Memory error - failed to allocate VLAN_INFOX_LIST_T\r\n");
     if (vlans == nullptr || vlanListAllInfoGetEX(clientHandle, vlans.get()) != RESULT_OK) {

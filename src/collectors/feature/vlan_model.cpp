@@ -6,7 +6,6 @@
 
 #include "collectors/feature/vlan_ports.h"
 #include "collectors/feature/vlan_show.h"
-#include "collectors/feature/vlan_slots.h"
 #include "runtime/log.h"
 #include "runtime/result.h"
 #include "stores/vlan_info.h"
@@ -37,7 +36,6 @@ static int vlansWalk(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list);
 static int vlansShown(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list);
 static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, const PROFILE_ROWS_T &rows, VLAN_INFO_T *vlan);
 static int portArraysAttach(const VLAN_PORT_LIST_T *ports, VLAN_INFO_T *vlan);
-static void portArraysFree(VLAN_INFO_T *vlan);
 static void defaultsSet(VLAN_INFO_T *vlan, uint32_t managementVlan, const CLOCK_PRIORITIES_T &clock);
 static uint32_t managementVlanRead(CLIENT_HANDLE_T *clientHandle);
 static PROFILE_ROWS_T profileRowsLoad();
@@ -47,27 +45,19 @@ static void profileRowApply(const VLAN_INFO_ENTRY_T *row, VLAN_INFO_T *vlan);
 static int clockPrioritiesGet(CLIENT_HANDLE_T *clientHandle, CLOCK_PRIORITIES_T *clock);
 static bool numberAtEnd(const char *line, uint32_t *number);
 
-void vlanListFree(VLAN_INFOX_LIST_T *list)
+void vlanEntryRelease(VLAN_INFO_T *vlan)
 {
-    if (list == nullptr)
-        return;
-    for (uint32_t i = 0; i < list->count; i++) {
-        portArraysFree(list->ids[i]);
-        free(list->ids[i]);
+    for (const VLAN_ARRAY_T &array : vlanArrays) {
+        cJSON_Delete(vlan->*array.vlan);
+        vlan->*array.vlan = nullptr;
     }
-    free(list);
-}
-
-VLAN_INFO_T *vlanListFind(const VLAN_INFOX_LIST_T *list, uint32_t vlanId)
-{
-    return vlanSlotsFind<VLAN_INFO_T>(list, vlanId);
 }
 
 int vlanListAllInfoGetEX(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list)
 {
     (void)vlanListBaseInfoGetEX(clientHandle, list); // has logged; what it left is what there is to show
 
-    OWNED_VLAN_PORTS ports(vlanSlotsCreate<VLAN_PORT_LIST_T>());
+    OWNED_VLAN_PORTS ports = vlanSlotsCreate<VLAN_PORTS_T>();
     if (ports == nullptr) {
         LOG_ERROR("Failed to allocate VLAN_PORT_LIST_T\n");
         return RESULT_INVALID_POINTER;
@@ -82,8 +72,8 @@ int vlanListAllInfoGetFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_LIST *lis
 {
     CLOCK_PRIORITIES_T clock;
 
-    OWNED_VLAN_LIST made(vlanSlotsCreate<VLAN_INFOX_LIST_T>());
-    OWNED_VLAN_PORTS ports(vlanSlotsCreate<VLAN_PORT_LIST_T>());
+    OWNED_VLAN_LIST made = vlanSlotsCreate<VLAN_INFO_T>();
+    OWNED_VLAN_PORTS ports = vlanSlotsCreate<VLAN_PORTS_T>();
     if (made == nullptr || ports == nullptr)
         return RESULT_INVALID_POINTER;
     int result = vlansShown(clientHandle, made.get());
@@ -104,7 +94,7 @@ int vlanListAllInfoGetFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_LIST *lis
     if (result != RESULT_OK)
         return result;
     for (uint32_t i = 0; i < made->count; i++) {
-        const VLAN_PORTS_T *from = vlanPortsFind(ports.get(), made->ids[i]->vlanId);
+        const VLAN_PORTS_T *from = vlanSlotsFind(ports.get(), made->ids[i]->vlanId);
         for (const VLAN_ARRAY_T &array : vlanArrays)
             made->ids[i]->*array.vlan = from == nullptr ? nullptr : cJSON_Duplicate(from->*array.ports, true);
     }
@@ -143,7 +133,7 @@ static int vlansWalk(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list)
     for (VLAN_WALK_T vlan = vlanWalkStart(clientHandle); vlan.valid; vlanWalkNext(&vlan)) {
         if (vlan.vlanId >= VLAN_INDEX_SIZE)
             break; // no VLAN ID, and they ascend
-        if (vlanSlotsAdd<VLAN_INFO_T>(list, vlan.vlanId) == nullptr) {
+        if (vlanSlotsAdd(list, vlan.vlanId) == nullptr) {
             LOG_ERROR_AS("vlanListBaseInfoGetEX", "Failed to allocate VLAN_INFO_T for VLAN %u\n", vlan.vlanId);
             return RESULT_INVALID_POINTER;
         }
@@ -159,7 +149,7 @@ static int vlansShown(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list)
     if (vlanShowRun(&show, clientHandle, "vlanListAllInfoGetFastEX", PATH_SHOW_VLAN_FAST) != RESULT_OK)
         return RESULT_FAILED;
     while (list->count < VLAN_SLOTS && vlanShowNext(&show, &row)) {
-        auto *vlan = vlanSlotsAdd<VLAN_INFO_T>(list, row.vlanId);
+        auto *vlan = vlanSlotsAdd(list, row.vlanId);
         if (vlan == nullptr)
             return RESULT_INVALID_POINTER;
         vlan->isStatic = row.isStatic;
@@ -192,25 +182,17 @@ static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, const PROFILE_ROWS_T &
 
 static int portArraysAttach(const VLAN_PORT_LIST_T *ports, VLAN_INFO_T *vlan)
 {
-    const VLAN_PORTS_T *from = vlanPortsFind(ports, vlan->vlanId);
+    const VLAN_PORTS_T *from = vlanSlotsFind(ports, vlan->vlanId);
 
     for (const VLAN_ARRAY_T &array : vlanArrays) {
         vlan->*array.vlan = from == nullptr ? nullptr : cJSON_Duplicate(from->*array.ports, true);
         if (vlan->*array.vlan == nullptr) {
             LOG_ERROR_AS("vlanListAllInfoGetEX", "Failed to duplicate %s for VLAN %d\n", array.name, vlan->vlanId);
-            portArraysFree(vlan);
+            vlanEntryRelease(vlan);
             return RESULT_FAILED;
         }
     }
     return RESULT_OK;
-}
-
-static void portArraysFree(VLAN_INFO_T *vlan)
-{
-    for (const VLAN_ARRAY_T &array : vlanArrays) {
-        cJSON_Delete(vlan->*array.vlan);
-        vlan->*array.vlan = nullptr;
-    }
 }
 
 static void defaultsSet(VLAN_INFO_T *vlan, uint32_t managementVlan, const CLOCK_PRIORITIES_T &clock)

@@ -4,13 +4,11 @@
 // Built afresh for each document and freed with it. Two sources: the platform's VLAN walk, and the faster "show vlan".
 #pragma once
 
+#include "collectors/feature/vlan_slots.h"
 #include "runtime/json.h"
 #include "switch/session.h"
 
 #include <cstdint>
-
-constexpr uint32_t VLAN_SLOTS = 4096;
-constexpr uint32_t VLAN_INDEX_SIZE = 4097; // VLAN ID 4096 is accepted from "show vlan"
 
 struct VLAN_INFO_T {
     uint32_t vlanId;
@@ -26,24 +24,9 @@ struct VLAN_INFO_T {
     cJSON *shureDevicePorts, *shureLearnPorts;          // nothing fills these
 };
 
-// VLANs in the order they were found; `index` gives the slot of a VLAN ID (0 also for unknown ones: look with
-// vlanListFind, which checks).
-struct VLAN_INFOX_LIST_T {
-    VLAN_INFO_T *ids[VLAN_SLOTS];
-    uint32_t count;
-    uint32_t index[VLAN_INDEX_SIZE];
-};
-
-void vlanListFree(VLAN_INFOX_LIST_T *list);
-struct VLAN_LIST_DELETER_T {
-    void operator()(VLAN_INFOX_LIST_T *list) const
-    {
-        vlanListFree(list);
-    }
-};
-using OWNED_VLAN_LIST = std::unique_ptr<VLAN_INFOX_LIST_T, VLAN_LIST_DELETER_T>;
-
-[[nodiscard]] VLAN_INFO_T *vlanListFind(const VLAN_INFOX_LIST_T *list, uint32_t vlanId);
+void vlanEntryRelease(VLAN_INFO_T *vlan);
+using VLAN_INFOX_LIST_T = VLAN_SLOTS_T<VLAN_INFO_T>;
+using OWNED_VLAN_LIST = OWNED_VLAN_SLOTS<VLAN_INFO_T>;
 
 // Fill a zeroed list from the platform's VLAN walk and attach the port arrays. 0; 10002 when the port assignment list
 // cannot be allocated; 10000 when an array copy fails; else the result of the port assignment.
@@ -63,21 +46,11 @@ struct VLAN_PROFILE_T {
     char profileType[256];
     char templatePath[512];
 };
-struct VLAN_PROFILE_LIST_T {
-    VLAN_PROFILE_T *ids[VLAN_SLOTS];
-    uint32_t count;
-    uint32_t index[VLAN_INDEX_SIZE];
-};
-void vlanProfileListFree(VLAN_PROFILE_LIST_T *list);
-struct VLAN_PROFILE_LIST_DELETER_T {
-    void operator()(VLAN_PROFILE_LIST_T *list) const
-    {
-        vlanProfileListFree(list);
-    }
-};
-using OWNED_VLAN_PROFILES = std::unique_ptr<VLAN_PROFILE_LIST_T, VLAN_PROFILE_LIST_DELETER_T>;
-
-[[nodiscard]] const VLAN_PROFILE_T *vlanProfileFind(const VLAN_PROFILE_LIST_T *list, uint32_t vlanId);
+inline void vlanEntryRelease(VLAN_PROFILE_T *)
+{
+}
+using VLAN_PROFILE_LIST_T = VLAN_SLOTS_T<VLAN_PROFILE_T>;
+using OWNED_VLAN_PROFILES = OWNED_VLAN_SLOTS<VLAN_PROFILE_T>;
 
 // A newly allocated map in *list: 0, or 10000 when "show vlan" or its output fails or there is no memory.
 [[nodiscard]] int vlanListProfileCreateFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_PROFILES *list);

@@ -4,7 +4,6 @@
 // tagged, and its PVID is the one VLAN that it carries untagged. VLANs that an interface names but the VLAN list lacks
 // are passed over. Uses the walks of switch/ and the arrays of runtime/json.h.
 
-#include "collectors/feature/vlan_slots.h"
 #include "runtime/log.h"
 #include "runtime/result.h"
 #include "switch/walk.h"
@@ -31,21 +30,10 @@ static void interfaceAdd(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t
 static void numberAdd(VLAN_PORT_LIST_T *ports, uint32_t vlanId, ARRAY_MEMBER array, uint32_t number);
 static bool taggedGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_vlan_list_t *list);
 
-void vlanPortListFree(VLAN_PORT_LIST_T *list)
+void vlanEntryRelease(VLAN_PORTS_T *ports)
 {
-    if (list == nullptr)
-        return;
-    for (uint32_t i = 0; i < list->count; i++) {
-        for (const VLAN_ARRAY_T &array : vlanArrays)
-            cJSON_Delete(list->ids[i]->*array.ports);
-        free(list->ids[i]);
-    }
-    free(list);
-}
-
-const VLAN_PORTS_T *vlanPortsFind(const VLAN_PORT_LIST_T *list, uint32_t vlanId)
-{
-    return vlanSlotsFind<VLAN_PORTS_T>(list, vlanId);
+    for (const VLAN_ARRAY_T &array : vlanArrays)
+        cJSON_Delete(ports->*array.ports);
 }
 
 int vlanListPortAssGetFromVlanList(CLIENT_HANDLE_T *clientHandle, VLAN_PORT_LIST_T *ports,
@@ -69,7 +57,7 @@ static int entriesCreate(VLAN_PORT_LIST_T *ports, const VLAN_INFOX_LIST_T *vlans
             LOG_ERROR_AS("vlanListPortAssGetFromVlanList", "viList->ids[%u] is NULL - data corruption\n", i);
             return RESULT_INVALID_POINTER;
         }
-        auto *entry = vlanSlotsAdd<VLAN_PORTS_T>(ports, vlans->ids[i]->vlanId);
+        auto *entry = vlanSlotsAdd(ports, vlans->ids[i]->vlanId);
         if (entry == nullptr)
             return RESULT_INVALID_POINTER;
         for (const VLAN_ARRAY_T &array : vlanArrays) {
@@ -122,7 +110,7 @@ static void interfaceAdd(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t
 
 static void numberAdd(VLAN_PORT_LIST_T *ports, uint32_t vlanId, ARRAY_MEMBER array, uint32_t number)
 {
-    auto *entry = vlanSlotsFind<VLAN_PORTS_T>(ports, vlanId);
+    auto *entry = vlanSlotsFind(ports, vlanId);
     if (entry != nullptr)
         jsonAppendNumber(entry->*array, number);
 }

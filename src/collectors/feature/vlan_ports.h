@@ -9,21 +9,9 @@ struct VLAN_PORTS_T {
     cJSON *tagPorts, *untagPorts, *tagLags, *untagLags;
     cJSON *shureDevicePorts, *shureLearnPorts; // nothing fills these
 };
-struct VLAN_PORT_LIST_T {
-    VLAN_PORTS_T *ids[VLAN_SLOTS];
-    uint32_t count;
-    uint32_t index[VLAN_INDEX_SIZE];
-};
-void vlanPortListFree(VLAN_PORT_LIST_T *list);
-struct VLAN_PORT_LIST_DELETER_T {
-    void operator()(VLAN_PORT_LIST_T *list) const
-    {
-        vlanPortListFree(list);
-    }
-};
-using OWNED_VLAN_PORTS = std::unique_ptr<VLAN_PORT_LIST_T, VLAN_PORT_LIST_DELETER_T>;
-
-[[nodiscard]] const VLAN_PORTS_T *vlanPortsFind(const VLAN_PORT_LIST_T *list, uint32_t vlanId);
+void vlanEntryRelease(VLAN_PORTS_T *ports);
+using VLAN_PORT_LIST_T = VLAN_SLOTS_T<VLAN_PORTS_T>;
+using OWNED_VLAN_PORTS = OWNED_VLAN_SLOTS<VLAN_PORTS_T>;
 
 // The six arrays, as a VLAN and its port entry hold them.
 struct VLAN_ARRAY_T {

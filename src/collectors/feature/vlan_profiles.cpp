@@ -4,7 +4,6 @@
 // its profile's template. A template is parsed once for all VLANs of its type.
 
 #include "collectors/feature/vlan_show.h"
-#include "collectors/feature/vlan_slots.h"
 #include "runtime/paths.h"
 #include "runtime/result.h"
 #include "stores/profile_template.h"
@@ -56,23 +55,9 @@ static void flagsGet(TEMPLATE_CACHE_T *cache, VLAN_PROFILE_T *profile);
 static void flagsRead(const char *profileType, uint32_t *flags, uint32_t *mask);
 static uint32_t variantGet(const char *profileType);
 
-void vlanProfileListFree(VLAN_PROFILE_LIST_T *list)
-{
-    if (list == nullptr)
-        return;
-    for (uint32_t i = 0; i < list->count; i++)
-        free(list->ids[i]);
-    free(list);
-}
-
-const VLAN_PROFILE_T *vlanProfileFind(const VLAN_PROFILE_LIST_T *list, uint32_t vlanId)
-{
-    return vlanSlotsFind<VLAN_PROFILE_T>(list, vlanId);
-}
-
 int vlanListProfileCreateFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_PROFILES *list)
 {
-    OWNED_VLAN_PROFILES made(vlanSlotsCreate<VLAN_PROFILE_LIST_T>());
+    OWNED_VLAN_PROFILES made = vlanSlotsCreate<VLAN_PROFILE_T>();
     if (made == nullptr || vlansRead(clientHandle, made.get()) != RESULT_OK)
         return RESULT_FAILED;
     profileRowsApply(made.get());
@@ -89,7 +74,7 @@ static int vlansRead(CLIENT_HANDLE_T *clientHandle, VLAN_PROFILE_LIST_T *list)
     if (vlanShowRun(&show, clientHandle, "vlanListProfileCreateFastEX", PATH_SHOW_VLAN_PROFILE) != RESULT_OK)
         return RESULT_FAILED;
     while (list->count < VLAN_SLOTS && vlanShowNext(&show, &row)) {
-        if (vlanSlotsAdd<VLAN_PROFILE_T>(list, row.vlanId) == nullptr)
+        if (vlanSlotsAdd(list, row.vlanId) == nullptr)
             return RESULT_FAILED;
     }
     return RESULT_OK;

@@ -204,7 +204,7 @@ static void detectAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJ
     if (record.linkState != PORT_LINK_UP || record.autoTrunk == 1 || table->profiles == nullptr)
         return;
     const char *word = portVendorWordGet(table->clientHandle, record.ifNum,
-                                         vlanProfileFind(table->profiles.get(), record.pvid), &table->fdb);
+                                         vlanSlotsFind(table->profiles.get(), record.pvid), &table->fdb);
     if (word != nullptr)
         jsonAddText(object, "detect", word);
 }
