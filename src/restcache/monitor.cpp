@@ -58,18 +58,20 @@ constexpr CADENCE_ITEM_T writebackItem(const char *name, uint32_t period, uint32
 {
     return {name, CADENCE_WRITEBACK, period, phase, {}};
 }
+constexpr CADENCE_ITEM_T everyCycleText(const char *name, const DIRECT_T &direct)
+{
+    return {name, CADENCE_TEXT, 1, 0, direct};
+}
+constexpr CADENCE_ITEM_T writesItem(const char *name, uint32_t period, uint32_t phase, const char *builder)
+{
+    return {name, CADENCE_WRITES, period, phase, {builder, nullptr, nullptr, nullptr}};
+}
 
 constexpr CADENCE_ITEM_T cadenceTable[] = {
-    {"portStats_outbound_ex",
-     CADENCE_TEXT,
-     1,
-     0,
-     {"pioBuildList", "OutPortStatisticsEx", "get_port_outbound_statistics_ex", "Failed"}},
-    {"portStats_inbound_ex",
-     CADENCE_TEXT,
-     1,
-     0,
-     {"pioBuildList", "InPortStatisticsEx", "get_port_inbound_statistics_ex", "Failed"}},
+    everyCycleText("portStats_outbound_ex",
+                   {"pioBuildList", "OutPortStatisticsEx", "get_port_outbound_statistics_ex", "Failed"}),
+    everyCycleText("portStats_inbound_ex",
+                   {"pioBuildList", "InPortStatisticsEx", "get_port_inbound_statistics_ex", "Failed"}),
     writebackItem("radius_port_config", 6, 2),
     writebackItem("neighbor_ex", 2, 0),
     writebackItem("special_interface_route", 6, 3),
@@ -77,7 +79,7 @@ constexpr CADENCE_ITEM_T cadenceTable[] = {
     writebackItem("device_time", 60, 59),
     writebackItem("system_info", 60, 58),
     writebackItem("device_health", 1, 0),
-    {"stacking", CADENCE_WRITES, 2, 1, {"get_stacking_info", nullptr, nullptr, nullptr}},
+    writesItem("stacking", 2, 1, "get_stacking_info"),
     writebackItem("multicast_mode_ex", 6, 5),
     writebackItem("profile/list_ex", 6, 4),
     writebackItem("sw_manual_trunk_cfg", 2, 1),
@@ -87,14 +89,14 @@ constexpr CADENCE_ITEM_T cadenceTable[] = {
     writebackItem("sw_auto_trunk_cfg", 2, 1),
     writebackItem("sw_portmirroring", 6, 1),
     writebackItem("sw_auto_lag_cfg", 2, 1),
-    {"multicast_groups_ex", CADENCE_WRITES, 2, 1, {"mgeWriteChunks", nullptr, nullptr, nullptr}},
+    writesItem("multicast_groups_ex", 2, 1, "mgeWriteChunks"),
     writebackItem("multicast_block_address", 6, 5),
     writebackItem("scheduleList", 6, 3),
     writebackItem("swcfg_poe", 1, 0),
-    {"swcfg_poe_info", CADENCE_TEXT, 1, 0, {"gePoeInfoJson", "poeInfo", "get_poe_info", "Failed to get POE info"}},
+    everyCycleText("swcfg_poe_info", {"gePoeInfoJson", "poeInfo", "get_poe_info", "Failed to get POE info"}),
     writebackItem("radius_config", 6, 1),
     writebackItem("logging", 6, 5),
-    {"bufferedLog", CADENCE_WRITES, 1, 0, {"get_buffered_log", nullptr, nullptr, nullptr}},
+    writesItem("bufferedLog", 1, 0, "get_buffered_log"),
     {"change signal", CADENCE_SIGNAL, 1, 0, {}},
 };
 constexpr size_t CADENCE_COUNT = std::size(cadenceTable);
