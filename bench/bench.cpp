@@ -39,12 +39,10 @@ int main(int argc, char **argv)
         return 2;
     }
     std::set<std::string> names(argv + 2, argv + argc);
-    std::string root = rootSeed(argv[1]);
     buildersRegister();
-    if (root.empty() || !switchUse(root, argv[1]))
+    std::string root = scenarioBegin(argv[1]);
+    if (root.empty())
         return 2;
-    processBegin();
-    documentsRunAll();
     std::vector<MEASURED_T> list = measuredList();
     CALLGRIND_START_INSTRUMENTATION; // all before it was only to get here
     bool good = cycleMeasure(list);

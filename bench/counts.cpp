@@ -65,12 +65,10 @@ int main(int argc, char **argv)
         return 2;
     }
     allocInstall();
-    std::string root = rootSeed(argv[1]);
     buildersRegister();
-    if (root.empty() || !switchUse(root, argv[1]))
+    std::string root = scenarioBegin(argv[1]);
+    if (root.empty())
         return 2;
-    processBegin();
-    documentsRunAll();
     for (const DOCUMENT_T &document : documentsListed()) {
         for (int warm = 0; warm < 3; warm++) // what only the first runs ask stays out
             documentRun(document);

@@ -37,12 +37,10 @@ int main(int argc, char **argv)
         fputs("usage: texts SCENARIO DIR NAME\n", stderr);
         return 2;
     }
-    std::string root = rootSeed(argv[1]);
     buildersRegister();
-    if (root.empty() || !switchUse(root, argv[1]))
+    std::string root = scenarioBegin(argv[1]);
+    if (root.empty())
         return 2;
-    processBegin();
-    documentsRunAll();
     for (const DOCUMENT_T &document : documentsListed()) {
         if (strcmp(document.name, argv[3]) == 0)
             documentTime(document, argv[2]);

@@ -93,6 +93,19 @@ bool switchUse(const std::string &root, const std::string &scenario, double seco
     return true;
 }
 
+std::string scenarioBegin(const std::string &scenario)
+{
+    std::string root = rootSeed(scenario);
+
+    if (root.empty() || !switchUse(root, scenario)) {
+        rootRemove(root);
+        return "";
+    }
+    processBegin();
+    documentsRunAll();
+    return root;
+}
+
 void timeMove(double seconds)
 {
     frozenSeconds += seconds;

@@ -28,6 +28,9 @@ void rootRemove(const std::string &root);
 // False (said on stderr) when the scenario is refused. The builders must be registered.
 [[nodiscard]] bool switchUse(const std::string &root, const std::string &scenario, double seconds = FROZEN_AT);
 
+// All of that for a scenario, and every document built once: its root, "" (said on stderr) when it cannot be.
+[[nodiscard]] std::string scenarioBegin(const std::string &scenario);
+
 // Move the time of day and the switch's time on together.
 void timeMove(double seconds);
 

@@ -107,14 +107,10 @@ static std::vector<std::string> filesOf(const std::string &folder)
 static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally)
 {
     std::string folder = std::string(GOLDENS) + "/" + std::filesystem::path(scenario).stem().string();
-    std::string root = rootSeed(scenario);
+    std::string root = scenarioBegin(scenario);
 
-    if (root.empty() || !switchUse(root, scenario)) {
-        rootRemove(root);
+    if (root.empty())
         return false;
-    }
-    processBegin();
-    documentsRunAll();
     RECORDS_T now = recordsRead();
     if (!options.kept.empty())
         textsKeep(options.kept + "/" + std::filesystem::path(scenario).stem().string(), now);
