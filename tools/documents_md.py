@@ -69,7 +69,7 @@ def schedule():
     with open(MONITOR, encoding="utf-8") as file:
         source = file.read()
     table = source[source.index("cadenceTable[] = {"):source.index("constexpr size_t CADENCE_COUNT")]
-    items = re.findall(r'writebackItem\("([^"]+)", ()(\d+), (\d+)\)|\{"([^"]+)",\s*(CADENCE_\w+),\s*(\d+),\s*(\d+),', table)
+    items = re.findall(r'\w+Item\("([^"]+)", ()(\d+), (\d+)|\{"([^"]+)",\s*(CADENCE_\w+),\s*(\d+),\s*(\d+),', table)
     items = [tuple(part for part in item if part) for item in items]
     count = int(re.search(r"static_assert\(CADENCE_COUNT == (\d+)", source).group(1))
     if len(items) != count:

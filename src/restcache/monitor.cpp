@@ -58,9 +58,9 @@ constexpr CADENCE_ITEM_T writebackItem(const char *name, uint32_t period, uint32
 {
     return {name, CADENCE_WRITEBACK, period, phase, {}};
 }
-constexpr CADENCE_ITEM_T everyCycleText(const char *name, const DIRECT_T &direct)
+constexpr CADENCE_ITEM_T textItem(const char *name, uint32_t period, uint32_t phase, const DIRECT_T &direct)
 {
-    return {name, CADENCE_TEXT, 1, 0, direct};
+    return {name, CADENCE_TEXT, period, phase, direct};
 }
 constexpr CADENCE_ITEM_T writesItem(const char *name, uint32_t period, uint32_t phase, const char *builder)
 {
@@ -68,10 +68,10 @@ constexpr CADENCE_ITEM_T writesItem(const char *name, uint32_t period, uint32_t 
 }
 
 constexpr CADENCE_ITEM_T cadenceTable[] = {
-    everyCycleText("portStats_outbound_ex",
-                   {"pioBuildList", "OutPortStatisticsEx", "get_port_outbound_statistics_ex", "Failed"}),
-    everyCycleText("portStats_inbound_ex",
-                   {"pioBuildList", "InPortStatisticsEx", "get_port_inbound_statistics_ex", "Failed"}),
+    textItem("portStats_outbound_ex", 1, 0,
+             {"pioBuildList", "OutPortStatisticsEx", "get_port_outbound_statistics_ex", "Failed"}),
+    textItem("portStats_inbound_ex", 1, 0,
+             {"pioBuildList", "InPortStatisticsEx", "get_port_inbound_statistics_ex", "Failed"}),
     writebackItem("radius_port_config", 6, 2),
     writebackItem("neighbor_ex", 2, 0),
     writebackItem("special_interface_route", 6, 3),
@@ -93,7 +93,7 @@ constexpr CADENCE_ITEM_T cadenceTable[] = {
     writebackItem("multicast_block_address", 6, 5),
     writebackItem("scheduleList", 6, 3),
     writebackItem("swcfg_poe", 1, 0),
-    everyCycleText("swcfg_poe_info", {"gePoeInfoJson", "poeInfo", "get_poe_info", "Failed to get POE info"}),
+    textItem("swcfg_poe_info", 1, 0, {"gePoeInfoJson", "poeInfo", "get_poe_info", "Failed to get POE info"}),
     writebackItem("radius_config", 6, 1),
     writebackItem("logging", 6, 5),
     writesItem("bufferedLog", 1, 0, "get_buffered_log"),
