@@ -167,14 +167,14 @@ int managementPortIPv4ParametersGet(CLIENT_HANDLE_T *clientHandle, MANAGEMENT_PO
     return RESULT_OK;
 }
 
-int managementVlanGet(CLIENT_HANDLE_T *clientHandle, uint32_t *vlan)
+int managementVlanGet(CLIENT_HANDLE_T *clientHandle, int *vlan)
 {
     if (clientHandle == nullptr || vlan == nullptr)
         return RESULT_INVALID_ARGUMENT;
     MANAGEMENT_PORT_T parameters = {};
     parameters.vlan = 1;
     int result = managementPortIPv4ParametersGetSafe(clientHandle, &parameters);
-    *vlan = static_cast<uint32_t>(parameters.vlan);
+    *vlan = parameters.vlan;
     return result;
 }
 

@@ -107,4 +107,4 @@ struct MANAGEMENT_PORT_T {
 [[nodiscard]] int managementPortIPv4ParametersGet(CLIENT_HANDLE_T *clientHandle, MANAGEMENT_PORT_T *parameters);
 
 // Management VLAN, 1 unless "show ip management" says otherwise; 10003 when an argument is missing.
-[[nodiscard]] int managementVlanGet(CLIENT_HANDLE_T *clientHandle, uint32_t *vlan);
+[[nodiscard]] int managementVlanGet(CLIENT_HANDLE_T *clientHandle, int *vlan);

@@ -138,17 +138,17 @@ TEST_F(CLI, ManagementValuesStandAtTheirColumns)
 
 TEST_F(CLI, ManagementVlanIsOneUnlessSaidOtherwise)
 {
-    uint32_t vlan = 9;
+    int vlan = 9;
     vsTextSet("show ip management", "IPv4 Management Interface..........\nMethod\n");
     EXPECT_EQ(managementVlanGet(&handle, &vlan), 0);
-    EXPECT_EQ(vlan, 1U);
+    EXPECT_EQ(vlan, 1);
     vsTextSet("show ip management", "IPv4 Management Interface.......................... 4093\n");
     EXPECT_EQ(managementVlanGet(&handle, &vlan), 0);
-    EXPECT_EQ(vlan, 4093U);
+    EXPECT_EQ(vlan, 4093);
     fileWrite(PathGet(PATH_SHOW_IP_MANAGEMENT), "stale"); // goes also when the command fails
     failCall("show ip management", -1);
     EXPECT_EQ(managementVlanGet(&handle, &vlan), RESULT_OPEN_FAILED);
-    EXPECT_EQ(vlan, 1U);
+    EXPECT_EQ(vlan, 1);
     EXPECT_EQ(logText(), "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
                          "(ERROR) managementPortIPv4ParametersGet: can not open file:" +
                              std::string(PathGet(PATH_SHOW_IP_MANAGEMENT)) + "\n");

@@ -208,10 +208,10 @@ static void defaultsSet(VLAN_INFO_T *vlan, uint32_t managementVlan, const CLOCK_
 
 static uint32_t managementVlanRead(CLIENT_HANDLE_T *clientHandle)
 {
-    uint32_t vlan = DEFAULT_VLAN;
+    int vlan = DEFAULT_VLAN;
 
     (void)managementVlanGet(clientHandle, &vlan); // has logged; VLAN 1 unless it says otherwise
-    return vlan;
+    return static_cast<uint32_t>(vlan);
 }
 
 static PROFILE_ROWS_T profileRowsLoad()

@@ -12,7 +12,7 @@ int systemInfoGet(CLIENT_HANDLE_T *clientHandle, char **out)
 {
     SYSTEM_INFO_RECORD_T record;
     uint32_t poeSupported = 0;
-    uint32_t managementVlan = 1;
+    int managementVlan = 1;
 
     *out = nullptr;
     (void)poeIsSupported(clientHandle, &poeSupported); // always 0
