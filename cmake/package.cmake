@@ -17,7 +17,8 @@ endif()
 
 set(CPACK_DEBIAN_DEVMGR_PACKAGE_NAME devmgr)
 set(CPACK_DEBIAN_DEVMGR_PACKAGE_DEPENDS init-system-helpers)
-set(CPACK_DEBIAN_DEVMGR_PACKAGE_RECOMMENDS "devmgr-virtual | openclt-platform")
+# Not recommended: what is recommended is installed along, and a virtual switch would start on every real one.
+set(CPACK_DEBIAN_DEVMGR_PACKAGE_SUGGESTS devmgr-virtual)
 set(CPACK_COMPONENT_DEVMGR_DESCRIPTION "keeps the REST cache of a managed AV switch filled and fresh
 A daemon that asks the switch through the platform's client library and through
 show commands, and writes one JSON document per API name into an SQLite file.
