@@ -44,9 +44,11 @@ int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[V
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
 
-    int result = showFileRun(&show, clientHandle,
-                             {__func__, "show ip interface brief", PATH_SHOW_IP_INTERFACE, SHOW_NAME_RANDOM,
-                              SHOW_AFTER_REMOVE, SHOW_OPEN_UPPER});
+    const SHOW_REQUEST_T request = {__func__,         "show ip interface brief", PATH_SHOW_IP_INTERFACE,
+                                    SHOW_NAME_RANDOM, SHOW_AFTER_REMOVE,         SHOW_OPEN_UPPER};
+    int result = showFileRun(&show, clientHandle, request);
+    if (result == RESULT_FAILED)
+        result = showFileOpen(&show, request); // a command that failed shows as a file that does not open
     if (result != RESULT_OK)
         return result;
     while (showFileLine(&show, line, sizeof(line))) {
