@@ -205,11 +205,11 @@ int rpcclt_openapiLinuxptpIsDomainExists(openclt_handle_t *handle, uint32_t doma
     if (call.result != OPENCLT_OK) {
         return call.result;
     }
-    if (handle == nullptr || exists == nullptr || domain >= PTP_DOMAINS) {
+    if (domain >= PTP_DOMAINS) {
         return OPENCLT_PARAM;
     }
-    *exists = ptpDomain(call, domain) != nullptr;
-    return OPENCLT_OK;
+    return vsNumberOf(call, handle, &call.state(), exists,
+                      [&](const VS_STATE_T &) { return ptpDomain(call, domain) != nullptr; });
 }
 
 int rpcclt_openapiLinuxptpDomainVlanGet(openclt_handle_t *handle, uint32_t domain, uint32_t *vlanId)
