@@ -4,7 +4,7 @@
 set -eu
 devmgr=$1 version=$2 page=$3
 
-warnings=$(groff -t -man -Tutf8 -ww -rLL=100n "$page" 2>&1 >/dev/null)
+warnings=$(groff -man -Tutf8 -ww -rLL=100n "$page" 2>&1 >/dev/null)
 [ -z "$warnings" ] || { echo "$warnings"; exit 1; }
 grep -q "^\.TH DEVMGR 8 .* \"devmgr $version\"" "$page" || { echo "$page: not of version $version"; exit 1; }
 help=$("$devmgr" --help)
