@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <malloc.h>
 #include <set>
 #include <sstream>
@@ -77,7 +78,7 @@ static bool begin(const std::string &root, const std::string &scenario);
 static void cycleRun(SOAK_T *soak);
 static void changesFollow(SOAK_T *soak);
 static void logFollow(SOAK_T *soak);
-static void logPart(SOAK_T *soak, const std::string &text);
+static size_t logPart(SOAK_T *soak, PATH_ID path, size_t offset);
 static MEASURE_T measureTake();
 static NAMES_T filesList();
 static size_t residentKiB();
@@ -190,29 +191,29 @@ static void logFollow(SOAK_T *soak)
     if (stat(PathGet(PATH_LOG), &status) != 0)
         return;
     if (log->inode != 0 && status.st_ino != log->inode) {
-        std::string old = textRead(PathGet(PATH_LOG_OLD));
-        logPart(soak, old.substr(std::min(log->offset, old.size())));
+        (void)logPart(soak, PATH_LOG_OLD, log->offset);
         log->offset = 0;
         log->rotations++;
     }
     log->inode = status.st_ino;
-    if (static_cast<size_t>(status.st_size) == log->offset)
-        return;
-    std::string now = textRead(PathGet(PATH_LOG));
-    logPart(soak, now.substr(std::min(log->offset, now.size())));
-    log->offset = now.size();
+    log->offset = logPart(soak, PATH_LOG, log->offset);
 }
 
-static void logPart(SOAK_T *soak, const std::string &text)
+// Judge a log from an offset on; the offset of its end. A line at a time: a whole log would show in the memory that is
+// measured.
+static size_t logPart(SOAK_T *soak, PATH_ID path, size_t offset)
 {
-    std::istringstream lines(text);
+    std::ifstream text(PathGet(path), std::ios::binary);
     std::string line;
 
-    while (std::getline(lines, line)) {
+    text.seekg(static_cast<std::streamoff>(offset));
+    while (std::getline(text, line)) {
+        offset += line.size() + (text.eof() ? 0 : 1);
         bool announced = soak->cycle == 0 && line.find(START_ERROR) != std::string::npos;
         if (!announced && line.find(" (ERROR): ") != std::string::npos && soak->log.errors++ < 10)
             finding(soak, "error line: %s", line.c_str());
     }
+    return offset;
 }
 
 static MEASURE_T measureTake()
