@@ -21,6 +21,6 @@ constexpr uint32_t VLAN_ROUTING_SIZE = 4097; // by VLAN ID
 // cannot be made gives an empty list.
 [[nodiscard]] int switchConfigVlanList(CLIENT_HANDLE_T *clientHandle, char **out);
 
-// Fill a zeroed table from "show ip interface brief": 0, or 10016 when its output does not open, as after a command that
-// fails.
+// Fill a zeroed table from "show ip interface brief": 0, or 10016 when its output does not open, as after a command
+// that fails.
 [[nodiscard]] int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[VLAN_ROUTING_SIZE]);
