@@ -67,6 +67,36 @@ struct Monitor : testing::Test {
     }
 };
 
+TEST_F(Monitor, TheFirstCycleBuildsEverythingInTheScheduledOrder)
+{
+    EXPECT_EQ(cycle(), NAMES_T({"portStats_outbound_ex",
+                                "portStats_inbound_ex",
+                                "radius_port_config",
+                                "neighbor_ex",
+                                "special_interface_route",
+                                "sw_lag_cfg_ex",
+                                "device_time",
+                                "system_info",
+                                "device_health",
+                                "stacking",
+                                "multicast_mode_ex",
+                                "profile/list_ex",
+                                "sw_manual_trunk_cfg",
+                                "interfaces_status",
+                                "sw_ptp_cfg",
+                                "sw_auto_trunk_cfg",
+                                "sw_portmirroring",
+                                "sw_auto_lag_cfg",
+                                "multicast_groups_ex",
+                                "multicast_block_address",
+                                "scheduleList",
+                                "swcfg_poe",
+                                "swcfg_poe_info",
+                                "radius_config",
+                                "logging",
+                                "bufferedLog"}));
+}
+
 TEST_F(Monitor, EachCycleRebuildsExactlyWhatIsDue)
 {
     for (unsigned c = 1; c <= 121; c++) {
