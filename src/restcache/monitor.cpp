@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <iterator>
 #include <unistd.h>
@@ -108,6 +109,8 @@ static const char *const startDocuments[] = {
     "fiberOptics",
 };
 
+constexpr size_t START_DOCUMENTS = std::size(startDocuments);
+
 constexpr char initCompleteText[] =
     "{\"init_complete\": {},\"resp\": {\"respCode\": 0,\"respMsg\": \"Success\",\"status\": \"success\"}}";
 static_assert(sizeof(initCompleteText) == 86 + 1, "readers compare it as text");
@@ -126,6 +129,9 @@ struct MONITOR_STATE_T {
     CLIENT_HANDLE_T clientHandle = {};
     uint32_t refreshCycleCount = 0;
     bool hasRun[CADENCE_COUNT] = {};
+    unsigned beginnings = 0; // of the cache, when everything was last built
+    bool markMissing = false;
+    bool startMissing[START_DOCUMENTS] = {}; // start documents that could not be stored
     uint32_t linkState[WATCHED_INTERFACES] = {};
     uint8_t countdown[WATCHED_INTERFACES] = {};
     bool firstScan = true;
@@ -133,6 +139,10 @@ struct MONITOR_STATE_T {
 static MONITOR_STATE_T monitor;
 
 static void eventsServe();
+static bool isOurName(const char *name);
+static bool isNameOf(const char *name, const char *record);
+static void everythingAnew();
+static void missingWrite();
 static void cacheWatch();
 static bool itemDue(size_t index);
 static void itemRun(const CADENCE_ITEM_T *item);
@@ -157,9 +167,10 @@ void AgentRestMonitor(intptr_t)
         LOG_ERROR("Init clientHandle error\r\n");
         return;
     }
-    restDbCheck();
+    restDbCheck(isOurName);
     (void)restapi_db_operation(REST_DB_CREATE, nullptr, nullptr); // every later operation reports the same failure
-    (void)initCompleteWrite();                                    // logs its own failure; the next cycle tries again
+    monitor.beginnings = restDbBeginnings();
+    (void)initCompleteWrite(); // logs its own failure; the next cycle tries again
     while (access(PathGet(PATH_VLANINFO_DB), F_OK) != 0)
         ClockSleep(1);
     startDocumentsWrite();
@@ -179,15 +190,26 @@ void GetAllRestApiData()
     LOG_DEBUG("%s() End\n", __func__);
 }
 
+void monitorRefresh()
+{
+    cacheWatch();
+    GetAllRestApiData();
+}
+
 int initCompleteWrite()
 {
-    return restapi_db_operation(REST_DB_WRITE, "init_complete", initCompleteText);
+    unsigned before = restDbNotStored();
+    int result = restapi_db_operation(REST_DB_WRITE, "init_complete", initCompleteText);
+
+    monitor.markMissing = restDbNotStored() != before;
+    return result;
 }
 
 void startDocumentsWrite()
 {
-    for (const char *apiName : startDocuments)
-        documentWriteBack(apiName);
+    for (bool &missing : monitor.startMissing)
+        missing = true;
+    missingWrite();
 }
 
 const char *cycleItemName(unsigned index)
@@ -228,25 +250,70 @@ static void eventsServe()
         if (OsEventWait(monitor.taskId, EVENT_MASK, -1, &received) != 0) {
             ClockSleep(1);
         } else if ((received & REFRESH_EVENT) != 0) {
-            cacheWatch();
-            GetAllRestApiData();
+            monitorRefresh();
         }
     }
 }
 
-// The mark of the start stays in the cache. When it is gone, so is what was written beside it (the file was removed, or
-// set aside as damaged): what is written at the start is written again, and every item is due in this cycle.
+// What the cache lost is written within this cycle: all of it when the file was removed, replaced or set aside as
+// damaged, and what is written only at the start when a full disk or a lock kept it from being stored then.
 static void cacheWatch()
 {
-    int result = initCompleteWrite();
+    (void)restapi_db_operation(REST_DB_CREATE, nullptr, nullptr); // every later operation reports the same failure
+    if (restDbBeginnings() != monitor.beginnings)
+        everythingAnew();
+    if (monitor.markMissing)
+        (void)initCompleteWrite();
+    missingWrite();
+}
 
-    if (result == SQLITE_ERROR && restapi_db_operation(REST_DB_CREATE, nullptr, nullptr) == RESULT_OK) // no table
-        result = initCompleteWrite();
-    if (result != SQLITE_DONE)
-        return;
-    LOG_ERROR("REST cache %s lacks its mark, everything is built again\n", PathGet(PATH_REST_DB));
-    startDocumentsWrite();
+static void everythingAnew()
+{
+    monitor.beginnings = restDbBeginnings();
+    LOG_ERROR_AS("cacheWatch", "REST cache %s was begun anew, everything is built again\n", PathGet(PATH_REST_DB));
+    monitor.markMissing = true;
+    std::fill(std::begin(monitor.startMissing), std::end(monitor.startMissing), true);
     std::fill(std::begin(monitor.hasRun), std::end(monitor.hasRun), false);
+    monitor.firstScan = true; // every port that is up counts as having come up
+}
+
+// A start document is written until it was stored. One whose build fails is not tried again.
+static void missingWrite()
+{
+    for (size_t i = 0; i < START_DOCUMENTS; i++) {
+        unsigned before = restDbNotStored();
+
+        if (!monitor.startMissing[i])
+            continue;
+        documentWriteBack(startDocuments[i]);
+        monitor.startMissing[i] = restDbNotStored() != before;
+    }
+}
+
+static bool isOurName(const char *record)
+{
+    if (strcmp(record, "init_complete") == 0)
+        return true;
+    for (unsigned i = 0; writebackName(i) != nullptr; i++) {
+        if (isNameOf(writebackName(i), record))
+            return true;
+    }
+    for (const CADENCE_ITEM_T &item : cadenceTable) {
+        if (isNameOf(item.name, record))
+            return true;
+    }
+    return false;
+}
+
+// The name itself, or one of its chunks: the name, a slash and digits.
+static bool isNameOf(const char *name, const char *record)
+{
+    size_t length = strlen(name);
+
+    if (strncmp(record, name, length) != 0)
+        return false;
+    const char *rest = record + length;
+    return rest[0] == '\0' || (rest[0] == '/' && rest[1] != '\0' && rest[1 + strspn(rest + 1, "0123456789")] == '\0');
 }
 
 static bool itemDue(size_t index)

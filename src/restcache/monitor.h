@@ -11,6 +11,10 @@ void AgentRestMonitor(intptr_t argument);
 // One refresh cycle: every document that is due, in the order of the cadence table.
 void GetAllRestApiData();
 
+// What a timer event does: write what the cache lost since the last cycle (a file that was removed, replaced or
+// damaged, start documents that could not be stored), then run a cycle.
+void monitorRefresh();
+
 // Write the "init_complete" record: the store's result of a write.
 int initCompleteWrite();
 

@@ -7,9 +7,11 @@
 
 #include "restcache/store_access.h"
 #include "restcache/store_recovery.h"
+#include "runtime/database.h"
 #include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
+#include "runtime/ownfile.h"
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
 #include "runtime/result.h"
@@ -27,13 +29,25 @@
 
 int restDbChanged;
 
+// What this process knows of the file.
+struct CACHE_FILE_T {
+    bool known;
+    dev_t device;
+    ino_t inode;
+    unsigned beginnings;
+    unsigned notStored;
+};
+static CACHE_FILE_T cacheFile;
+
 constexpr const char *OPERATION = "restapi_db_operation"; // name in the log lines of all operations
-constexpr int BUSY_TIMEOUT_MS = 3000;
 constexpr int STORE_UNCHANGED = 1;
+constexpr const char *LOCK_ACQUIRE = "rest_db_lock_acquire";
 constexpr size_t LOCK_PATH_SIZE = 128;
 constexpr size_t ID_LINE_SIZE = 32;
 
 static int operationOnce(int operation, const char *apiName, const char *data);
+static void fileLook();
+static bool isWrite(int operation);
 static int operationRun(sqlite3 *db, int operation, const char *apiName, const char *data);
 static void connectionConfigure(sqlite3 *db);
 static int tableCreate(sqlite3 *db);
@@ -43,8 +57,10 @@ static int recordReplace(sqlite3 *db, const char *apiName, const char *data);
 static int recordDelete(sqlite3 *db, const char *apiName);
 static int statementPrepare(sqlite3 *db, const char *sql, OWNED_STATEMENT *statement);
 static int sqlErrorLog(sqlite3 *db, int result);
-static bool isDirectory(const char *path);
+static int lockAcquire(const char *name);
+static bool isOwnDirectory(const char *path);
 static bool idRead(const char **cursor, int *id);
+static bool signalAllowed(FILE *ids, int process);
 static void changedReset();
 
 static PROCESS_STATE_T changedState(changedReset);
@@ -52,72 +68,57 @@ static PROCESS_STATE_T changedState(changedReset);
 int restapi_db_operation(int operation, const char *apiName, const char *data)
 {
     int result = operationOnce(operation, apiName, data);
+    bool again = restDbDamaged(result) && restDbSetAside(sqlite3_errstr(result)) &&
+                 (operation == REST_DB_CREATE || operationOnce(REST_DB_CREATE, nullptr, nullptr) == RESULT_OK);
 
-    if (!restDbDamaged(result) || !restDbSetAside(sqlite3_errstr(result)))
-        return result;
-    if (operation != REST_DB_CREATE && operationOnce(REST_DB_CREATE, nullptr, nullptr) != RESULT_OK)
-        return result;
-    return operationOnce(operation, apiName, data);
+    if (again)
+        result = operationOnce(operation, apiName, data);
+    if (isWrite(operation) && result != STORE_UNCHANGED && result != SQLITE_DONE)
+        cacheFile.notStored++;
+    return result;
+}
+
+unsigned restDbBeginnings()
+{
+    return cacheFile.beginnings;
+}
+
+unsigned restDbNotStored()
+{
+    return cacheFile.notStored;
 }
 
 int restDbOpen(int flags, OWNED_DB *db)
 {
-    sqlite3 *opened = nullptr;
+    int result = databaseOpen(DATABASE_OWN, PathGet(PATH_REST_DB), flags, db);
 
-    if (!fileMayBeMade(PathGet(PATH_REST_JOURNAL)))
-        (void)unlink(PathGet(PATH_REST_JOURNAL)); // SQLite would wait at a pipe; what stays it reports
-    int result = fileOpenDatabase(PathGet(PATH_REST_DB), flags, &opened);
-
-    db->reset(opened);
     if (result == SQLITE_OK)
-        connectionConfigure(opened);
+        connectionConfigure(db->get());
     return result;
 }
 
 // One line, in one write, so that a reader who renames the list between two lines loses nothing.
 bool restDbAnnounce(const char *apiName)
 {
-    FILE *delta = fileOpenAppend(PathGet(PATH_REST_DELTA));
+    OWNED_FD_T list(ownFileOpen(PathGet(PATH_REST_DELTA), O_APPEND, 0666));
+    size_t length = strlen(apiName) + 1;
+    OWNED_TEXT line(static_cast<char *>(malloc(length + 1)));
 
-    if (delta == nullptr)
+    if (list.fd < 0 || line == nullptr || (!fileEndsInLineEnd(list.fd) && !fileAppend(list.fd, "\n", 1)))
         return false;
-    bool printed = fprintf(delta, "%s\n", apiName) > 0;
-    return fclose(delta) == 0 && printed;
+    snprintf(line.get(), length + 1, "%s\n", apiName);
+    return fileAppend(list.fd, line.get(), length);
 }
 
 int rest_db_lock_acquire(const char *name, int *fd)
 {
-    char path[LOCK_PATH_SIZE];
-
     if (fd == nullptr)
         return RESULT_ERROR;
-    *fd = -1;
-    if (name == nullptr || name[0] == '\0') {
-        LOG_ERROR("rest_db_lock_acquire: empty api_name\n");
-        return RESULT_ERROR;
-    }
-    if (ensure_lock_dir() != 0)
-        return RESULT_ERROR;
-    int length = snprintf(path, sizeof(path), "%s/%s%s", PathGet(PATH_LOCK_DIR), name, ".lock");
-    if (length < 0 || static_cast<size_t>(length) >= sizeof(path)) {
-        LOG_ERROR("rest_db_lock_acquire: path too long for '%s'\n", name);
-        return RESULT_ERROR;
-    }
-    OWNED_FD_T lock(fileOpenMake(path, 0, 0600));
-    if (lock.fd < 0) {
-        LOG_ERROR("rest_db_lock_acquire: open(%s) failed: %s\n", path, strerror(errno));
-        return RESULT_ERROR;
-    }
-    int result;
-    do {
-        result = flock(lock.fd, LOCK_EX);
-    } while (result != 0 && errno == EINTR);
-    if (result != 0) {
-        LOG_ERROR("rest_db_lock_acquire: flock(%s) failed: %s\n", path, strerror(errno));
-        return RESULT_ERROR;
-    }
-    *fd = lock.release();
-    return RESULT_OK;
+    *fd = lockAcquire(name);
+    if (*fd >= 0)
+        return RESULT_OK;
+    cacheFile.notStored++;
+    return RESULT_ERROR;
 }
 
 void rest_db_lock_release(int fd)
@@ -132,11 +133,12 @@ void rest_db_lock_release(int fd)
 int ensure_lock_dir()
 {
     const char *dir = PathGet(PATH_LOCK_DIR);
+    struct stat status;
 
-    if (mkdir(dir, 0755) == 0)
-        return RESULT_OK;
-    int reason = errno;
-    if (reason == EEXIST && isDirectory(dir))
+    int reason = mkdir(dir, 0755) == 0 ? 0 : errno;
+    if (reason == EEXIST && lstat(dir, &status) == 0 && fileIsForeign(status) && ownFileClear(dir))
+        reason = mkdir(dir, 0755) == 0 ? 0 : errno; // whoever owned it could have taken each lock away
+    if (reason == 0 || (reason == EEXIST && isOwnDirectory(dir)))
         return RESULT_OK;
     LOG_ERROR("rest_db_lock: mkdir(%s) failed: %s\n", dir, strerror(reason));
     return RESULT_ERROR;
@@ -161,7 +163,7 @@ void send_signal_to_ws()
         return;
     if (!idRead(&cursor, &process) || !idRead(&cursor, &thread))
         LOG_ERROR("%s(): Failed to parse integers from the file.\n", __func__);
-    if (process != 0 && thread != 0)
+    if (process != 0 && thread != 0 && signalAllowed(ids.get(), process))
         (void)syscall(SYS_tgkill, process, thread, SIGINT); // the server may have gone; the next one reads the cache
 }
 
@@ -170,15 +172,36 @@ static int operationOnce(int operation, const char *apiName, const char *data)
     OWNED_DB db;
     int result = restDbOpen(SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, &db);
 
-    if (result == SQLITE_OK)
+    if (result == SQLITE_OK) {
+        fileLook();
         return operationRun(db.get(), operation, apiName, data);
+    }
     LOG_ERROR_AS(OPERATION, "Can't open database: %s\n", sqlite3_errmsg(db.get()));
     return result;
 }
 
+// Another file than the last one means that what was written is gone.
+static void fileLook()
+{
+    struct stat status;
+
+    if (stat(PathGet(PATH_REST_DB), &status) != 0)
+        return; // removed just now: the next operation meets another one
+    if (cacheFile.known && (status.st_dev != cacheFile.device || status.st_ino != cacheFile.inode))
+        cacheFile.beginnings++;
+    cacheFile.known = true;
+    cacheFile.device = status.st_dev;
+    cacheFile.inode = status.st_ino;
+}
+
+static bool isWrite(int operation)
+{
+    return operation == REST_DB_WRITE || operation == REST_DB_WRITE2;
+}
+
 static int operationRun(sqlite3 *db, int operation, const char *apiName, const char *data)
 {
-    bool writes = operation == REST_DB_WRITE || operation == REST_DB_WRITE2;
+    bool writes = isWrite(operation);
     bool named = writes || operation == REST_DB_LOOKUP || operation == REST_DB_DELETE;
     bool same;
 
@@ -213,7 +236,6 @@ static void connectionConfigure(sqlite3 *db)
         "PRAGMA synchronous = OFF;",
     };
 
-    (void)sqlite3_busy_timeout(db, BUSY_TIMEOUT_MS);
     for (const char *setting : settings)
         (void)sqlite3_exec(db, setting, nullptr, nullptr, nullptr);
 }
@@ -221,9 +243,15 @@ static void connectionConfigure(sqlite3 *db)
 static int tableCreate(sqlite3 *db)
 {
     const char *sql = "CREATE TABLE IF NOT EXISTS restapi_db (api_name TEXT PRIMARY KEY, data TEXT);";
+    int there =
+        sqlite3_table_column_metadata(db, nullptr, "restapi_db", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     int result = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
 
-    return result == SQLITE_OK ? RESULT_OK : sqlErrorLog(db, result);
+    if (result != SQLITE_OK)
+        return sqlErrorLog(db, result);
+    if (there == SQLITE_ERROR) // no such table
+        cacheFile.beginnings++;
+    return RESULT_OK;
 }
 
 // *same: whether a record of that name holds exactly this text. A step that fails (a locked database) counts as not the
@@ -314,11 +342,39 @@ static int sqlErrorLog(sqlite3 *db, int result)
     return result;
 }
 
-static bool isDirectory(const char *path)
+// Descriptor of the locked file, or -1.
+static int lockAcquire(const char *name)
+{
+    char path[LOCK_PATH_SIZE];
+
+    if (name == nullptr || name[0] == '\0') {
+        LOG_ERROR_AS(LOCK_ACQUIRE, "rest_db_lock_acquire: empty api_name\n");
+        return -1;
+    }
+    if (ensure_lock_dir() != 0)
+        return -1;
+    int length = snprintf(path, sizeof(path), "%s/%s%s", PathGet(PATH_LOCK_DIR), name, ".lock");
+    if (length < 0 || static_cast<size_t>(length) >= sizeof(path)) {
+        LOG_ERROR_AS(LOCK_ACQUIRE, "rest_db_lock_acquire: path too long for '%s'\n", name);
+        return -1;
+    }
+    OWNED_FD_T lock(lockFileOpen(path));
+    if (lock.fd < 0) {
+        LOG_ERROR_AS(LOCK_ACQUIRE, "rest_db_lock_acquire: open(%s) failed: %s\n", path, strerror(errno));
+        return -1;
+    }
+    if (lockFileWait(lock.fd, path) != 0) {
+        LOG_ERROR_AS(LOCK_ACQUIRE, "rest_db_lock_acquire: flock(%s) failed: %s\n", path, strerror(errno));
+        return -1;
+    }
+    return lock.release();
+}
+
+static bool isOwnDirectory(const char *path)
 {
     struct stat status;
 
-    return lstat(path, &status) == 0 && S_ISDIR(status.st_mode);
+    return lstat(path, &status) == 0 && S_ISDIR(status.st_mode) && !fileIsForeign(status);
 }
 
 // The next decimal number of a line. One beyond int becomes 0, an id that is never signalled.
@@ -334,7 +390,27 @@ static bool idRead(const char **cursor, int *id)
     return true;
 }
 
+// SIGINT means something to every process, to the first one a restart of the switch: whoever left the ids must be root,
+// the daemon's user, or the owner of the process.
+static bool signalAllowed(FILE *ids, int process)
+{
+    char path[32];
+    struct stat file, owner;
+
+    if (fstat(fileno(ids), &file) != 0)
+        return false;
+    if (!fileIsForeign(file))
+        return true;
+    snprintf(path, sizeof(path), "/proc/%d", process);
+    if (stat(path, &owner) != 0 || owner.st_uid == file.st_uid)
+        return true; // it may have gone: nothing is hit then
+    LOG_ERROR_AS("send_signal_to_ws", "%s belongs to another user than process %d, not signalled\n",
+                 PathGet(PATH_WS_PID), process);
+    return false;
+}
+
 static void changedReset()
 {
     restDbChanged = 0;
+    cacheFile = {};
 }

@@ -22,13 +22,23 @@ int restapi_db_operation(int operation, const char *apiName, const char *data);
 // Set by every change; read and cleared by the refresh cycle.
 extern int restDbChanged;
 
-// Lock of one name, shared with every other process that writes it: waits as long as it takes. 0 with the descriptor,
-// or -1 (logged) with -1. Release unlocks and closes; descriptors below 1 are ignored.
+// How often the cache was begun anew since the process started: its table was made, a damaged file was set aside, or
+// another file stood in the place of the one last used. What was written before is gone then.
+[[nodiscard]] unsigned restDbBeginnings();
+
+// How many documents could not be stored so far: their lock could not be had, or the operation failed.
+[[nodiscard]] unsigned restDbNotStored();
+
+// Lock of one name, shared with every other process that writes it: waits as long as it takes, and is named in the log
+// meanwhile. 0 with the descriptor, or -1 (logged) with -1. Release unlocks and closes; descriptors below 1 are
+// ignored.
 [[nodiscard]] int rest_db_lock_acquire(const char *name, int *fd);
 void rest_db_lock_release(int fd);
 
-// Create the lock directory if needed; 0 or -1 (logged).
+// Create the lock directory if needed; one that belongs to another user than root or the daemon's is moved aside
+// first. 0 or -1 (logged).
 [[nodiscard]] int ensure_lock_dir();
 
-// Send SIGINT to the thread of the websocket server that its id file names; nothing when there is none.
+// Send SIGINT to the thread of the websocket server that its id file names; nothing when there is none, or when the
+// file belongs to a user who could not send it either (logged).
 void send_signal_to_ws();

@@ -17,9 +17,10 @@
 // Each gives "ok", or what is wrong. The index is checked too: without it a name could have two records, or none.
 static const char *const checks[] = {
     "PRAGMA integrity_check(1);",
-    "SELECT CASE WHEN count(*) = 0 OR (count(*) = 2 AND sum(name = 'api_name' AND pk = 1) = 1 AND"
-    " sum(name = 'data' AND pk = 0) = 1) THEN 'ok' ELSE 'the table has other columns' END"
-    " FROM pragma_table_info('restapi_db');",
+    // a column that another program has added is nobody's damage, unless a write of ours would have to fill it
+    "SELECT CASE WHEN count(*) = 0 OR (sum(name = 'api_name' AND pk = 1) = 1 AND sum(name = 'data' AND pk = 0) = 1 AND"
+    " sum(name NOT IN ('api_name', 'data') AND (pk > 0 OR (\"notnull\" AND dflt_value IS NULL))) = 0)"
+    " THEN 'ok' ELSE 'the table has other columns' END FROM pragma_table_info('restapi_db');",
 };
 
 // A damaged file may give anything: no index, and an end.
@@ -30,14 +31,14 @@ constexpr size_t NAME_SIZE = 256;
 constexpr size_t REASON_SIZE = 128;
 
 static bool isFile(const char *path);
-static bool checkFails(sqlite3 *db, const char *sql, char *reason);
+static int checkRun(sqlite3 *db, const char *sql, char *reason);
 static void namesAnnounce();
 static bool nameTake(const char *text, char *name);
 static bool moveAside(PATH_ID from, PATH_ID to);
-static bool recordBadFind(char *name);
+static bool recordBadFind(RESTDB_NAME_T isOurs, char *name);
 static bool recordBad(sqlite3_stmt *select);
 
-void restDbCheck()
+void restDbCheck(RESTDB_NAME_T isOurs)
 {
     char reason[REASON_SIZE] = "";
     char name[NAME_SIZE] = "";
@@ -46,14 +47,16 @@ void restDbCheck()
     if (!isFile(PathGet(PATH_REST_DB)) || restDbOpen(SQLITE_OPEN_READWRITE, &db) != SQLITE_OK)
         return;
     for (const char *sql : checks) {
-        if (checkFails(db.get(), sql, reason)) {
-            db.reset();
+        int result = checkRun(db.get(), sql, reason);
+        if (result == SQLITE_OK)
+            continue;
+        db.reset();
+        if (restDbDamaged(result))
             (void)restDbSetAside(reason); // what stays is met again by the operations
-            return;
-        }
+        return;
     }
     db.reset();
-    while (recordBadFind(name)) {
+    while (recordBadFind(isOurs, name)) {
         LOG_ERROR("REST cache: record '%s' is damaged, deleted\n", name);
         if (restapi_db_operation(REST_DB_DELETE, name, nullptr) != SQLITE_OK)
             return; // it says why
@@ -89,8 +92,9 @@ static bool isFile(const char *path)
     return stat(path, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// Only damage counts: a check that another process's lock or missing memory kept from running says nothing.
-static bool checkFails(sqlite3 *db, const char *sql, char *reason)
+// SQLITE_CORRUPT with the reason when the check finds damage. Only damage counts: a check that another process's lock
+// or missing memory kept from running says nothing, and would only wait again.
+static int checkRun(sqlite3 *db, const char *sql, char *reason)
 {
     sqlite3_stmt *prepared = nullptr;
     int result = sqlite3_prepare_v2(db, sql, -1, &prepared, nullptr);
@@ -98,19 +102,17 @@ static bool checkFails(sqlite3 *db, const char *sql, char *reason)
 
     if (result == SQLITE_OK)
         result = sqlite3_step(check.get());
-    if (restDbDamaged(result)) {
+    if (result != SQLITE_ROW) {
         snprintf(reason, REASON_SIZE, "%s", sqlite3_errmsg(db));
-        return true;
+        return result;
     }
-    if (result != SQLITE_ROW)
-        return false;
     const unsigned char *text = sqlite3_column_text(check.get(), 0);
     if (text == nullptr || strcmp(reinterpret_cast<const char *>(text), "ok") == 0)
-        return false;
+        return SQLITE_OK;
     snprintf(reason, REASON_SIZE, "%s", reinterpret_cast<const char *>(text));
     for (char *end = strchr(reason, '\n'); end != nullptr; end = strchr(end, '\n'))
         *end = ' ';
-    return true;
+    return SQLITE_CORRUPT;
 }
 
 static void namesAnnounce()
@@ -155,7 +157,7 @@ static bool moveAside(PATH_ID from, PATH_ID to)
 
 // The next damaged record after *name, in the order of names; into *name. Nothing is open when it returns, so that the
 // record can be deleted.
-static bool recordBadFind(char *name)
+static bool recordBadFind(RESTDB_NAME_T isOurs, char *name)
 {
     OWNED_DB db;
     sqlite3_stmt *prepared = nullptr;
@@ -169,7 +171,7 @@ static bool recordBadFind(char *name)
     while (sqlite3_step(select.get()) == SQLITE_ROW) {
         const char *text = reinterpret_cast<const char *>(sqlite3_column_text(select.get(), 0));
 
-        if (recordBad(select.get()) && nameTake(text, name))
+        if (text != nullptr && isOurs(text) && recordBad(select.get()) && nameTake(text, name))
             return true;
     }
     return false;

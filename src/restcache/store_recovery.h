@@ -6,10 +6,14 @@
 
 #include "runtime/owned.h"
 
-// At start, before the table is created: a damaged file is set aside (logged), and a record that is not JSON is deleted
-// and announced (logged): one that is on no schedule would stay for ever. A file that is missing, locked or cannot be
-// opened is left to the operations, which report it.
-void restDbCheck();
+// Whether a record of that name is one of this daemon's.
+using RESTDB_NAME_T = bool (*)(const char *name);
+
+// At start, before the table is created: a damaged file is set aside (logged), and a record of this daemon's that is
+// not JSON is deleted and announced (logged): one that is on no schedule would stay for ever. What other programs keep
+// in the file is left alone. A file that is missing, locked (waited for once, 3 seconds) or cannot be opened is left to
+// the operations, which report it.
+void restDbCheck(RESTDB_NAME_T isOurs);
 
 // Whether a result of SQLite says that the file is damaged.
 [[nodiscard]] bool restDbDamaged(int result);

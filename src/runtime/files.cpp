@@ -5,72 +5,130 @@
 #include "runtime/owned.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <sys/random.h>
 
-// Where no file can be.
-constexpr const char *NOWHERE = "/dev/null/none";
+namespace {
 
-static bool isRegular(const char *path);
-static int regularOpen(const char *path, int flags, mode_t mode);
-static FILE *streamOf(int fd, const char *mode);
+constexpr int OPEN_FLAGS = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr int OPEN_TRIES = 4; // the name may change hands between two looks
 
-FILE *fileOpenRead(const char *path)
-{
-    return streamOf(regularOpen(path, O_RDONLY, 0), "r");
-}
-
-FILE *fileOpenAppend(const char *path)
-{
-    return streamOf(fileOpenMake(path, O_APPEND, 0666), "a+");
-}
-
-int fileOpenMake(const char *path, int flags, mode_t mode)
-{
-    return regularOpen(path, O_RDWR | O_CREAT | O_NOFOLLOW | flags, mode);
-}
-
-int fileOpenDatabase(const char *path, int flags, sqlite3 **db)
-{
-    // SQLite opens by name and would follow a link, or wait at a pipe
-    bool allowed = (flags & SQLITE_OPEN_CREATE) != 0 ? fileMayBeMade(path) : isRegular(path);
-
-    return sqlite3_open_v2(allowed ? path : NOWHERE, db, flags, nullptr);
-}
-
-bool fileMayBeMade(const char *path)
-{
-    struct stat status;
-
-    return lstat(path, &status) == 0 ? S_ISREG(status.st_mode) : errno == ENOENT;
-}
-
-// Or a link to a regular file.
-static bool isRegular(const char *path)
-{
-    struct stat status;
-
-    return stat(path, &status) == 0 && S_ISREG(status.st_mode);
-}
-
-static int regularOpen(const char *path, int flags, mode_t mode)
-{
-    OWNED_FD_T file(open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, mode));
-    struct stat status;
-
-    if (file.fd < 0 || fstat(file.fd, &status) != 0)
-        return -1;
-    if (S_ISREG(status.st_mode))
-        return file.release();
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    return -1;
-}
-
-static FILE *streamOf(int fd, const char *mode)
+FILE *streamOf(int fd, const char *mode)
 {
     FILE *stream = fd < 0 ? nullptr : fdopen(fd, mode);
 
     if (stream == nullptr && fd >= 0)
         close(fd);
     return stream;
+}
+
+int regularOpen(const char *path, int flags, bool own)
+{
+    OWNED_FD_T file(open(path, O_RDONLY | OPEN_FLAGS | flags));
+    struct stat status;
+
+    if (file.fd < 0 || fstat(file.fd, &status) != 0)
+        return -1;
+    if (own ? fileIsOwn(status) : S_ISREG(status.st_mode))
+        return file.release();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return -1;
+}
+
+// Cut off what has just been appended, unless another program has appended behind it.
+void appendedCut(int fd, size_t written)
+{
+    struct stat status;
+    off_t end = lseek(fd, 0, SEEK_CUR);
+
+    if (end >= static_cast<off_t>(written) && fstat(fd, &status) == 0 && status.st_size == end)
+        (void)!ftruncate(fd, end - static_cast<off_t>(written)); // what stays gets a line end before the next text
+}
+
+} // namespace
+
+FILE *fileOpenRead(const char *path)
+{
+    return streamOf(regularOpen(path, 0, false), "r");
+}
+
+FILE *fileOpenReadOwn(const char *path)
+{
+    return streamOf(regularOpen(path, O_NOFOLLOW, true), "r");
+}
+
+int fileOpenOwn(const char *path, int flags, mode_t mode, char aside[FILE_ASIDE_SIZE])
+{
+    aside[0] = '\0';
+    for (int i = 0; i < OPEN_TRIES; i++) {
+        OWNED_FD_T file(open(path, O_RDWR | O_CREAT | O_NOFOLLOW | OPEN_FLAGS | flags, mode));
+        int reason = errno;
+        struct stat status;
+
+        if (file.fd >= 0 && fstat(file.fd, &status) == 0 && fileIsOwn(status))
+            return file.release();
+        // A kernel that protects such folders refuses to open what is another user's there: the name tells.
+        bool there = lstat(path, &status) == 0;
+        if (file.fd < 0 && (!there || fileIsOwn(status))) {
+            errno = reason;
+            return -1;
+        }
+        if (there && !fileIsOwn(status) && !fileMoveAside(path, aside))
+            return -1;
+    }
+    errno = EBUSY;
+    return -1;
+}
+
+bool fileMoveAside(const char *path, char aside[FILE_ASIDE_SIZE])
+{
+    unsigned end = 0;
+
+    snprintf(aside, FILE_ASIDE_SIZE, "%s.bad", path);
+    if (rename(path, aside) == 0)
+        return true;
+    (void)!getrandom(&end, sizeof(end), GRND_NONBLOCK); // a name that is taken only fails
+    snprintf(aside, FILE_ASIDE_SIZE, "%s.bad.%08x", path, end);
+    if (rename(path, aside) == 0)
+        return true;
+    aside[0] = '\0';
+    return false;
+}
+
+bool fileIsForeign(const struct stat &status)
+{
+    return status.st_uid != 0 && status.st_uid != geteuid();
+}
+
+bool fileIsOwn(const struct stat &status)
+{
+    return S_ISREG(status.st_mode) && status.st_nlink == 1 && !fileIsForeign(status);
+}
+
+bool fileAppend(int fd, const char *text, size_t length)
+{
+    size_t written = 0;
+
+    while (written < length) {
+        ssize_t count = write(fd, text + written, length - written); // all in one, as a rule
+        if (count > 0) {
+            written += static_cast<size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            int reason = count == 0 ? ENOSPC : errno;
+            appendedCut(fd, written);
+            errno = reason;
+            return false;
+        }
+    }
+    return true;
+}
+
+bool fileEndsInLineEnd(int fd)
+{
+    struct stat status;
+    char last = '\n';
+
+    return fstat(fd, &status) != 0 || status.st_size == 0 || pread(fd, &last, 1, status.st_size - 1) != 1 ||
+           last == '\n';
 }

@@ -1,27 +1,44 @@
 // files.h - opening files in folders where other programs, and whoever else, may put things.
 //
-// Nothing here waits: a pipe in place of a file is refused, as a directory or a device is. A file that is made by the
-// daemon is never made by following a link, which could lead anywhere; a file that is only read may be a link that an
-// administrator has set.
+// Nothing here waits: a pipe in place of a file is refused, as a directory or a device is. A file that is only read may
+// be a link that an administrator has set. A file that the daemon writes through is its own: regular, with one link,
+// of root or of the daemon's user, and never reached by a link. What else stands at its name is moved aside as it is,
+// and the file is made anew. Nothing here logs, so that the logger can use it; runtime/ownfile.h does.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
-#include <sqlite3.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 // Open a regular file for reading. Null, with errno, when there is none.
 [[nodiscard]] FILE *fileOpenRead(const char *path);
 
-// Open a regular file, made when it is missing, for appending and reading. Null, with errno, also for a link.
-[[nodiscard]] FILE *fileOpenAppend(const char *path);
+// Likewise, but a file that another user than root or the daemon's could have laid there counts as none: for files
+// that the platform has just written for the daemon into a folder of everyone's.
+[[nodiscard]] FILE *fileOpenReadOwn(const char *path);
 
-// Open a regular file, made with these rights when it is missing, for reading and writing; `flags` are further ones of
-// open. Descriptor, or -1 with errno, also for a link.
-[[nodiscard]] int fileOpenMake(const char *path, int flags, mode_t mode);
+// Room for the name of what was moved aside.
+constexpr size_t FILE_ASIDE_SIZE = 256;
 
-// Open a database with SQLite's flags: a regular file or, where it may be made, none; a link only where it may not be
-// made. SQLite's code, and the connection for its error text as from SQLite itself.
-[[nodiscard]] int fileOpenDatabase(const char *path, int flags, sqlite3 **db);
+// Open a file of the daemon's own for reading and writing, made with these rights when it is missing; `flags` are
+// further ones of open (none that empties it: what is opened is looked at first). Descriptor, or -1 with errno. `aside`
+// receives where a foreign object was moved to, "" when there was none.
+[[nodiscard]] int fileOpenOwn(const char *path, int flags, mode_t mode, char aside[FILE_ASIDE_SIZE]);
 
-// Whether nothing but a regular file stands there, if anything does.
-[[nodiscard]] bool fileMayBeMade(const char *path);
+// Move what stands at a path to a name beside it: "<path>.bad", in place of a file moved there before, or that with a
+// random end. The name goes into `aside`. False, with errno, when it stays.
+[[nodiscard]] bool fileMoveAside(const char *path, char aside[FILE_ASIDE_SIZE]);
+
+// Whether an object belongs to another user than root or the daemon's.
+[[nodiscard]] bool fileIsForeign(const struct stat &status);
+
+// Whether an object is a file of the daemon's own.
+[[nodiscard]] bool fileIsOwn(const struct stat &status);
+
+// Append a text to a file that was opened with O_APPEND, whole or not at all: what a full disk leaves of it is cut off
+// again. False, with errno, when it could not be written.
+[[nodiscard]] bool fileAppend(int fd, const char *text, size_t length);
+
+// False when the last line of a file has no end: a program was killed inside a write, or its disk was full.
+[[nodiscard]] bool fileEndsInLineEnd(int fd);

@@ -126,6 +126,10 @@ OWNED_JSON jsonFileLoad(const char *path)
     size_t size = 0;
     if (!stream || !fileSize(stream.get(), &size))
         return nullptr;
+    if (size > JSON_FILE_MAX) {
+        LOG_ERROR("%s: larger than %zu bytes, not read\n", path, JSON_FILE_MAX);
+        return nullptr;
+    }
     OWNED_TEXT text(static_cast<char *>(malloc(size + 1)));
     if (!text)
         return nullptr;

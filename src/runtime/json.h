@@ -43,5 +43,10 @@ enum JSON_FORM : int { JSON_COMPACT, JSON_FORMATTED };
 // incomplete, or its text does not fit.
 [[nodiscard]] int jsonPrintInto(const cJSON *tree, JSON_FORM form, char *buffer, size_t size);
 
-// Read a whole file and parse it. Empty when the file is missing, empty, not JSON, or there is no memory.
+// Largest file that is read: some ten times a configuration of a full stack. A parsed file takes up to 32 times as
+// much.
+constexpr size_t JSON_FILE_MAX = 2 * 1024 * 1024;
+
+// Read a whole file and parse it. Empty when the file is missing, empty, too large (logged), not JSON, or there is no
+// memory.
 [[nodiscard]] OWNED_JSON jsonFileLoad(const char *path);

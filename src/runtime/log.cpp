@@ -2,6 +2,8 @@
 //
 // The threshold is read with a one-byte pread on every call. A mapping would be cheaper, but `echo 7 > FILE` empties
 // the file first, and a touch of a mapped page beyond the end of the file ends the process. An empty file counts as 6.
+// A line is one write into a file opened for appending, cut off again when the disk takes only part of it; a log that
+// was removed or moved away is begun anew with the next line.
 // The log lock serialises the log file and its rotation; cancellation is held off while a message is written, so that a
 // task deleted from outside never leaves the lock taken.
 #include <syslog.h>
@@ -16,16 +18,19 @@
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <mutex>
 #include <pthread.h>
 
 constexpr int DEFAULT_THRESHOLD = 6;
 constexpr int DEFAULT_FACILITY = 8;
 constexpr int64_t ROTATE_BYTES = 1048576; // a total above it rotates
+constexpr int64_t LINE_SIZE = 2048;       // a longer line takes memory
 constexpr off_t LEVEL_FILE_SIZE = 4;
 constexpr const char *LEVEL_NAMES[] = {"", "", "", "ERROR", "WARN", "NOTICE", "INFO", "DEBUG"};
 
@@ -33,12 +38,16 @@ static void logReset();
 static void logClose();
 static void levelFileOpen();
 static void logFileOpen();
+static void logFileClose();
 static int thresholdGet();
 static void openOnce();
 static void processNameRead();
 static void fileWriteRotate(int level, const char *format, va_list arguments) __attribute__((format(printf, 2, 0)));
-static int lineWrite(FILE *stream, int level, const char *format, va_list arguments)
+static void fileLineWrite(int level, const char *format, va_list arguments) __attribute__((format(printf, 2, 0)));
+static void asideTell(const char *path, const char *aside);
+static void streamLineWrite(FILE *stream, int level, const char *format, va_list arguments)
     __attribute__((format(printf, 3, 0)));
+static size_t headerFormat(char *out, size_t size, int level);
 static void logRotate();
 static bool timestampFormat(char *out, size_t size);
 
@@ -46,10 +55,12 @@ struct LOG_STATE_T {
     int options = -1;  // LOG_OPTION bits; -1 until initialised
     int facility = -1; // of syslog
     const char *ident = nullptr;
-    FILE *file = nullptr;
-    int64_t bytesWritten = 0;        // size of the current log file
-    std::atomic<int> levelFd{-1};    // level file, kept open
-    std::atomic<bool> opened{false}; // the first write has settled identity and syslog
+    int file = -1;
+    struct stat fileStatus = {};           // of the log file, as it was opened
+    int64_t bytesWritten = 0;              // size of the current log file
+    char levelAside[FILE_ASIDE_SIZE] = ""; // where what stood at the level file's name was moved; told once
+    std::atomic<int> levelFd{-1};          // level file, kept open
+    std::atomic<bool> opened{false};       // the first write has settled identity and syslog
     std::mutex openLock;
     std::mutex fileLock;
     char processName[64] = "";
@@ -67,6 +78,7 @@ void LogInit(int options, int facility, const char *ident)
     if ((options & LOG_OPTION_FILE) != 0) {
         std::lock_guard<std::mutex> guard(logState.fileLock);
         logFileOpen();
+        asideTell(PathGet(PATH_LOG_LEVEL), logState.levelAside);
     }
 }
 
@@ -82,7 +94,7 @@ void LogWrite(int level, const char *format, ...)
     va_list copy;
     if ((logState.options & LOG_OPTION_STDOUT) != 0) {
         va_copy(copy, arguments);
-        (void)lineWrite(stdout, level, format, copy); // nothing counts the bytes of standard output
+        streamLineWrite(stdout, level, format, copy);
         va_end(copy);
     }
     if ((logState.options & LOG_OPTION_FILE) != 0) {
@@ -119,9 +131,7 @@ static void logClose()
         closelog();
     {
         std::lock_guard<std::mutex> guard(logState.fileLock);
-        if (logState.file != nullptr)
-            (void)fclose(logState.file); // every line was flushed; the logger reports no failure of its own
-        logState.file = nullptr;
+        logFileClose();
     }
     int fd = logState.levelFd.exchange(-1);
     if (fd >= 0)
@@ -131,7 +141,7 @@ static void logClose()
 
 static void levelFileOpen()
 {
-    OWNED_FD_T level(fileOpenMake(PathGet(PATH_LOG_LEVEL), 0, 0666));
+    OWNED_FD_T level(fileOpenOwn(PathGet(PATH_LOG_LEVEL), 0, 0666, logState.levelAside));
     if (level.fd < 0 || ftruncate(level.fd, LEVEL_FILE_SIZE) != 0)
         return;
     char digit = 0;
@@ -143,14 +153,28 @@ static void levelFileOpen()
     logState.levelFd.store(level.release());
 }
 
+// What an earlier process left of its last line gets a line end, but for a log that is about to be rotated with it.
 static void logFileOpen()
 {
+    char aside[FILE_ASIDE_SIZE];
+
     logState.bytesWritten = 0;
-    logState.file = fileOpenAppend(PathGet(PATH_LOG));
-    if (logState.file == nullptr || fseeko(logState.file, 0, SEEK_END) != 0)
+    logState.file = fileOpenOwn(PathGet(PATH_LOG), O_APPEND, 0666, aside);
+    if (logState.file < 0)
         return;
-    off_t size = ftello(logState.file);
-    logState.bytesWritten = size > 0 ? size : 0;
+    if (fstat(logState.file, &logState.fileStatus) == 0)
+        logState.bytesWritten = logState.fileStatus.st_size;
+    if (logState.bytesWritten < ROTATE_BYTES - LINE_SIZE && !fileEndsInLineEnd(logState.file) &&
+        fileAppend(logState.file, "\n", 1))
+        logState.bytesWritten++;
+    asideTell(PathGet(PATH_LOG), aside);
+}
+
+static void logFileClose()
+{
+    if (logState.file >= 0)
+        close(logState.file);
+    logState.file = -1;
 }
 
 static int thresholdGet()
@@ -204,40 +228,106 @@ static void processNameRead()
 static void fileWriteRotate(int level, const char *format, va_list arguments)
 {
     std::lock_guard<std::mutex> guard(logState.fileLock);
-    if (logState.file == nullptr) {
-        (void)lineWrite(stdout, level, format, arguments); // nothing counts the bytes of standard output
+    struct stat named;
+
+    // removed or moved away by somebody: what is written must be found
+    if (logState.file >= 0 && (lstat(PathGet(PATH_LOG), &named) != 0 || named.st_ino != logState.fileStatus.st_ino ||
+                               named.st_dev != logState.fileStatus.st_dev))
+        logFileClose();
+    if (logState.file < 0)
+        logFileOpen();
+    if (logState.file < 0) {
+        streamLineWrite(stdout, level, format, arguments);
         return;
     }
-    logState.bytesWritten += lineWrite(logState.file, level, format, arguments);
+    fileLineWrite(level, format, arguments);
     if (logState.bytesWritten > ROTATE_BYTES)
         logRotate();
-    if (logState.file != nullptr)
-        (void)fflush(logState.file); // a full disk loses the line, never the caller
 }
 
-// Header and message, as one line unless the message says otherwise. Gives the bytes written. The stream is locked for
-// both, since standard output has no lock of ours.
-static int lineWrite(FILE *stream, int level, const char *format, va_list arguments)
+// Header and message in one write. A full disk loses the line, never the caller; a message that is longer than the
+// buffer is cut where there is no memory for it.
+static void fileLineWrite(int level, const char *format, va_list arguments)
+{
+    char buffer[LINE_SIZE];
+    OWNED_TEXT longer;
+    char *line = buffer;
+    va_list again;
+
+    va_copy(again, arguments);
+    size_t header = headerFormat(buffer, sizeof(buffer), level);
+    int message = vsnprintf(buffer + header, sizeof(buffer) - header, format, arguments);
+    size_t length = header + (message > 0 ? static_cast<size_t>(message) : 0);
+    if (length >= sizeof(buffer)) {
+        longer.reset(static_cast<char *>(malloc(length + 1)));
+        if (longer != nullptr) {
+            line = longer.get();
+            memcpy(line, buffer, header);
+            (void)vsnprintf(line + header, length + 1 - header, format, again);
+        } else {
+            length = sizeof(buffer) - 1;
+        }
+    }
+    va_end(again);
+    if (fileAppend(logState.file, line, length))
+        logState.bytesWritten += static_cast<int64_t>(length);
+}
+
+static void lineTell(int level, const char *format, ...) __attribute__((format(printf, 2, 3)));
+static void lineTell(int level, const char *format, ...)
+{
+    va_list arguments;
+
+    va_start(arguments, format);
+    fileLineWrite(level, format, arguments);
+    va_end(arguments);
+}
+
+// Under the log lock, as the log file is open.
+static void asideTell(const char *path, const char *aside)
+{
+    if (aside[0] != '\0' && logState.file >= 0)
+        lineTell(LOG_LEVEL_ERROR, "[%s:%d] %s: not a file of this daemon, moved aside as %s\n", __func__, __LINE__,
+                 path, aside);
+}
+
+// The stream is locked for both parts, since standard output has no lock of ours.
+static void streamLineWrite(FILE *stream, int level, const char *format, va_list arguments)
+{
+    char header[128];
+
+    (void)headerFormat(header, sizeof(header), level);
+    flockfile(stream);
+    if (fputs(header, stream) >= 0)
+        (void)vfprintf(stream, format, arguments); // the logger reports no failure of its own
+    funlockfile(stream);
+}
+
+// "2026-03-01 08:15:02.042 (INFO): kelo_cgi: ". Gives its length.
+static size_t headerFormat(char *out, size_t size, int level)
 {
     const char *name = level >= 0 && level <= LOG_LEVEL_DEBUG ? LEVEL_NAMES[level] : "";
     const char *ident = logState.ident == nullptr ? "" : logState.ident;
     char timestamp[64];
-    flockfile(stream);
-    int header = timestampFormat(timestamp, sizeof(timestamp))
-                     ? fprintf(stream, "%s (%s): %s: ", timestamp, name, ident)
-                     : fprintf(stream, "(%s): %s: ", name, ident);
-    int message = vfprintf(stream, format, arguments);
-    funlockfile(stream);
-    return (header > 0 ? header : 0) + (message > 0 ? message : 0);
+    int length = timestampFormat(timestamp, sizeof(timestamp))
+                     ? snprintf(out, size, "%s (%s): %s: ", timestamp, name, ident)
+                     : snprintf(out, size, "(%s): %s: ", name, ident);
+
+    return length < 0 ? 0 : std::min(static_cast<size_t>(length), size - 1);
 }
 
-// Move the full file aside, over the one old generation. Steps that fail leave the file where it is.
+// Move the full file aside, over the one old generation. What stands at its name and does not give way is moved aside
+// itself; a log that cannot be moved at all is begun anew, so that it does not grow for ever.
 static void logRotate()
 {
-    (void)fclose(logState.file);
+    char aside[FILE_ASIDE_SIZE];
+
+    logFileClose();
     (void)remove(PathGet(PATH_LOG_OLD));
-    (void)rename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD));
-    logState.file = fileOpenAppend(PathGet(PATH_LOG));
+    if (rename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD)) != 0 &&
+        (!fileMoveAside(PathGet(PATH_LOG_OLD), aside) || rename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD)) != 0))
+        (void)unlink(PathGet(PATH_LOG));
+    logFileOpen();
     logState.bytesWritten = 0;
 }
 

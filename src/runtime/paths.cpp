@@ -10,70 +10,77 @@
 
 namespace {
 
+enum PATH_ROLE : int {
+    ROLE_FILE,
+    ROLE_OUTPUT,   // of a show command: moves with the scratch folder
+    ROLE_NUMBERED, // likewise, and takes a number at its end
+};
+
 struct PATH_ROW_T {
     PATH_ID id;
-    bool scratch; // output of a show command: moves with the scratch folder
+    PATH_ROLE role;
     const char *path;
 };
 
 constexpr PATH_ROW_T PATH_TABLE[] = {
-    {PATH_LOG, false, "/tmp/tk830.log"},
-    {PATH_LOG_OLD, false, "/tmp/tk830.log.old"},
-    {PATH_LOG_LEVEL, false, "/tmp/devmgr_log_level"},
-    {PATH_REST_DB, false, "/tmp/restapi_db"},
-    {PATH_REST_JOURNAL, false, "/tmp/restapi_db-journal"},
-    {PATH_REST_DB_BAD, false, "/tmp/restapi_db.bad"},
-    {PATH_REST_JOURNAL_BAD, false, "/tmp/restapi_db.bad-journal"},
-    {PATH_REST_DELTA, false, "/tmp/rest_db_api_delta.txt"},
-    {PATH_LOCK_DIR, false, "/tmp/api_lock"},
-    {PATH_WS_PID, false, "/tmp/resourse_pid.txt"},
-    {PATH_FIBER_REQUEST, false, "/tmp/fiberOptics_req"},
-    {PATH_VLANINFO_DB, false, "/tmp/vlanInfo.db"},
-    {PATH_OUI_DB, false, "/usr/local/appmgr/usr/share/kelo/oui/oui.db"},
-    {PATH_TEMPLATE_DIR, false, "/usr/local/appmgr/usr/share/kelo/profileTemplate/"},
-    {PATH_EXPORT_DIR, false, "/tmp/kelo/kelo_ex/"},
-    {PATH_CLOCK_CONFIG, false, "/mnt/fastpath/vesta_config"},
-    {PATH_MANUAL_TRUNK, false, "/tmp/manual_trunk_config"},
-    {PATH_SHURE_CONFIG, false, "/tmp/shure_config"},
-    {PATH_BOOTVAR_LOCK, false, "/tmp/bootvarGet.lock"},
-    {PATH_MGMT_PORT_LOCK, false, "/tmp/managementPortIPv4ParametersGet.lock"},
-    {PATH_SHOW_BOOTVAR, true, "/mnt/application/kelo/tmp/kelo_out_show_bootvar"},
-    {PATH_SHOW_IP_MANAGEMENT, true, "/mnt/application/kelo/tmp/kelo_out_show_ip_management"},
-    {PATH_SHOW_TRUNK, true, "/mnt/application/kelo/tmp/kelo_out_show_interfaces_switchport_trunk"},
-    {PATH_SHOW_SLOT, true, "/mnt/application/kelo/tmp/show_slot"},
-    {PATH_SHOW_PROCESS_CPU, true, "/mnt/application/kelo/tmp/show_process_cpu_"},
-    {PATH_SHOW_ENVIRONMENT, true, "/mnt/application/kelo/tmp/show_environment_"},
-    {PATH_SHOW_SWITCH_DETAIL, true, "/mnt/application/kelo/tmp/show_switch_detail_"},
-    {PATH_SHOW_SWITCH, true, "/mnt/application/kelo/tmp/show_switch"},
-    {PATH_SHOW_STACK_PORT, true, "/mnt/application/kelo/tmp/show_stack_port"},
-    {PATH_SHOW_CLOCK_DETAIL, true, "/mnt/application/kelo/tmp/kelo_out_show_clock_detail"},
-    {PATH_SHOW_PORT_ALL_HW, true, "/mnt/application/kelo/tmp/phi_show_port_all"},
-    {PATH_SHOW_OPTICS, true, "/tmp/fo_all.txt"},
-    {PATH_SHOW_OPTICS_INFO, true, "/tmp/fo_info_all.txt"},
-    {PATH_SHOW_MAC_TABLE, true, "/tmp/fdb_table_fast.txt"},
-    {PATH_SHOW_PORT_STATUS, true, "/mnt/application/kelo/tmp/show_port_status_fast"},
-    {PATH_SHOW_VLAN_PORT_PHY, true, "/tmp/getphy_vlan_port_all.txt"},
-    {PATH_SHOW_COUNTERS, true, "/tmp/show_interface_counters"},
-    {PATH_SHOW_INTERFACE, true, "/tmp/interface_ethernet_output.tmp"},
-    {PATH_SHOW_STACK_CAPABLE, true, "/tmp/stackcapable.txt"},
-    {PATH_SHOW_INTERFACES_STATUS, true, "/mnt/application/kelo/tmp/show_interfaces_status"},
-    {PATH_SHOW_FEC, true, "/mnt/application/kelo/tmp/show_interface_fec"},
-    {PATH_SHOW_HW_PROFILE, true, "/mnt/application/kelo/tmp/show_interfaces_hardware_profile"},
-    {PATH_SHOW_DESCRIPTIONS, true, "/tmp/port_desc_all.txt"},
-    {PATH_SHOW_PORT_ALL, true, "/tmp/port_all.txt"},
-    {PATH_SHOW_ADVERTISE, true, "/tmp/port_advertise.txt"},
-    {PATH_SHOW_STORM_CONTROL, true, "/tmp/storm_control.txt"},
-    {PATH_SHOW_VLAN_PORT, true, "/tmp/vlan_port_all.txt"},
-    {PATH_SHOW_STP_INTERFACE, true, "/tmp/stp_iface_all.txt"},
-    {PATH_SHOW_STP_SUMMARY, true, "/tmp/stp_mst_summary.txt"},
-    {PATH_SHOW_DOT1AS, true, "/mnt/application/kelo/tmp/kelo_out_show_dot1as_summary"},
-    {PATH_SHOW_IP_INTERFACE, true, "/mnt/application/kelo/tmp/kelo_out_show_ip_interface_brief_"},
-    {PATH_SHOW_VLAN_FAST, true, "/tmp/vlan_show_fast.txt"},
-    {PATH_SHOW_VLAN_PROFILE, true, "/tmp/vlan_show_profile_fast.txt"},
-    {PATH_SHOW_AUTO_LAG, true, "/mnt/application/kelo/tmp/kelo_out_show_port-channel_auto_all_"},
-    {PATH_SHOW_ACL, true, "/mnt/application/kelo/tmp/kelo_out_show_ip_access-list_NET-BLOCK_"},
-    {PATH_SHOW_RADIUS, true, "/mnt/application/kelo/tmp/radius"},
-    {PATH_SHOW_LOGGING, true, "/mnt/application/kelo/tmp/kelo_out_show_logging"},
+    {PATH_RUN_LOCK, ROLE_FILE, "/run/devmgr.lock"},
+    {PATH_LOG, ROLE_FILE, "/tmp/tk830.log"},
+    {PATH_LOG_OLD, ROLE_FILE, "/tmp/tk830.log.old"},
+    {PATH_LOG_LEVEL, ROLE_FILE, "/tmp/devmgr_log_level"},
+    {PATH_REST_DB, ROLE_FILE, "/tmp/restapi_db"},
+    {PATH_REST_JOURNAL, ROLE_FILE, "/tmp/restapi_db-journal"},
+    {PATH_REST_DB_BAD, ROLE_FILE, "/tmp/restapi_db.bad"},
+    {PATH_REST_JOURNAL_BAD, ROLE_FILE, "/tmp/restapi_db.bad-journal"},
+    {PATH_REST_DELTA, ROLE_FILE, "/tmp/rest_db_api_delta.txt"},
+    {PATH_LOCK_DIR, ROLE_FILE, "/tmp/api_lock"},
+    {PATH_WS_PID, ROLE_FILE, "/tmp/resourse_pid.txt"},
+    {PATH_FIBER_REQUEST, ROLE_FILE, "/tmp/fiberOptics_req"},
+    {PATH_VLANINFO_DB, ROLE_FILE, "/tmp/vlanInfo.db"},
+    {PATH_OUI_DB, ROLE_FILE, "/usr/local/appmgr/usr/share/kelo/oui/oui.db"},
+    {PATH_TEMPLATE_DIR, ROLE_FILE, "/usr/local/appmgr/usr/share/kelo/profileTemplate/"},
+    {PATH_EXPORT_DIR, ROLE_FILE, "/tmp/kelo/kelo_ex/"},
+    {PATH_CLOCK_CONFIG, ROLE_FILE, "/mnt/fastpath/vesta_config"},
+    {PATH_MANUAL_TRUNK, ROLE_FILE, "/tmp/manual_trunk_config"},
+    {PATH_SHURE_CONFIG, ROLE_FILE, "/tmp/shure_config"},
+    {PATH_BOOTVAR_LOCK, ROLE_FILE, "/tmp/bootvarGet.lock"},
+    {PATH_MGMT_PORT_LOCK, ROLE_FILE, "/tmp/managementPortIPv4ParametersGet.lock"},
+    {PATH_SHOW_BOOTVAR, ROLE_OUTPUT, "/mnt/application/kelo/tmp/kelo_out_show_bootvar"},
+    {PATH_SHOW_IP_MANAGEMENT, ROLE_OUTPUT, "/mnt/application/kelo/tmp/kelo_out_show_ip_management"},
+    {PATH_SHOW_TRUNK, ROLE_NUMBERED, "/mnt/application/kelo/tmp/kelo_out_show_interfaces_switchport_trunk"},
+    {PATH_SHOW_SLOT, ROLE_OUTPUT, "/mnt/application/kelo/tmp/show_slot"},
+    {PATH_SHOW_PROCESS_CPU, ROLE_NUMBERED, "/mnt/application/kelo/tmp/show_process_cpu_"},
+    {PATH_SHOW_ENVIRONMENT, ROLE_NUMBERED, "/mnt/application/kelo/tmp/show_environment_"},
+    {PATH_SHOW_SWITCH_DETAIL, ROLE_NUMBERED, "/mnt/application/kelo/tmp/show_switch_detail_"},
+    {PATH_SHOW_SWITCH, ROLE_OUTPUT, "/mnt/application/kelo/tmp/show_switch"},
+    {PATH_SHOW_STACK_PORT, ROLE_OUTPUT, "/mnt/application/kelo/tmp/show_stack_port"},
+    {PATH_SHOW_CLOCK_DETAIL, ROLE_OUTPUT, "/mnt/application/kelo/tmp/kelo_out_show_clock_detail"},
+    {PATH_SHOW_PORT_ALL_HW, ROLE_OUTPUT, "/mnt/application/kelo/tmp/phi_show_port_all"},
+    {PATH_SHOW_OPTICS, ROLE_OUTPUT, "/tmp/fo_all.txt"},
+    {PATH_SHOW_OPTICS_INFO, ROLE_OUTPUT, "/tmp/fo_info_all.txt"},
+    {PATH_SHOW_MAC_TABLE, ROLE_OUTPUT, "/tmp/fdb_table_fast.txt"},
+    {PATH_SHOW_PORT_STATUS, ROLE_OUTPUT, "/mnt/application/kelo/tmp/show_port_status_fast"},
+    {PATH_SHOW_VLAN_PORT_PHY, ROLE_OUTPUT, "/tmp/getphy_vlan_port_all.txt"},
+    {PATH_SHOW_COUNTERS, ROLE_OUTPUT, "/tmp/show_interface_counters"},
+    {PATH_SHOW_INTERFACE, ROLE_NUMBERED, "/tmp/interface_ethernet_output.tmp"},
+    {PATH_SHOW_STACK_CAPABLE, ROLE_OUTPUT, "/tmp/stackcapable.txt"},
+    {PATH_SHOW_INTERFACES_STATUS, ROLE_OUTPUT, "/mnt/application/kelo/tmp/show_interfaces_status"},
+    {PATH_SHOW_FEC, ROLE_OUTPUT, "/mnt/application/kelo/tmp/show_interface_fec"},
+    {PATH_SHOW_HW_PROFILE, ROLE_OUTPUT, "/mnt/application/kelo/tmp/show_interfaces_hardware_profile"},
+    {PATH_SHOW_DESCRIPTIONS, ROLE_OUTPUT, "/tmp/port_desc_all.txt"},
+    {PATH_SHOW_PORT_ALL, ROLE_OUTPUT, "/tmp/port_all.txt"},
+    {PATH_SHOW_ADVERTISE, ROLE_OUTPUT, "/tmp/port_advertise.txt"},
+    {PATH_SHOW_STORM_CONTROL, ROLE_OUTPUT, "/tmp/storm_control.txt"},
+    {PATH_SHOW_VLAN_PORT, ROLE_OUTPUT, "/tmp/vlan_port_all.txt"},
+    {PATH_SHOW_STP_INTERFACE, ROLE_OUTPUT, "/tmp/stp_iface_all.txt"},
+    {PATH_SHOW_STP_SUMMARY, ROLE_OUTPUT, "/tmp/stp_mst_summary.txt"},
+    {PATH_SHOW_DOT1AS, ROLE_OUTPUT, "/mnt/application/kelo/tmp/kelo_out_show_dot1as_summary"},
+    {PATH_SHOW_IP_INTERFACE, ROLE_NUMBERED, "/mnt/application/kelo/tmp/kelo_out_show_ip_interface_brief_"},
+    {PATH_SHOW_VLAN_FAST, ROLE_OUTPUT, "/tmp/vlan_show_fast.txt"},
+    {PATH_SHOW_VLAN_PROFILE, ROLE_OUTPUT, "/tmp/vlan_show_profile_fast.txt"},
+    {PATH_SHOW_AUTO_LAG, ROLE_NUMBERED, "/mnt/application/kelo/tmp/kelo_out_show_port-channel_auto_all_"},
+    {PATH_SHOW_ACL, ROLE_NUMBERED, "/mnt/application/kelo/tmp/kelo_out_show_ip_access-list_NET-BLOCK_"},
+    {PATH_SHOW_RADIUS, ROLE_OUTPUT, "/mnt/application/kelo/tmp/radius"},
+    {PATH_SHOW_LOGGING, ROLE_OUTPUT, "/mnt/application/kelo/tmp/kelo_out_show_logging"},
 };
 
 constexpr bool tableInOrder()
@@ -100,7 +107,8 @@ const char *baseName(const char *path)
 bool scratchFits(const char *scratchDir)
 {
     for (const PATH_ROW_T &row : PATH_TABLE) {
-        if (row.scratch && strlen(scratchDir) + 1 + strlen(baseName(row.path)) + NUMBER_DIGITS >= PATH_OUTPUT_SIZE)
+        if (row.role != ROLE_FILE &&
+            strlen(scratchDir) + 1 + strlen(baseName(row.path)) + NUMBER_DIGITS >= PATH_OUTPUT_SIZE)
             return false;
     }
     return true;
@@ -115,7 +123,7 @@ int PathsInit(const char *root, const char *scratchDir)
         return -1;
     for (const PATH_ROW_T &row : PATH_TABLE) {
         char *out = completePaths[row.id];
-        if (row.scratch && scratchDir != nullptr)
+        if (row.role != ROLE_FILE && scratchDir != nullptr)
             snprintf(out, PATH_OUTPUT_SIZE, "%s/%s", scratchDir, baseName(row.path));
         else
             snprintf(out, PATH_OUTPUT_SIZE, "%s%s", prefix, row.path);
@@ -129,6 +137,11 @@ const char *PathGet(PATH_ID id)
     if (id < 0 || id >= PATH_COUNT)
         return "";
     return chosen ? completePaths[id] : PATH_TABLE[id].path;
+}
+
+bool PathIsNumbered(PATH_ID id)
+{
+    return id >= 0 && id < PATH_COUNT && PATH_TABLE[id].role == ROLE_NUMBERED;
 }
 
 void PathNumbered(PATH_ID id, int number, char *out, size_t size)

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 enum PATH_ID : int {
+    PATH_RUN_LOCK, // held by the one daemon of a root
     // files shared with other programs
     PATH_LOG,          // log file
     PATH_LOG_OLD,      // its old generation
@@ -81,6 +82,9 @@ constexpr size_t PATH_ROOT_MAX = 18;
 
 // Complete path, valid until the next PathsInit.
 [[nodiscard]] const char *PathGet(PATH_ID id);
+
+// Whether a path is that of an output file which takes a number at its end.
+[[nodiscard]] bool PathIsNumbered(PATH_ID id);
 
 // Path with a decimal number at its end, into a buffer (cut when it does not fit).
 void PathNumbered(PATH_ID id, int number, char *out, size_t size);

@@ -6,23 +6,39 @@
 
 #include "runtime/clock.h"
 #include "runtime/log.h"
+#include "runtime/ownfile.h"
+#include "runtime/paths.h"
+#include "runtime/scratch.h"
 
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <malloc.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 
 enum TASK_INIT_STATUS : int { TASK_NOT_REPORTED = 0, TASK_INITIALISED = 1, TASK_FAILED = 2 };
 
 constexpr int SYSLOG_FACILITY_USER = 8;
 
 static void allocatorTune();
+static void processGuard();
+static bool alone();
 static int tasksStart(const DM_TASK_T *table);
 
 static OS_SEM sequenceSemaphore = nullptr; // "SEQ"
 static int taskInitStatus = TASK_NOT_REPORTED;
+static int runLock = -1;
 
 int DmInit(const DM_TASK_T *table)
 {
     allocatorTune();
+    processGuard();
     LogInit(LOG_OPTION_FILE, SYSLOG_FACILITY_USER, "kelo_cgi");
+    if (!alone())
+        return -1;
+    scratchFilesSweep();
     int result = -1;
     if (OsInit() != 0)
         LOG_ERROR("Could not initialize OS routines for devmgr");
@@ -62,6 +78,7 @@ void TmrTask(intptr_t argument)
     for (;;) {
         ClockSleep(1);
         TmrTick();
+        lockWaitTick();
     }
 }
 
@@ -73,6 +90,35 @@ static void allocatorTune()
     (void)mallopt(M_ARENA_MAX, 1);
     (void)mallopt(M_TRIM_THRESHOLD, -1);
     (void)mallopt(M_MMAP_THRESHOLD, 8388608);
+}
+
+// A full disk or a reader that went away fails a write, which is handled where it is written; nothing that is made here
+// is writable for others.
+static void processGuard()
+{
+    (void)signal(SIGXFSZ, SIG_IGN);
+    (void)signal(SIGPIPE, SIG_IGN);
+    (void)umask(umask(0) | S_IWGRP | S_IWOTH);
+}
+
+// Two daemons on one root would take each other's output files of show commands. Held to the end of the process.
+static bool alone()
+{
+    const char *path = PathGet(PATH_RUN_LOCK);
+    char folder[PATH_OUTPUT_SIZE];
+
+    snprintf(folder, sizeof(folder), "%.*s", static_cast<int>(strrchr(path, '/') - path), path);
+    (void)mkdir(folder, 0755); // it is there, but for a fresh root
+    runLock = lockFileOpen(path);
+    if (runLock >= 0 && flock(runLock, LOCK_EX | LOCK_NB) == 0)
+        return true;
+    if (runLock >= 0 && errno == EWOULDBLOCK) {
+        LOG_ERROR_AS("DmInit", "Another devmgr holds %s\n", path);
+        fprintf(stderr, "devmgr: another devmgr holds %s\n", path);
+        return false;
+    }
+    LOG_ERROR_AS("DmInit", "Cannot lock %s: %s\n", path, strerror(errno));
+    return true; // the cache is worth more than the guard
 }
 
 static int tasksStart(const DM_TASK_T *table)

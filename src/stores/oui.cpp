@@ -3,7 +3,7 @@
 // The vendor table: some 36,000 rows of the OUI database, read once and kept sorted for binary search. The database is
 // shipped with the web interface and only read. Uses SQLite and the paths of runtime/.
 
-#include "runtime/files.h"
+#include "runtime/database.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
@@ -80,9 +80,8 @@ void ouiTableReset()
 // False on any failure.
 bool rowsLoad(OUI_TABLE_T *table)
 {
-    sqlite3 *opened = nullptr;
-    int result = fileOpenDatabase(PathGet(PATH_OUI_DB), SQLITE_OPEN_READONLY, &opened);
-    OWNED_DB db(opened);
+    OWNED_DB db;
+    int result = databaseOpen(DATABASE_SHARED, PathGet(PATH_OUI_DB), SQLITE_OPEN_READONLY, &db);
     if (result != SQLITE_OK)
         return false;
     sqlite3_stmt *prepared = nullptr;

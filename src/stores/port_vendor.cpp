@@ -4,7 +4,7 @@
 // vendor on the port. One build reads the VLAN profile database and the forwarding database once and sorts the
 // addresses by interface. Uses SQLite, and the wrappers, walks and FDB snapshot of switch/.
 
-#include "runtime/files.h"
+#include "runtime/database.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
@@ -16,6 +16,7 @@
 #include "switch/walk.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <strings.h>
 
@@ -67,13 +68,14 @@ static_assert(sizeof VENDORS / sizeof VENDORS[0] == 23, "vendors");
 constexpr int32_t KRAMER_TYPE_FIRST = 6;
 constexpr int32_t KRAMER_TYPE_LAST = 9;
 
-constexpr int BUSY_TIMEOUT_MS = 3000;
+constexpr int VLAN_ID_LAST = 4096;
 constexpr size_t MAP_FIRST_CAPACITY = 32;
 constexpr size_t VENDOR_KEY_SIZE = 32;
 constexpr uint32_t LINK_UP = 0;
 constexpr uint32_t DEFAULT_VLAN = 1;
 
-bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacity);
+using VLAN_SET_T = std::bitset<VLAN_ID_LAST + 1>;
+bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacity, VLAN_SET_T *seen);
 const VENDOR_RECORD_T *portVendorChoose(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, const VLAN_PROFILE_MAP_T *map);
 bool isExamined(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
 const VENDOR_RECORD_T *profileVendor(const PROFILE_MAP_ROW_T &profile);
@@ -132,18 +134,17 @@ int portVendorDetectBuild(CLIENT_HANDLE_T *clientHandle, char **out)
 void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
 {
     const char *path = PathGet(PATH_VLANINFO_DB);
-    sqlite3 *opened = nullptr;
+    OWNED_DB db;
+    VLAN_SET_T seen;
 
     map->count = 0;
     map->rows.reset();
-    int result = fileOpenDatabase(path, SQLITE_OPEN_READONLY, &opened);
-    OWNED_DB db(opened);
+    int result = databaseOpen(DATABASE_SHARED, path, SQLITE_OPEN_READONLY, &db);
     if (result != SQLITE_OK) {
         LOG_ERROR("port_vendor_detect: cannot open %s: %s\r\n", path,
                   db != nullptr ? sqlite3_errmsg(db.get()) : "open failed");
         return;
     }
-    (void)sqlite3_busy_timeout(db.get(), BUSY_TIMEOUT_MS); // fails for a null handle only
     sqlite3_stmt *prepared = nullptr;
     result = sqlite3_prepare_v2(db.get(), "SELECT id, vlanType, profileType FROM vlanInfo;", -1, &prepared, nullptr);
     OWNED_STATEMENT statement(prepared);
@@ -156,7 +157,7 @@ void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
     map->rows = ownedArray<PROFILE_MAP_ROW_T>(capacity);
     if (map->rows == nullptr)
         return;
-    while ((result = sqlite3_step(statement.get())) == SQLITE_ROW && mapRowAdd(statement.get(), map, &capacity))
+    while ((result = sqlite3_step(statement.get())) == SQLITE_ROW && mapRowAdd(statement.get(), map, &capacity, &seen))
         ;
     if (result != SQLITE_ROW && result != SQLITE_DONE)
         map->count = 0; // a read that broke off is a failure; only a want of memory keeps the rows so far
@@ -197,12 +198,14 @@ const VENDOR_RECORD_T *ouiVendorRecordGet(const char *macText)
 }
 
 namespace {
-// Rows without a VLAN are passed over. False when there is no memory for a row.
-bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacity)
+// Rows that no VLAN ID finds are passed over: without a VLAN, or behind another one of the same ID. False when there is
+// no memory for a row.
+bool mapRowAdd(sqlite3_stmt *statement, VLAN_PROFILE_MAP_T *map, size_t *capacity, VLAN_SET_T *seen)
 {
     int id = sqlite3_column_int(statement, 0);
-    if (id < 1)
+    if (id < 1 || id > VLAN_ID_LAST || seen->test(static_cast<size_t>(id)))
         return true;
+    seen->set(static_cast<size_t>(id));
     if (map->count == *capacity && !ownedArrayDouble(&map->rows, capacity))
         return false;
     PROFILE_MAP_ROW_T *row = &map->rows[map->count++];

@@ -4,7 +4,7 @@
 // which another program replaces is picked up at the next call. Opening never creates the file, and is read-only where
 // nothing is written. Uses SQLite, and the logger and paths of runtime/.
 
-#include "runtime/files.h"
+#include "runtime/database.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
 #include "switch/columns.h"
@@ -13,32 +13,20 @@
 #include <sys/mman.h>
 
 namespace {
-constexpr int BUSY_TIMEOUT_MS = 3000;
 constexpr int COLUMNS = 5; // id, vlanType, profileName, profileType, color
 constexpr size_t ENTRIES_SIZE = VLAN_INFO_CAPACITY * sizeof(VLAN_INFO_ENTRY_T);
 
-// Result of sqlite3_get_table: row 0 holds the column names. A null cell is a NULL.
-struct TABLE_T {
-    char **cells = nullptr;
-    int rows = 0, columns = 0;
-
-    TABLE_T() = default;
-    TABLE_T(const TABLE_T &) = delete;
-    TABLE_T &operator=(const TABLE_T &) = delete;
-    ~TABLE_T()
-    {
-        sqlite3_free_table(cells);
-    }
-};
-
 // SQLite's code; a failure is logged under the caller's name.
-int databaseOpen(const char *caller, int flags, OWNED_DB *db);
+int replaceOpen(const char *caller, OWNED_DB *db);
+int failureLog(const char *caller, const char *title, const char *reason, int result);
 
-// Run one query and hand over its rows; a failure is logged, naming the statement by `title`.
-int tableGet(const char *caller, const char *title, const char *statement, TABLE_T *table);
+// Run one query and give its rows, one by one, until row() has enough. SQLite's code; a failure is logged, naming the
+// statement by `title`.
+template <typename ROW> int rowsRead(const char *caller, const char *title, const char *statement, ROW row);
 
-int cellNumber(const TABLE_T &table, int row, int column);
-const char *cellText(const TABLE_T &table, int row, int column);
+int cellNumber(sqlite3_stmt *row, int column);
+const char *cellText(sqlite3_stmt *row, int column);
+void textTake(char *out, size_t size, sqlite3_stmt *row, int column);
 bool idLess(const VLAN_INFO_ENTRY_T &entry, int id);
 } // namespace
 
@@ -54,7 +42,7 @@ void vlanInfoListFree(VLAN_INFO_LIST_T *list)
 int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *profileType, const char *color)
 {
     OWNED_DB db;
-    int result = databaseOpen(__func__, SQLITE_OPEN_READWRITE, &db);
+    int result = replaceOpen(__func__, &db);
     if (result != SQLITE_OK)
         return result;
 
@@ -74,20 +62,19 @@ int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *p
 int vlanInfoSelectById(int id, int32_t *vlanType, char *profileName, char *profileType, char *color)
 {
     char statement[256];
-    TABLE_T table;
+    int found = 0;
 
     snprintf(statement, sizeof statement, "select * from vlanInfo where id = %d", id);
-    if (tableGet(__func__, statement, statement, &table) != SQLITE_OK || table.rows < 1)
-        return 0;
-    if (vlanType != nullptr)
-        *vlanType = cellNumber(table, 1, 1);
-    if (profileName != nullptr)
-        textCopy(profileName, sizeof VLAN_INFO_ENTRY_T::profileName, cellText(table, 1, 2));
-    if (profileType != nullptr)
-        textCopy(profileType, sizeof VLAN_INFO_ENTRY_T::profileType, cellText(table, 1, 3));
-    if (color != nullptr)
-        textCopy(color, sizeof VLAN_INFO_ENTRY_T::color, cellText(table, 1, 4));
-    return 1;
+    int result = rowsRead(__func__, statement, statement, [&](sqlite3_stmt *row) {
+        if (vlanType != nullptr)
+            *vlanType = cellNumber(row, 1);
+        textTake(profileName, sizeof VLAN_INFO_ENTRY_T::profileName, row, 2);
+        textTake(profileType, sizeof VLAN_INFO_ENTRY_T::profileType, row, 3);
+        textTake(color, sizeof VLAN_INFO_ENTRY_T::color, row, 4);
+        found = 1;
+        return false;
+    });
+    return result == SQLITE_OK ? found : 0;
 }
 
 VLAN_INFO_LIST_T *vlanInfoListCreate()
@@ -106,24 +93,22 @@ VLAN_INFO_LIST_T *vlanInfoListCreate()
 
 int vlanInfoSelectAll(VLAN_INFO_LIST_T *list)
 {
-    TABLE_T table;
-
     if (list == nullptr || list->entries == nullptr)
         return -1;
     list->count = 0;
-    if (tableGet(__func__, __func__, "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo", &table) !=
-        SQLITE_OK)
-        return -1;
-
-    for (int row = 1; row <= table.rows && list->count < list->capacity; row++) {
-        VLAN_INFO_ENTRY_T *entry = &list->entries[list->count++];
-        entry->id = cellNumber(table, row, 0);
-        entry->vlanType = cellNumber(table, row, 1);
-        textCopy(entry->profileName, sizeof entry->profileName, cellText(table, row, 2));
-        textCopy(entry->profileType, sizeof entry->profileType, cellText(table, row, 3));
-        textCopy(entry->color, sizeof entry->color, cellText(table, row, 4));
-    }
-    return static_cast<int>(list->count);
+    int result = rowsRead(__func__, __func__, "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo",
+                          [list](sqlite3_stmt *row) {
+                              VLAN_INFO_ENTRY_T *entry = &list->entries[list->count++];
+                              entry->id = cellNumber(row, 0);
+                              entry->vlanType = cellNumber(row, 1);
+                              textTake(entry->profileName, sizeof entry->profileName, row, 2);
+                              textTake(entry->profileType, sizeof entry->profileType, row, 3);
+                              textTake(entry->color, sizeof entry->color, row, 4);
+                              return list->count < list->capacity;
+                          });
+    if (result != SQLITE_OK)
+        list->count = 0;
+    return result == SQLITE_OK ? static_cast<int>(list->count) : -1;
 }
 
 void vlanInfoListSortById(VLAN_INFO_LIST_T *list)
@@ -141,44 +126,60 @@ const VLAN_INFO_ENTRY_T *vlanInfoListFindById(const VLAN_INFO_LIST_T *list, int 
 }
 
 namespace {
-int databaseOpen(const char *caller, int flags, OWNED_DB *db)
+int replaceOpen(const char *caller, OWNED_DB *db)
 {
-    sqlite3 *opened = nullptr;
-    int result = fileOpenDatabase(PathGet(PATH_VLANINFO_DB), flags, &opened);
-    db->reset(opened);
+    int result = databaseOpen(DATABASE_SHARED, PathGet(PATH_VLANINFO_DB), SQLITE_OPEN_READWRITE, db);
+
     if (result != SQLITE_OK)
-        LOG_ERROR_AS(caller, "Can't open database: %s\r\n", sqlite3_errmsg(opened));
-    else
-        (void)sqlite3_busy_timeout(opened, BUSY_TIMEOUT_MS); // fails for a null handle only
+        LOG_ERROR_AS(caller, "Can't open database: %s\r\n", sqlite3_errmsg(db->get()));
     return result;
 }
 
-int tableGet(const char *caller, const char *title, const char *statement, TABLE_T *table)
+int failureLog(const char *caller, const char *title, const char *reason, int result)
+{
+    LOG_ERROR_AS(caller, "%s error: %s\r\n", title, reason);
+    return result;
+}
+
+template <typename ROW> int rowsRead(const char *caller, const char *title, const char *statement, ROW row)
 {
     OWNED_DB db;
-    int result = databaseOpen(caller, SQLITE_OPEN_READONLY, &db);
-    if (result != SQLITE_OK)
-        return result;
+    sqlite3_stmt *prepared = nullptr;
 
-    result = sqlite3_get_table(db.get(), statement, &table->cells, &table->rows, &table->columns, nullptr);
+    int result = databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db);
     if (result != SQLITE_OK) {
-        LOG_ERROR_AS(caller, "%s error: %s\r\n", title, sqlite3_errmsg(db.get()));
-    } else if (table->rows > 0 && table->columns < COLUMNS) {
-        result = SQLITE_MISMATCH;
-        LOG_ERROR_AS(caller, "%s error: %s\r\n", title, sqlite3_errstr(result));
+        LOG_ERROR_AS(caller, "Can't open database: %s\r\n", sqlite3_errmsg(db.get()));
+        return result;
     }
-    return result;
+    result = sqlite3_prepare_v2(db.get(), statement, -1, &prepared, nullptr);
+    OWNED_STATEMENT select(prepared);
+    if (result != SQLITE_OK)
+        return failureLog(caller, title, sqlite3_errmsg(db.get()), result);
+    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
+        if (sqlite3_column_count(prepared) < COLUMNS)
+            return failureLog(caller, title, sqlite3_errstr(SQLITE_MISMATCH), SQLITE_MISMATCH);
+        if (!row(prepared))
+            return SQLITE_OK;
+    }
+    return result == SQLITE_DONE ? SQLITE_OK : failureLog(caller, title, sqlite3_errmsg(db.get()), result);
 }
 
-int cellNumber(const TABLE_T &table, int row, int column)
+int cellNumber(sqlite3_stmt *row, int column)
 {
-    return columnStrtol(cellText(table, row, column), 0);
+    return columnStrtol(cellText(row, column), 0);
 }
 
-const char *cellText(const TABLE_T &table, int row, int column)
+// A NULL is ""; so is a text there is no memory for.
+const char *cellText(sqlite3_stmt *row, int column)
 {
-    const char *cell = table.cells[static_cast<size_t>(row) * table.columns + column];
-    return cell != nullptr ? cell : "";
+    const unsigned char *text = sqlite3_column_text(row, column);
+    return text != nullptr ? reinterpret_cast<const char *>(text) : "";
+}
+
+void textTake(char *out, size_t size, sqlite3_stmt *row, int column)
+{
+    if (out != nullptr)
+        textCopy(out, size, cellText(row, column));
 }
 
 bool idLess(const VLAN_INFO_ENTRY_T &entry, int id)

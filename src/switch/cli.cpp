@@ -6,9 +6,11 @@
 #include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
+#include "runtime/ownfile.h"
 #include "runtime/result.h"
 #include "switch/columns.h"
 
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -185,7 +187,8 @@ int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *
     char fileText[PATH_OUTPUT_SIZE];
     textCopy(commandText, sizeof commandText, command);
     textCopy(fileText, sizeof fileText, outputFile);
-    (void)remove(fileText); // there is none, as a rule
+    if (remove(fileText) != 0 && errno != ENOENT) // there is none, as a rule
+        (void)ownFileClear(fileText);             // a folder that holds something: nothing of ours
     openclt_buffer_t commandBuffer = {static_cast<uint32_t>(strlen(commandText) + 1), commandText};
     openclt_buffer_t fileBuffer = {static_cast<uint32_t>(strlen(fileText) + 1), fileText};
     return rpcclt_openapiCliShowExecuteToFile(clientHandle, &commandBuffer, &fileBuffer);
@@ -209,7 +212,7 @@ int requestRun(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQU
 
 int openAtPath(SHOW_FILE_T *show, const SHOW_REQUEST_T &request)
 {
-    show->stream = fileOpenRead(show->path);
+    show->stream = fileOpenReadOwn(show->path);
     if (show->stream != nullptr)
         return RESULT_OK;
     openFailureLog(request, show->path);
@@ -235,10 +238,10 @@ void openFailureLog(const SHOW_REQUEST_T &request, const char *path)
 
 template <typename READER> int lockedRun(PATH_ID lockFile, const char *name, READER reader)
 {
-    OWNED_FD_T lock(fileOpenMake(PathGet(lockFile), O_TRUNC, 0666));
+    OWNED_FD_T lock(lockFileOpen(PathGet(lockFile)));
     if (lock.fd < 0)
         return RESULT_FAILED;
-    if (flock(lock.fd, LOCK_EX) != 0) {
+    if (lockFileWait(lock.fd, PathGet(lockFile)) != 0) {
         LOG_ERROR_AS(name, "File lock failed\n");
         return RESULT_FAILED;
     }

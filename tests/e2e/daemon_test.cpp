@@ -3,6 +3,7 @@
 #include "e2e/daemon.h"
 
 #include <algorithm>
+#include <sys/file.h>
 #include <sys/resource.h>
 
 static bool saysSuccess(const std::string &text)
@@ -127,24 +128,74 @@ TEST(FirstCycle, WritesEveryDocumentOfThisBuild)
         EXPECT_NE(std::find(changes.begin(), changes.end(), record.first), changes.end()) << record.first;
 }
 
-TEST(Contention, ChangeListThatCannotBeWrittenKeepsTheRecordBack)
+// A disk that is full when the daemon starts ends neither it nor what it keeps; later everything is there.
+TEST(FullDisk, HoldsRecordsBackUntilThereIsRoom)
 {
     DAEMON_T daemon;
-    daemon.expectedErrors = {"Unable to open delta file", "lacks its mark, everything is built again"};
-    daemon.tick = "20";
+    daemon.expectedErrors = {"[restapi_db_operation:", "is damaged (", "begun anew, everything is built again"};
     daemon.seed();
-    ASSERT_EQ(mkdir(daemon.root.path("rest_db_api_delta.txt").c_str(), 0755), 0); // opens for nobody
+    struct rlimit usual = {}, full = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    full = usual;
+    full.rlim_cur = 20000; // the database gets no further than its first records
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
     daemon.start();
-    ASSERT_TRUE(daemon.waitCycle());
-    EXPECT_TRUE(cacheOf(daemon.root).empty());
-    ASSERT_EQ(rmdir(daemon.root.path("rest_db_api_delta.txt").c_str()), 0);
-    EXPECT_TRUE(daemon.waitDocument("portStats_inbound_ex"));
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &usual), 0);
+    ASSERT_TRUE(waitUntil([&] { return daemon.log().size() > full.rlim_cur - 200; }));
+    EXPECT_LT(cacheOf(daemon.root).size(), daemon.documents.size());
+    EXPECT_EQ(daemon.log().back(), '\n');
+    ASSERT_TRUE(daemon.process.running());
+    ASSERT_EQ(prlimit(daemon.process.pid, RLIMIT_FSIZE, &usual, nullptr), 0);
+    EXPECT_TRUE(waitUntil([&] { return cacheOf(daemon.root).size() >= daemon.documents.size(); }));
+}
+
+TEST(Startup, ASecondDaemonOnARootIsRefused)
+{
+    DAEMON_T daemon;
+    daemon.expectedErrors = {"Another devmgr holds "};
+    daemon.seed();
+    daemon.start();
+    ASSERT_TRUE(daemon.waitLog("Successfully initialized"));
+    CHILD_T second;
+    second.start({DEVMGR_BINARY, "--root", daemon.root.dir}, daemon.root.path("out2"), daemon.root.path("err2"));
+    int status = second.wait();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    EXPECT_EQ(fileRead(daemon.root.path("err2")),
+              "devmgr: another devmgr holds " + daemon.root.dir + "/run/devmgr.lock\n");
+}
+
+// Another user's lock on a name that the daemon takes is moved aside; root's is waited for, and named meanwhile. What a
+// killed daemon left behind is removed.
+TEST(Startup, LocksOfOthersAndLeftOutputFiles)
+{
+    DAEMON_T daemon;
+    daemon.seed();
+    const std::string folder = daemon.root.dir + "/mnt/application/kelo/tmp/",
+                      lock = daemon.root.path("bootvarGet.lock");
+    for (const char *name : {"show_environment_123", "show_environment_456", "show_environment_12x", "show_slot"})
+        fileWrite(folder + name, "");
+    const struct timespec old[2] = {{time(nullptr) - 700, 0}, {time(nullptr) - 700, 0}};
+    for (const char *name : {"show_environment_123", "show_environment_12x"})
+        ASSERT_EQ(utimensat(AT_FDCWD, (folder + name).c_str(), old, 0), 0);
+    fileWrite(lock, "");
+    OWNED_FD_T held(open(lock.c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(flock(held.fd, LOCK_EX), 0);
+    daemon.start();
+    ASSERT_TRUE(daemon.waitLog(lock + ": locked by another process, waited for 60 s\n"));
+    EXPECT_FALSE(fileExists(folder + "show_environment_123"));
+    EXPECT_TRUE(fileExists(folder + "show_environment_456"));
+    EXPECT_TRUE(fileExists(folder + "show_environment_12x"));
+    struct stat status = {};
+    EXPECT_EQ(stat(lock.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    flock(held.fd, LOCK_UN);
+    EXPECT_TRUE(daemon.waitCycle());
 }
 
 TEST(Cache, LostUnderTheDaemonIsFilledAgain)
 {
     DAEMON_T daemon;
-    daemon.expectedErrors = {"[restapi_db_operation:", "is damaged (", "lacks its mark, everything is built again"};
+    daemon.expectedErrors = {"[restapi_db_operation:", "is damaged (", "begun anew, everything is built again"};
     daemon.seed();
     daemon.start();
     ASSERT_TRUE(daemon.waitCycle());

@@ -14,10 +14,27 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
+
+// No file grows beyond so many bytes while this lives, as on a full disk.
+struct FULL_DISK_T {
+    struct rlimit usual = {};
+    explicit FULL_DISK_T(size_t size)
+    {
+        signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &usual);
+        struct rlimit full = {size, usual.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &full);
+    }
+    ~FULL_DISK_T()
+    {
+        setrlimit(RLIMIT_FSIZE, &usual);
+    }
+};
 
 // What every fake builder answers.
 struct FAKE_T {

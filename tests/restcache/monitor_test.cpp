@@ -5,8 +5,11 @@
 #include "model.h"
 #include "restcache/writeback.h"
 #include "runtime/clock.h"
+#include "stores/sql.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 
@@ -52,6 +55,21 @@ struct Monitor : testing::Test {
     void TearDown() override
     {
         vsUnload();
+    }
+
+    // A switch with these ports, all of them up.
+    static void portsMake(const std::vector<uint32_t> &ifNums)
+    {
+        ASSERT_EQ(vsLoadText("{}"), "");
+        vsState().units.assign(1, VS_UNIT_T());
+        vsState().ports.clear();
+        for (uint32_t ifNum : ifNums) {
+            VS_PORT_T port;
+            port.ifNum = ifNum;
+            port.port = vsState().ports.size() + 1;
+            port.linkUp = true;
+            vsState().ports.push_back(port);
+        }
     }
 
     static NAMES_T cycle()
@@ -168,18 +186,8 @@ TEST_F(Monitor, FiberOpticsAreRebuiltWithinAMinuteOfTheRequest)
 
 TEST_F(Monitor, VendorsAreDetectedInThreeCyclesAfterAPortCameUp)
 {
-    ASSERT_EQ(vsLoadText("{}"), "");
-    auto portAdd = [](uint32_t ifNum, bool up) {
-        VS_PORT_T port;
-        port.ifNum = ifNum;
-        port.port = vsState().ports.size() + 1;
-        port.linkUp = up;
-        vsState().ports.push_back(port);
-    };
-    vsState().ports.clear();
-    vsState().units.assign(1, VS_UNIT_T());
-    for (uint32_t ifNum : {1, 2, 999, 1000})
-        portAdd(ifNum, ifNum != 2);
+    portsMake({1, 2, 999, 1000});
+    vsState().ports[1].linkUp = false;
     std::string seen;
     auto cycles = [&seen](int count) {
         seen.clear();
@@ -213,6 +221,81 @@ TEST_F(Monitor, VendorsAreDetectedInThreeCyclesAfterAPortCameUp)
     vsFaultAdd({"openapiIfFirstGet"});
     link(0, false);
     EXPECT_EQ(cycles(1), "-");
+}
+
+// What the cache loses is built again in the next cycle, also beyond those that detect vendors anyway.
+TEST_F(Monitor, ACacheBegunAnewIsFilledWithinACycle)
+{
+    const NAMES_T start = {"profile",
+                           "imageInfo",
+                           "system_info",
+                           "special_interface_route",
+                           "swcfg_ports_settings",
+                           "port_hardware_info",
+                           "fiberOptics"};
+    const std::string anew = "begun anew, everything is built again";
+    portsMake({1});
+    auto refresh = [] {
+        fake.built.clear();
+        logClear();
+        monitorRefresh();
+        return fake.built;
+    };
+    for (int cycles = 0; cycles < 5; cycles++)
+        refresh();
+    const std::filesystem::path path = PathGet(PATH_REST_DB), old = path.string() + ".old";
+    const struct {
+        const char *how;
+        bool anew;
+        std::function<void()> lose;
+    } losses[] = {
+        {"removed", true,
+         [&] {
+             std::filesystem::remove(path);
+         }},
+        {"replaced", true,
+         [&] {
+             std::filesystem::copy_file(path, old);
+             std::filesystem::rename(old, path);
+         }},
+        {"damaged", true,
+         [&] {
+             fileWrite(path, std::string(8192, 'x'));
+         }},
+        {"its mark removed by another program", false,
+         [] {
+             sqlRun(PATH_REST_DB, "DELETE FROM restapi_db WHERE api_name = 'init_complete'");
+         }},
+    };
+    for (const auto &loss : losses) {
+        loss.lose();
+        NAMES_T built = refresh();
+        EXPECT_EQ(logText().find(anew) != std::string::npos, loss.anew) << loss.how;
+        EXPECT_EQ(cacheRead("init_complete").empty(), !loss.anew) << loss.how;
+        EXPECT_EQ(std::count(built.begin(), built.end(), "port_vendor_detect"), loss.anew) << loss.how;
+        EXPECT_EQ(NAMES_T(built.begin(), built.begin() + start.size()) == start, loss.anew) << loss.how;
+        for (int cycles = 0; cycles < 3; cycles++)
+            refresh();
+        EXPECT_EQ(logText().find(anew), std::string::npos) << loss.how;
+    }
+}
+
+// A full disk at the start. A document whose build fails is not tried again.
+TEST_F(Monitor, AStartDocumentIsWrittenUntilItIsStored)
+{
+    auto first = [] {
+        fake.built.clear();
+        monitorRefresh();
+        return fake.built[0];
+    };
+    {
+        FULL_DISK_T disk(1000);
+        startDocumentsWrite();
+        EXPECT_EQ(first(), "profile");
+    }
+    fake.result = 10000;
+    EXPECT_EQ(first(), "profile");
+    EXPECT_EQ(first(), "portStats_outbound_ex");
 }
 
 TEST_F(Monitor, StartWritesItsMarkWaitsForTheProfilesThenBuildsTheStartDocuments)

@@ -49,19 +49,25 @@ TEST_F(Store, WritesAndAnnouncesOnlyWhatDiffers)
 
 TEST_F(Store, WritesNothingThatCannotBeAnnounced)
 {
-    write("a", "old");
-    std::filesystem::remove(PathGet(PATH_REST_DELTA));
-    std::filesystem::create_directory(PathGet(PATH_REST_DELTA));
+    const std::string earlier = std::string(100000, 'n') + "\n";
+    write("long name", "old");
+    fileWrite(PathGet(PATH_REST_DELTA), earlier);
     restDbChanged = 0;
-    EXPECT_EQ(write("a", "new"), 0);
-    EXPECT_EQ(cacheRead("a"), "old");
-    EXPECT_EQ(restDbChanged, 0);
-    EXPECT_EQ(logText(), "(ERROR) restapi_db_operation: Unable to open delta file\n");
-    logClear();
-    EXPECT_EQ(erase("a"), 0); // only the announcement is missing
-    EXPECT_EQ(cacheRead("a"), "");
-    EXPECT_EQ(restDbChanged, 1);
-    EXPECT_EQ(logText(), "");
+    {
+        FULL_DISK_T disk(earlier.size() + 3);
+        EXPECT_EQ(write("long name", "new"), 0);
+        EXPECT_EQ(cacheRead("long name"), "old");
+        EXPECT_EQ(restDbChanged, 0);
+        EXPECT_EQ(changeList(), earlier); // no half name
+        logClear();
+        EXPECT_EQ(erase("long name"), 0); // only the announcement is missing
+        EXPECT_EQ(cacheRead("long name"), "");
+        EXPECT_EQ(restDbChanged, 1);
+    }
+    EXPECT_EQ(restDbNotStored(), 1u);
+    fileWrite(PathGet(PATH_REST_DELTA), "half a na"); // of a program that was killed
+    write("a", "{}");
+    EXPECT_EQ(changeList(), "half a na\na\n");
 }
 
 TEST_F(Store, ReportsADatabaseThatDoesNotServe)
@@ -146,7 +152,7 @@ TEST_F(Store, LockNamesThatCannotBeAFileAreRefused)
     rest_db_lock_release(fd);
 
     std::filesystem::remove_all(dir);
-    fileWrite(dir, "");
+    fileWrite(dir, ""); // root's own
     logClear();
     EXPECT_EQ(rest_db_lock_acquire("a", &fd), -1);
     EXPECT_EQ(logText(), "(ERROR) ensure_lock_dir: rest_db_lock: mkdir(" + dir + ") failed: File exists\n");

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <thread>
@@ -112,6 +113,38 @@ TEST(Log, RotatesOnlyAboveOneMebibyte)
     EXPECT_EQ(logText(), "(INFO) f: new\n");
 }
 
+// A log that was removed, moved away or replaced is begun anew with the next line; a folder in the old one's place does
+// not stop rotation; half a line of an earlier process is ended.
+TEST(Log, GoesOnWhereItsFileWasTakenAway)
+{
+    TEST_ROOT_T root;
+    const std::string path = PathGet(PATH_LOG), old = PathGet(PATH_LOG_OLD);
+    auto takeAway = [&](int how) {
+        how == 0 ? (void)remove(path.c_str()) : (void)rename(path.c_str(), old.c_str());
+        if (how == 2)
+            mkdir(path.c_str(), 0755);
+        if (how == 3)
+            (void)!symlink(old.c_str(), path.c_str());
+    };
+    for (int how = 0; how < 4; how++) {
+        takeAway(how);
+        LOG_ERROR("next\n");
+        std::string log = fileRead(path);
+        EXPECT_NE(log.find("] next\n"), std::string::npos) << how;
+        EXPECT_EQ(log.find("moved aside as " + path + ".bad") != std::string::npos, how > 1) << how;
+    }
+    std::filesystem::remove_all(old);
+    std::filesystem::create_directories(old + "/full");
+    fileWrite(path, std::string(LIMIT - 1, '.') + "\n");
+    LogInit(LOG_OPTION_FILE, 8, "kelo_cgi");
+    LOG_ERROR("over\n");
+    EXPECT_EQ(fileRead(path), "");
+    EXPECT_GT(fileRead(old).size(), LIMIT);
+    fileWrite(path, "half a li");
+    LogInit(LOG_OPTION_FILE, 8, "kelo_cgi");
+    EXPECT_EQ(fileRead(path), "half a li\n");
+}
+
 TEST(Log, ThreadsThatCrossTheLimitRotateOnce)
 {
     TEST_ROOT_T root;
@@ -149,8 +182,7 @@ TEST(Log, DestinationsByOptionAndFallBack)
     EXPECT_EQ(tail(), " (INFO): both: [f:1] text 5\n");
     EXPECT_EQ(logText(), "(INFO) f: text 5\n");
 
-    remove(PathGet(PATH_LOG));
-    ASSERT_EQ(mkdir(PathGet(PATH_LOG), 0755), 0);
+    std::filesystem::remove_all(root.dir + "/tmp");
     LogInit(LOG_OPTION_FILE, 8, "nofile");
     EXPECT_EQ(childRun(write, &output), "exit 0");
     EXPECT_EQ(tail(), " (INFO): nofile: [f:1] text 5\n");

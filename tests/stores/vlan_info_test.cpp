@@ -1,9 +1,11 @@
 #include "stores/vlan_info.h"
 
 #include "sql.h"
+#include "support/child.h"
 #include "support/root.h"
 
 #include <chrono>
+#include <csignal>
 #include <climits>
 
 using namespace std::string_literals;
@@ -118,4 +120,39 @@ TEST_F(VlanInfo, GivesUpAfterThreeSeconds)
     other.reset();
     EXPECT_EQ(row(7), "2|n|t|#000000");
     EXPECT_EQ(logText(), "(ERROR) vlanInfoSelectAll: vlanInfoSelectAll error: database is locked\n");
+}
+
+// Another program is killed inside its write: its journal stays, and what it had not finished is taken back.
+TEST_F(VlanInfo, WriteOfAKilledProgramIsTakenBack)
+{
+    insert("7, 2, 'whole', 't', '#000000'");
+    EXPECT_EQ(childRun([] {
+                  OWNED_DB other = sqlOpen(PATH_VLANINFO_DB);
+                  // beyond the cache, so that pages of the unfinished write are in the file
+                  for (const char *sql : {"pragma cache_size = 1", "begin exclusive", "pragma cache_spill = 1",
+                                          "update vlanInfo set profileName = 'half'",
+                                          "with recursive n(i) as (select 100 union all select i + 1 from n where i < 4000)"
+                                          "insert into vlanInfo select i, 1, hex(zeroblob(100)), '', '' from n"})
+                      (void)sqlite3_exec(other.get(), sql, nullptr, nullptr, nullptr);
+                  raise(SIGKILL);
+                  return 0;
+              }),
+              "signal 9");
+    ASSERT_TRUE(fileExists(PathGet(PATH_VLANINFO_DB) + "-journal"s));
+    EXPECT_EQ(row(7), "2|whole|t|#000000");
+    EXPECT_EQ(listLoad(), 1);
+    EXPECT_EQ(logText(), "");
+}
+
+// A schema is data: nothing of it runs.
+TEST_F(VlanInfo, ViewsAndTriggersDoNotRun)
+{
+    sqlRun(PATH_VLANINFO_DB, "create trigger t after insert on vlanInfo begin update vlanInfo set color = 'red'; end");
+    EXPECT_EQ(vlanInfoReplace(1, 1, "n", "t", "#000000"), 0);
+    EXPECT_EQ(row(1), "1|n|t|#000000");
+    sqlRun(PATH_VLANINFO_DB,
+           "drop table vlanInfo; create view vlanInfo as"
+           " select 1 as id, 2 as vlanType, 'n' as profileName, 't' as profileType, '' as color");
+    EXPECT_EQ(listLoad(), -1);
+    EXPECT_NE(logText().find("access to view \"vlanInfo\" prohibited"), std::string::npos) << logText();
 }

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,52 +27,60 @@ enum PLACE_KIND : int {
     PLACE_FOLDER,
     PLACE_PIPE,
     PLACE_GARBAGE,
+    PLACE_FOREIGN,   // of another user
+    PLACE_HARD_LINK, // to a file outside
     PLACE_COUNT
 };
 static const char *const kindNames[PLACE_COUNT] = {
-    "a link to nothing", "a link to a file outside", "a link to a folder outside", "a folder", "a pipe", "garbage",
+    "a link to nothing",
+    "a link to a file outside",
+    "a link to a folder outside",
+    "a folder",
+    "a pipe",
+    "garbage",
+    "a foreign file",
+    "a hard link",
 };
 
 // Files whose place decides what documents hold.
 struct NEEDED_T {
     PATH_ID path;
-    const char *documents; // records that may differ, each between blanks; "*": all, for what is the cache itself
+    const char *documents; // records that may differ, each between blanks; "*": all, unless it is foreign
 };
 static const NEEDED_T neededTable[] = {
-    {PATH_REST_DB, "*"},
-    {PATH_REST_JOURNAL, "*"}, // a folder cannot be put out of the way
+    {PATH_LOCK_DIR, "*"}, // what root has put there is not taken away
     {PATH_VLANINFO_DB, " profile/list_ex swcfg_ports_settings swcfg_ports_status vlan_list "},
     {PATH_TEMPLATE_DIR, " profile "},
     {PATH_EXPORT_DIR, " profile/list_ex "},
     {PATH_CLOCK_CONFIG, " device_time "},
     {PATH_MANUAL_TRUNK, " sw_manual_trunk_cfg "},
-    {PATH_BOOTVAR_LOCK, " imageInfo "},
-    // a folder that holds something stays, and the platform cannot write
-    {PATH_SHOW_BOOTVAR, " imageInfo "},
-    {PATH_SHOW_PORT_STATUS, " swcfg_port "},
-    {PATH_SHOW_COUNTERS, " swcfg_port "},
-    {PATH_SHOW_STACK_CAPABLE, " swcfg_port "},
-    {PATH_SHOW_INTERFACES_STATUS, " swcfg_ports_settings swcfg_ports_status "},
-    {PATH_SHOW_FEC, " swcfg_ports_settings swcfg_ports_status "},
-    {PATH_SHOW_ADVERTISE, " swcfg_ports_status "},
-    {PATH_SHOW_STP_SUMMARY, " swcfg_ports_status "},
-    {PATH_SHOW_DOT1AS, " vlan_list "},
-    {PATH_SHOW_VLAN_PORT, " swcfg_ports_status "},
-    {PATH_SHOW_VLAN_FAST, " swcfg_port "},
+};
+
+// Further places, named after a path: where SQLite looks beside a database, and the lock of a document.
+static const struct {
+    PATH_ID path;
+    const char *end;
+} besideTable[] = {
+    {PATH_REST_DB, "-journal"},           {PATH_REST_DB, "-wal"},     {PATH_REST_DB, "-shm"},
+    {PATH_VLANINFO_DB, "-journal"},       {PATH_VLANINFO_DB, "-wal"}, {PATH_VLANINFO_DB, "-shm"},
+    {PATH_LOCK_DIR, "/system_info.lock"},
 };
 
 struct PLACE_T {
     std::string path;
     std::string kept; // where what stood there waits; "" when nothing did
+    OWNED_FD_T lock;  // held by the other user on its file
 };
 
 static std::string outsideMake();
 static NAMES_T outsideLook(const std::string &outside);
-static PLACE_T placeTake(const std::string &path);
-static void placeFill(const PLACE_T &place, PLACE_KIND kind, const std::string &outside);
-static void placeRestore(const PLACE_T &place);
-static void placeRun(SWEEP_T *sweep, PATH_ID id, PLACE_KIND kind, const SNAPSHOT_T &clean);
-static void recordsJudge(SWEEP_T *sweep, PATH_ID id, const SNAPSHOT_T &clean);
+static void placeTake(PLACE_T *place, const std::string &path);
+static void placeFill(PLACE_T *place, PLACE_KIND kind, const std::string &outside);
+static void placeRestore(PLACE_T *place);
+static void placesOf(SWEEP_T *sweep, const std::string &path, const NEEDED_T *needed, const SNAPSHOT_T &clean);
+static void placeRun(SWEEP_T *sweep, const std::string &path, const NEEDED_T *needed, PLACE_KIND kind,
+                     const SNAPSHOT_T &clean);
+static void recordsJudge(SWEEP_T *sweep, const NEEDED_T *needed, PLACE_KIND kind, const SNAPSHOT_T &clean);
 static void allRunSilent();
 static void daemonBegin();
 static const NEEDED_T *neededBy(PATH_ID id);
@@ -82,31 +91,41 @@ void placesFailures(SWEEP_T *sweep, unsigned part, unsigned parts)
     documentsRunAll();
     SNAPSHOT_T clean = snapshotTake();
 
-    for (unsigned id = part; id < PATH_COUNT; id += parts) {
-        for (int kind = 0; kind < PLACE_COUNT; kind++) {
-            std::string path = PathGet(static_cast<PATH_ID>(id));
-            if (runWanted(sweep, "in place of " + path + " " + kindNames[kind]))
-                placeRun(sweep, static_cast<PATH_ID>(id), static_cast<PLACE_KIND>(kind), clean);
-        }
+    for (unsigned id = part; id < PATH_COUNT; id += parts)
+        placesOf(sweep, PathGet(static_cast<PATH_ID>(id)), neededBy(static_cast<PATH_ID>(id)), clean);
+    for (unsigned i = part; i < std::size(besideTable); i += parts)
+        placesOf(sweep, std::string(PathGet(besideTable[i].path)) + besideTable[i].end, nullptr, clean);
+}
+
+static void placesOf(SWEEP_T *sweep, const std::string &path, const NEEDED_T *needed, const SNAPSHOT_T &clean)
+{
+    for (int kind = 0; kind < PLACE_COUNT; kind++) {
+        if (kind == PLACE_FOREIGN && geteuid() != 0)
+            continue; // only root can give a file away
+        if (runWanted(sweep, "in place of " + path + " " + kindNames[kind]))
+            placeRun(sweep, path, needed, static_cast<PLACE_KIND>(kind), clean);
     }
 }
 
-static void placeRun(SWEEP_T *sweep, PATH_ID id, PLACE_KIND kind, const SNAPSHOT_T &clean)
+// Everything is built from nothing, so that a change that gets lost is seen.
+static void placeRun(SWEEP_T *sweep, const std::string &path, const NEEDED_T *needed, PLACE_KIND kind,
+                     const SNAPSHOT_T &clean)
 {
     std::string outside = outsideMake();
     NAMES_T before = outsideLook(outside);
+    PLACE_T place;
 
-    recordsWrite(clean.records);
+    recordsWrite({});
     coldBegin();
     LogInit(0, 8, "devmgr"); // lets go of its files
-    PLACE_T place = placeTake(PathGet(id));
-    placeFill(place, kind, outside);
+    placeTake(&place, path);
+    placeFill(&place, kind, outside);
     allRunSilent();
     if (outsideLook(outside) != before)
         finding(sweep, "something outside the root was made or changed");
-    recordsJudge(sweep, id, clean);
+    recordsJudge(sweep, needed, kind, clean);
     LogInit(0, 8, "devmgr");
-    placeRestore(place);
+    placeRestore(&place);
     coldBegin();
     documentsRunAll();
     SNAPSHOT_T now = snapshotTake();
@@ -119,13 +138,11 @@ static void placeRun(SWEEP_T *sweep, PATH_ID id, PLACE_KIND kind, const SNAPSHOT
     rootRemove(outside);
 }
 
-static void recordsJudge(SWEEP_T *sweep, PATH_ID id, const SNAPSHOT_T &clean)
+static void recordsJudge(SWEEP_T *sweep, const NEEDED_T *needed, PLACE_KIND kind, const SNAPSHOT_T &clean)
 {
-    const NEEDED_T *needed = neededBy(id);
-
-    if (needed != nullptr && needed->documents[0] == '*')
-        return;
     RECORDS_T now = recordsRead();
+    if (needed != nullptr && needed->documents[0] == '*' && kind != PLACE_FOREIGN)
+        return;
     for (const auto &[name, text] : clean.records) {
         if (now[name] == text)
             continue;
@@ -181,53 +198,63 @@ static NAMES_T outsideLook(const std::string &outside)
     return names;
 }
 
-static PLACE_T placeTake(const std::string &path)
+static void placeTake(PLACE_T *place, const std::string &path)
 {
-    PLACE_T place = {path, ""};
-
-    if (place.path.back() == '/')
-        place.path.pop_back();
-    std::filesystem::create_directories(std::filesystem::path(place.path).parent_path());
-    if (std::filesystem::exists(std::filesystem::symlink_status(place.path))) {
-        place.kept = place.path + ".kept";
-        std::filesystem::rename(place.path, place.kept);
+    place->path = path;
+    if (place->path.back() == '/')
+        place->path.pop_back();
+    std::filesystem::create_directories(std::filesystem::path(place->path).parent_path());
+    if (std::filesystem::exists(std::filesystem::symlink_status(place->path))) {
+        place->kept = place->path + ".kept";
+        std::filesystem::rename(place->path, place->kept);
     }
-    return place;
 }
 
-static void placeFill(const PLACE_T &place, PLACE_KIND kind, const std::string &outside)
+static void placeFill(PLACE_T *place, PLACE_KIND kind, const std::string &outside)
 {
+    const std::string &path = place->path;
     static const char garbage[] = "\x7f\0{[\"%s%n\xff garbage\n";
 
     switch (kind) {
     case PLACE_LINK_DANGLING:
-        std::filesystem::create_symlink(outside + "/none", place.path);
+        std::filesystem::create_symlink(outside + "/none", path);
         break;
     case PLACE_LINK_FILE:
-        std::filesystem::create_symlink(outside + "/file", place.path);
+        std::filesystem::create_symlink(outside + "/file", path);
         break;
     case PLACE_LINK_FOLDER:
-        std::filesystem::create_symlink(outside + "/folder", place.path);
+        std::filesystem::create_symlink(outside + "/folder", path);
         break;
     case PLACE_FOLDER:
-        std::filesystem::create_directory(place.path);
-        textWrite(place.path + "/file", "holds the folder\n"); // an empty one could be removed
+        std::filesystem::create_directory(path);
+        textWrite(path + "/file", "holds the folder\n"); // an empty one could be removed
         break;
     case PLACE_PIPE:
-        (void)mkfifo(place.path.c_str(), 0666); // the run then finds nothing
+        (void)mkfifo(path.c_str(), 0666); // the run then finds nothing
+        break;
+    case PLACE_HARD_LINK:
+        std::filesystem::create_hard_link(outside + "/file", path);
+        break;
+    case PLACE_FOREIGN:
+        textWrite(path, std::string(garbage, sizeof(garbage) - 1));
+        place->lock.fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+        (void)flock(place->lock.fd, LOCK_EX);        // for as long as the run lasts
+        (void)!fchown(place->lock.fd, 65534, 65534); // as root
         break;
     case PLACE_GARBAGE:
     case PLACE_COUNT:
-        textWrite(place.path, std::string(garbage, sizeof(garbage) - 1));
+        textWrite(path, std::string(garbage, sizeof(garbage) - 1));
         break;
     }
 }
 
-static void placeRestore(const PLACE_T &place)
+static void placeRestore(PLACE_T *place)
 {
-    std::filesystem::remove_all(place.path);
-    if (!place.kept.empty())
-        std::filesystem::rename(place.kept, place.path);
+    if (place->lock.fd >= 0)
+        close(place->lock.release());
+    std::filesystem::remove_all(place->path);
+    if (!place->kept.empty())
+        std::filesystem::rename(place->kept, place->path);
 }
 
 static const NEEDED_T *neededBy(PATH_ID id)

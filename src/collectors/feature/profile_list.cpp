@@ -6,7 +6,7 @@
 // the build.
 
 #include "runtime/clock.h"
-#include "runtime/files.h"
+#include "runtime/database.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
@@ -19,7 +19,6 @@
 #include <new>
 
 constexpr uint32_t VLAN_LAST = 4096;
-constexpr int BUSY_TIMEOUT_MS = 3000;
 constexpr uint32_t ROWS_FIRST = 64;
 constexpr uint32_t EXPORTS_FIRST = 16;
 constexpr int TYPE_DATA = 1; // VLANs of this type have no exported configuration
@@ -60,7 +59,7 @@ struct PROFILE_BUILD_T {
     char ip[VLAN_LAST + 1][16] = {}, mask[VLAN_LAST + 1][16] = {};
 };
 
-static void rowsRead(ROWS_T *rows);
+static bool rowsRead(ROWS_T *rows);
 static void bucketsFill(PROFILE_BUILD_T *build);
 static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum);
 static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum);
@@ -106,7 +105,8 @@ int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
         return RESULT_INVALID_POINTER;
 
     build->clientHandle = clientHandle;
-    rowsRead(&build->rows);
+    if (!rowsRead(&build->rows))
+        return RESULT_FAILED;
     const int64_t rowsDone = ClockMicroseconds();
     bucketsFill(build.get());
     routingFill(build.get());
@@ -125,33 +125,38 @@ int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
     return *out == nullptr ? RESULT_FAILED : RESULT_OK;
 }
 
-// All rows, or those read until a failure. No file, no table: no rows, and every VLAN shows its defaults.
-static void rowsRead(ROWS_T *rows)
+// The rows that a VLAN ID can find: one an ID. No file, no table: no rows, and every VLAN shows its defaults. False
+// when the read breaks off (logged): with defaults in their place the document would look whole.
+static bool rowsRead(ROWS_T *rows)
 {
     OWNED_DB db;
-    OWNED_STATEMENT statement;
-    sqlite3 *opened = nullptr;
     sqlite3_stmt *prepared = nullptr;
 
-    int result = fileOpenDatabase(PathGet(PATH_VLANINFO_DB), SQLITE_OPEN_READONLY, &opened);
-    db.reset(opened); // to be closed also when it failed
-    if (result != SQLITE_OK)
-        return;
-    (void)sqlite3_busy_timeout(opened, BUSY_TIMEOUT_MS); // only fails for a connection that is none
-    result =
-        sqlite3_prepare_v2(opened, "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo ORDER BY id", -1,
-                           &prepared, nullptr);
-    statement.reset(prepared);
-    if (result != SQLITE_OK)
-        return;
-    while (sqlite3_step(prepared) == SQLITE_ROW && roomMake(&rows->entries, rows->count, &rows->capacity, ROWS_FIRST)) {
+    if (databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db) != SQLITE_OK ||
+        sqlite3_prepare_v2(db.get(),
+                           "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo"
+                           " WHERE CAST(id AS INTEGER) BETWEEN 1 AND 4096 ORDER BY id",
+                           -1, &prepared, nullptr) != SQLITE_OK)
+        return true;
+    OWNED_STATEMENT statement(prepared);
+    int result;
+    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
+        const int id = sqlite3_column_int(prepared, 0);
+        if (rows->count > 0 && rows->entries[rows->count - 1].id == id)
+            continue;
+        if (!roomMake(&rows->entries, rows->count, &rows->capacity, ROWS_FIRST))
+            return true;
         VLAN_INFO_ENTRY_T &entry = rows->entries[rows->count++];
-        entry.id = sqlite3_column_int(prepared, 0);
+        entry.id = id;
         entry.vlanType = sqlite3_column_int(prepared, 1);
         columnCopy(prepared, 2, entry.profileName, sizeof(entry.profileName));
         columnCopy(prepared, 3, entry.profileType, sizeof(entry.profileType));
         columnCopy(prepared, 4, entry.color, sizeof(entry.color));
     }
+    if (result == SQLITE_DONE)
+        return true;
+    LOG_ERROR_AS("profileListExGet", "vlanInfo error: %s\n", sqlite3_errmsg(db.get()));
+    return false;
 }
 
 static void bucketsFill(PROFILE_BUILD_T *build)
