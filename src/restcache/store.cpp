@@ -100,7 +100,13 @@ int restDbOpen(int flags, OWNED_DB *db)
 // One line, in one write, so that a reader who renames the list between two lines loses nothing.
 bool restDbAnnounce(const char *apiName)
 {
-    OWNED_FD_T list(ownFileOpen(PathGet(PATH_REST_DELTA), O_APPEND, 0666));
+    const char *path = PathGet(PATH_REST_DELTA);
+    struct stat status;
+
+    // whatever is no file of the daemon's would freeze the cache
+    if (lstat(path, &status) == 0 && !fileIsOwn(status))
+        (void)ownFileClear(path); // what stays there does not open
+    OWNED_FD_T list(ownFileOpen(path, O_APPEND, 0666));
     size_t length = strlen(apiName) + 1;
     OWNED_TEXT line(static_cast<char *>(malloc(length + 1)));
 

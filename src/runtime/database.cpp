@@ -191,9 +191,9 @@ bool nameMayBe(DATABASE_KIND kind, const char *path, int flags)
         return stat(path, &status) == 0 && S_ISREG(status.st_mode);
     if (lstat(path, &status) != 0)
         return errno == ENOENT;
-    if (S_ISREG(status.st_mode) && !fileIsForeign(status))
-        return true;
-    return ownFileClear(path) && (flags & SQLITE_OPEN_CREATE) != 0;
+    if (fileIsForeign(status))
+        return ownFileClear(path) && (flags & SQLITE_OPEN_CREATE) != 0;
+    return S_ISREG(status.st_mode); // what root has put there stays, and does not open
 }
 
 } // namespace

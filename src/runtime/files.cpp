@@ -36,6 +36,12 @@ int regularOpen(const char *path, int flags, bool own)
     return -1;
 }
 
+// What another user has put there, or a second name of a file that is somewhere else, too.
+bool mustGo(const struct stat &status)
+{
+    return fileIsForeign(status) || (S_ISREG(status.st_mode) && status.st_nlink != 1);
+}
+
 // Cut off what has just been appended, unless another program has appended behind it.
 void appendedCut(int fd, size_t written)
 {
@@ -70,12 +76,10 @@ int fileOpenOwn(const char *path, int flags, mode_t mode, char aside[FILE_ASIDE_
             return file.release();
         // A kernel that protects such folders refuses to open what is another user's there: the name tells.
         bool there = lstat(path, &status) == 0;
-        if (file.fd < 0 && (!there || fileIsOwn(status))) {
-            errno = reason;
+        if (there && mustGo(status) ? !fileMoveAside(path, aside) : file.fd < 0 || there) {
+            errno = file.fd < 0 ? reason : EINVAL; // missing, or root's own and no file
             return -1;
         }
-        if (there && !fileIsOwn(status) && !fileMoveAside(path, aside))
-            return -1;
     }
     errno = EBUSY;
     return -1;

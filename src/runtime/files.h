@@ -2,8 +2,8 @@
 //
 // Nothing here waits: a pipe in place of a file is refused, as a directory or a device is. A file that is only read may
 // be a link that an administrator has set. A file that the daemon writes through is its own: regular, with one link,
-// of root or of the daemon's user, and never reached by a link. What else stands at its name is moved aside as it is,
-// and the file is made anew. Nothing here logs, so that the logger can use it; runtime/ownfile.h does.
+// of root or of the daemon's user, and never reached by a link. What another user has put at its name, and a hard link
+// to another file, is moved aside as it is, and the file is made anew. Nothing here logs, so that the logger can use it; runtime/ownfile.h does.
 #pragma once
 
 #include <cstddef>

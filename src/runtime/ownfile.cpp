@@ -32,16 +32,6 @@ void waitSet(const char *path)
     lockWait.ticks = 0;
 }
 
-int lockTake(int fd, int operation)
-{
-    int result;
-
-    do {
-        result = flock(fd, operation);
-    } while (result != 0 && errno == EINTR);
-    return result;
-}
-
 void asideLog(const char *path, const char *aside)
 {
     LOG_ERROR_AS("ownFileOpen", "%s: not a file of this daemon, moved aside as %s\n", path, aside);
@@ -88,12 +78,12 @@ int lockFileOpen(const char *path)
 
 int lockFileWait(int fd, const char *path)
 {
-    int result = lockTake(fd, LOCK_EX | LOCK_NB);
+    int result;
 
-    if (result == 0 || errno != EWOULDBLOCK)
-        return result;
     waitSet(path);
-    result = lockTake(fd, LOCK_EX);
+    do {
+        result = flock(fd, LOCK_EX);
+    } while (result != 0 && errno == EINTR);
     int reason = errno;
     waitSet("");
     errno = reason;

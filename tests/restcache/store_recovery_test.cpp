@@ -160,6 +160,16 @@ TEST_F(Recovery, ARecordThatIsNoDocumentIsDeletedAtStart)
     EXPECT_EQ(logText(), log);
 }
 
+TEST_F(Recovery, ADirectoryInItsPlaceIsReportedByTheOperations)
+{
+    std::filesystem::create_directory(path);
+    restDbCheck([](const char *) { return true; });
+    EXPECT_EQ(logText(), "");
+    EXPECT_EQ(write("a", "{}"), SQLITE_CANTOPEN);
+    EXPECT_EQ(logText(), "(ERROR) restapi_db_operation: Can't open database: unable to open database file\n");
+    EXPECT_TRUE(fileExists(path));
+}
+
 TEST_F(Recovery, ALockedCacheCostsTheStartOneWait)
 {
     fill();

@@ -48,7 +48,10 @@ struct NEEDED_T {
     const char *documents; // records that may differ, each between blanks; "*": all, unless it is foreign
 };
 static const NEEDED_T neededTable[] = {
-    {PATH_LOCK_DIR, "*"}, // what root has put there is not taken away
+    // what root has put there is not taken away
+    {PATH_REST_DB, "*"},
+    {PATH_LOCK_DIR, "*"},
+    {PATH_BOOTVAR_LOCK, " imageInfo "},
     {PATH_VLANINFO_DB, " profile/list_ex swcfg_ports_settings swcfg_ports_status vlan_list "},
     {PATH_TEMPLATE_DIR, " profile "},
     {PATH_EXPORT_DIR, " profile/list_ex "},
@@ -94,7 +97,8 @@ void placesFailures(SWEEP_T *sweep, unsigned part, unsigned parts)
     for (unsigned id = part; id < PATH_COUNT; id += parts)
         placesOf(sweep, PathGet(static_cast<PATH_ID>(id)), neededBy(static_cast<PATH_ID>(id)), clean);
     for (unsigned i = part; i < std::size(besideTable); i += parts)
-        placesOf(sweep, std::string(PathGet(besideTable[i].path)) + besideTable[i].end, nullptr, clean);
+        placesOf(sweep, std::string(PathGet(besideTable[i].path)) + besideTable[i].end,
+                 besideTable[i].path == PATH_LOCK_DIR ? neededBy(PATH_LOCK_DIR) : nullptr, clean);
 }
 
 static void placesOf(SWEEP_T *sweep, const std::string &path, const NEEDED_T *needed, const SNAPSHOT_T &clean)
