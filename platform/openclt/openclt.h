@@ -469,8 +469,8 @@ int rpcclt_openapiImageNamesGet(openclt_handle_t *handle, uint32_t unit, openclt
                                 openclt_buffer_t *backup, openclt_buffer_t *activated);
 int rpcclt_openapiImageLabelsGet(openclt_handle_t *handle, openclt_buffer_t *active, openclt_buffer_t *backup);
 
-/* Entries of the buffered log, oldest first. `index` is the cursor, 0 to start; `entry` receives the text of at most
- * 591 characters, which may end with a line feed. */
+/* Entries of the buffered log, oldest first. `index` is the cursor, 0 to start, and need not rise; behind the last
+ * entry the call fails. `entry` receives the text of at most 591 characters, which may end with a line feed. */
 int rpcclt_openapiBufferedLogEntryNextGet(openclt_handle_t *handle, uint32_t *index, openclt_buffer_t *entry);
 
 /* Logging modes: 0 off, 1 on; severity 0 (emergency) to 7 (debug). */

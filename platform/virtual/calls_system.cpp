@@ -265,7 +265,9 @@ int rpcclt_openapiImageLabelsGet(openclt_handle_t *handle, openclt_buffer_t *act
 
 int rpcclt_openapiBufferedLogEntryNextGet(openclt_handle_t *handle, uint32_t *index, openclt_buffer_t *entry)
 {
-    VS_CALL_T call(__func__, index == nullptr ? 0 : *index);
+    // The cursor counts down from 0 and wraps: a caller that takes it for a rising number shows one entry.
+    const uint32_t at = index == nullptr ? 0 : 0U - *index;
+    VS_CALL_T call(__func__, at);
     if (call.result != OPENCLT_OK) {
         return call.result;
     }
@@ -273,11 +275,11 @@ int rpcclt_openapiBufferedLogEntryNextGet(openclt_handle_t *handle, uint32_t *in
         return OPENCLT_PARAM;
     }
     const std::vector<std::string> &log = call.state().log;
-    if (*index >= log.size()) {
+    if (at >= log.size()) {
         return OPENCLT_NOT_FOUND;
     }
-    int result = vsTextOut(log[*index], entry);
-    *index += result == OPENCLT_OK ? 1 : 0;
+    int result = vsTextOut(log[at], entry);
+    *index -= result == OPENCLT_OK ? 1 : 0;
     return result;
 }
 

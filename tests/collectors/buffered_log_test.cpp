@@ -36,7 +36,7 @@ TEST_F(BufferedLog, HoldsWholeEntriesOrNothing)
          R"(\u0015\u0016\u0017\u0018\u0019\u001a\u001b\u001c\u001d\u001e\u001f)" +
              plain + "\"",
          ""},
-        {std::vector<std::string>(4096, text), -1, "\"" + text + "\"" + times(4095, ",\"" + text + "\""), ""},
+        {std::vector<std::string>(100001, "x"), -1, "\"x\"" + times(99998, ",\"x\""), ""}, // no more are taken
         {{controls, controls, text}, 2, escaped + "," + escaped, "realloc failed at count=2\n"},
         {{controls, controls, std::string(170, '\1')}, 2, "", "realloc failed for footer, truncating\n", false},
     };

@@ -72,14 +72,14 @@ static void entriesAppend(CLIENT_HANDLE_T *clientHandle, char *entry, LOG_DOCUME
     }
 }
 
-// Text of the next entry without its line feed. An index that stands still would give the same entry for ever.
+// Text of the next entry without its line feed. The index is the platform's cursor and says nothing else: it may rise,
+// fall or stay.
 static bool entryNext(CLIENT_HANDLE_T *clientHandle, uint32_t *index, char *entry)
 {
     openclt_buffer_t buffer = {ENTRY_SIZE, entry};
-    const uint32_t previous = *index;
 
     entry[0] = '\0';
-    if (rpcclt_openapiBufferedLogEntryNextGet(clientHandle, index, &buffer) != OPENCLT_OK || *index <= previous)
+    if (rpcclt_openapiBufferedLogEntryNextGet(clientHandle, index, &buffer) != OPENCLT_OK)
         return false;
     size_t length = strlen(entry);
     if (length > 0 && entry[length - 1] == '\n')
