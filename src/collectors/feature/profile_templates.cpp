@@ -1,11 +1,10 @@
 #include "collectors/feature/profile_templates.h"
 
-// Joins the template files into one array, in the order of their names. A file's content is copied as it stands, so
-// each one is first looked at in its own brackets: what is not one JSON value would break the array, and with it the
-// whole document would be lost; such a file is passed over with a line of its own.
+// Joins the template files into one array, in the order of their names. What a template holds is the web interface's
+// matter: a file is copied as it stands and not parsed. If that makes no JSON, the envelope refuses the whole list.
 
-#include "runtime/json.h"
 #include "runtime/log.h"
+#include "runtime/owned.h"
 #include "runtime/paths.h"
 #include "runtime/result.h"
 #include "switch/slots.h"
@@ -45,20 +44,21 @@ struct DIR_LIST_T {
 struct ARRAY_T {
     char *text;
     size_t length;
+    uint32_t elements;
 };
 
 static OFFER_T offerGet(CLIENT_HANDLE_T *clientHandle);
 static int nameOrder(const struct dirent **left, const struct dirent **right);
 static bool templateOffered(const char *name, const OFFER_T &offer);
 static bool templateRead(const char *path, char content[TEXT_MAX + 1]);
-static bool templateAppend(ARRAY_T *array, const char *path, const char *content);
+static bool templateAppend(ARRAY_T *array, const char *content);
 
 int ProfileTemplateGet(CLIENT_HANDLE_T *clientHandle, int ignored, char *buffer)
 {
     (void)ignored;
     const OFFER_T offer = offerGet(clientHandle);
     const char *const folder = PathGet(PATH_TEMPLATE_DIR);
-    ARRAY_T array = {buffer, 1};
+    ARRAY_T array = {buffer, 1, 0};
     DIR_LIST_T list;
 
     memcpy(buffer, "[", 2);
@@ -72,7 +72,7 @@ int ProfileTemplateGet(CLIENT_HANDLE_T *clientHandle, int ignored, char *buffer)
         if (strcmp(name, ".") == 0 || strcmp(name, "..") == 0 || !templateOffered(name, offer))
             continue;
         snprintf(path, sizeof(path), "%s%s", folder, name);
-        if (templateRead(path, content) && !templateAppend(&array, path, content))
+        if (templateRead(path, content) && !templateAppend(&array, content))
             break;
     }
     memcpy(buffer + array.length, "]", 2);
@@ -131,47 +131,39 @@ static bool templateOffered(const char *name, const OFFER_T &offer)
     return true;
 }
 
-// Content of a template, up to its first NUL. False, and passed over, for what does not open (logged), is no regular
-// file, or is empty. Not blocking: a pipe in the directory must not hold the daemon.
+// Content of a template, up to its first NUL. False, and passed over, for what cannot be opened or read (logged) and
+// for what is no regular file. Not blocking: a pipe in the directory must not hold the daemon.
 static bool templateRead(const char *path, char content[TEXT_MAX + 1])
 {
     struct stat status;
     OWNED_FD_T file(open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (file.fd < 0) {
-        LOG_ERROR_AS("ProfileTemplateGet", "ProfileTemplateGet: Failed to open file %s\n", path);
-        return false;
-    }
-    if (fstat(file.fd, &status) != 0 || !S_ISREG(status.st_mode))
+    if (file.fd >= 0 && fstat(file.fd, &status) == 0 && !S_ISREG(status.st_mode))
         return false;
 
     size_t length = 0;
-    ssize_t got;
-    while (length < TEXT_MAX && (got = read(file.fd, content + length, TEXT_MAX - length)) > 0)
-        length += static_cast<size_t>(got);
+    ssize_t got = file.fd < 0 ? -1 : 1;
+    while (got > 0) {
+        got = read(file.fd, content + length, TEXT_MAX - length);
+        length += got > 0 ? static_cast<size_t>(got) : 0;
+    }
     content[length] = '\0';
-    return content[0] != '\0';
+    if (got < 0) // half a template would spoil the list
+        LOG_ERROR_AS("ProfileTemplateGet", "ProfileTemplateGet: Failed to open file %s\n", path);
+    return got == 0;
 }
 
-// False when the array is full. The element is read back in brackets, '[' standing where its ',' will: so it is seen as
-// it will stand in the document, which a byte order mark or too deep a nesting would break as well.
-static bool templateAppend(ARRAY_T *array, const char *path, const char *content)
+// False when the array is full.
+static bool templateAppend(ARRAY_T *array, const char *content)
 {
     const size_t length = strlen(content);
-    const bool first = array->length == 1;
-    char *const begin = array->text + array->length - (first ? 1 : 0);
 
     if (array->length + 3 + length > TEXT_MAX) {
         LOG_ERROR_AS("ProfileTemplateGet", "ProfileTemplateGet: Response buffer full, skipping remaining profiles\n");
         return false;
     }
-    snprintf(begin, length + 3, "[%s]", content);
-    OWNED_JSON element(cJSON_ParseWithOpts(begin, nullptr, 1));
-    if (cJSON_GetArraySize(element.get()) != 1) {
-        LOG_ERROR_AS("ProfileTemplateGet", "ProfileTemplateGet: %s is not JSON, left out\n", path);
-        return true;
-    }
-    if (!first)
-        begin[0] = ',';
-    array->length = static_cast<size_t>(begin - array->text) + 1 + length;
+    if (array->elements++ > 0)
+        array->text[array->length++] = ',';
+    memcpy(array->text + array->length, content, length + 1);
+    array->length += length;
     return true;
 }
