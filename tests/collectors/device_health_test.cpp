@@ -100,7 +100,8 @@ TEST_F(DeviceHealth, FanRowsAreTakenOrLeft)
                      fan(R"("speed":7,"dutyLevel":8,"state":1)")},
                     {head + "1 1 F Fixed 1 Failed\n", "[]"},
                     // the tables stand in their order, and each has its rule
-                    {sensorTable + fanTable, fan(one + "0")},
+                    {sensorTable + "\n" + fanTable, fan(one + "0")},
+                    {sensorTable + fanTable, "[]"}, // the title has ended the sensors
                     {fanTable + "\n" + sensorTable, "[]"},
                     {sensorTable + "\nFans:\n1 1 F Fixed 1 1 Operational\n", "[]"},
                 });

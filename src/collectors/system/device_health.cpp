@@ -23,9 +23,9 @@ static void fanArrayFill(const FAN_TABLE_T &fans, cJSON *array);
 static void sensorArrayFill(const SENSOR_TABLE_T &sensors, cJSON *array);
 static void usageArrayFill(const USAGE_T usages[HEALTH_UNITS], cJSON *array);
 static uint32_t fanControlModeRead(SHOW_FILE_T *show);
-static void sensorsRead(SHOW_FILE_T *show, SENSOR_TABLE_T *sensors, char line[CLI_LINE_SIZE]);
+static void sensorsRead(SHOW_FILE_T *show, SENSOR_TABLE_T *sensors);
 static bool sensorLineStore(const char *line, SENSOR_TABLE_T *sensors);
-static void fansRead(SHOW_FILE_T *show, FAN_TABLE_T *fans, char line[CLI_LINE_SIZE]);
+static void fansRead(SHOW_FILE_T *show, FAN_TABLE_T *fans);
 static bool fanLineStore(const char *line, FAN_TABLE_T *fans);
 static bool rowInTable(int unit, int id);
 static uint32_t sensorState(const char *text);
@@ -60,7 +60,6 @@ int environmentGet(CLIENT_HANDLE_T *clientHandle, FAN_TABLE_T *fans, SENSOR_TABL
 {
     SHOW_REQUEST_T request = {__func__, "show environment", PATH_SHOW_ENVIRONMENT, SHOW_NAME_RANDOM};
     SHOW_FILE_T show;
-    char line[CLI_LINE_SIZE] = "";
 
     *fans = {};
     *sensors = {};
@@ -71,8 +70,8 @@ int environmentGet(CLIENT_HANDLE_T *clientHandle, FAN_TABLE_T *fans, SENSOR_TABL
 
     *fanControlMode = fanControlModeRead(&show);
     showFileRewind(&show);
-    sensorsRead(&show, sensors, line);
-    fansRead(&show, fans, line);
+    sensorsRead(&show, sensors);
+    fansRead(&show, fans);
     return RESULT_OK;
 }
 
@@ -183,13 +182,15 @@ static uint32_t fanControlModeRead(SHOW_FILE_T *show)
     return strstr(line, "Off") != nullptr ? 1 : 0;
 }
 
-// The section ends with its first line that is no row; that line is left in `line`.
-static void sensorsRead(SHOW_FILE_T *show, SENSOR_TABLE_T *sensors, char line[CLI_LINE_SIZE])
+// The section ends with its first line that is no row.
+static void sensorsRead(SHOW_FILE_T *show, SENSOR_TABLE_T *sensors)
 {
-    if (!showFileSkipTo(show, "Temperature Sensors:", line, CLI_LINE_SIZE) ||
-        !showFileSkipTo(show, "----", line, CLI_LINE_SIZE))
+    char line[CLI_LINE_SIZE];
+
+    if (!showFileSkipTo(show, "Temperature Sensors:", line, sizeof(line)) ||
+        !showFileSkipTo(show, "----", line, sizeof(line)))
         return;
-    while (showFileLine(show, line, CLI_LINE_SIZE) && sensorLineStore(line, sensors))
+    while (showFileLine(show, line, sizeof(line)) && sensorLineStore(line, sensors))
         ;
 }
 
@@ -222,14 +223,15 @@ static bool sensorLineStore(const char *line, SENSOR_TABLE_T *sensors)
     return true;
 }
 
-// Goes on where the sensors ended; the line that ended them may be this section's title already.
-static void fansRead(SHOW_FILE_T *show, FAN_TABLE_T *fans, char line[CLI_LINE_SIZE])
+// Goes on behind the line that ended the sensors: a blank one, as the platform prints it. A title in its place is not
+// seen.
+static void fansRead(SHOW_FILE_T *show, FAN_TABLE_T *fans)
 {
-    if (!textBegins(line, "Fans:") && !showFileSkipTo(show, "Fans:", line, CLI_LINE_SIZE))
+    char line[CLI_LINE_SIZE];
+
+    if (!showFileSkipTo(show, "Fans:", line, sizeof(line)) || !showFileSkipTo(show, "----", line, sizeof(line)))
         return;
-    if (!showFileSkipTo(show, "----", line, CLI_LINE_SIZE))
-        return;
-    while (showFileLine(show, line, CLI_LINE_SIZE) && fanLineStore(line, fans))
+    while (showFileLine(show, line, sizeof(line)) && fanLineStore(line, fans))
         ;
 }
 
