@@ -69,4 +69,14 @@ TEST_F(FiberOptics, FailureGivesItsResultAndTheEmptyArray)
         EXPECT_EQ(logText(), log) << fault.name;
         vsFaultsClear();
     }
+    // without memory for one of the outputs, each read into two blocks, there is not even that array
+    for (int n = 0; n < 4; n++) {
+        logClear();
+        allocFailAt(n, ALLOC_OWN);
+        BUILT_T built = buildText(fiberOpticsGet);
+        EXPECT_TRUE(allocFailStop()) << n;
+        EXPECT_EQ(built.result, 10000) << n;
+        EXPECT_EQ(built.text, "") << n;
+        EXPECT_EQ(logText(), "(ERROR) fiberOpticsGet: Memory allocation failure\n") << n;
+    }
 }

@@ -55,7 +55,7 @@ static const OPTIC_COLUMN_T identityColumns[] = {
 static const char rule[] = "--------";
 
 static int opticsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *optics);
-static bool outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_ID path, CUT_FILE_T *file);
+static int outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_ID path, CUT_FILE_T *file);
 static void opticAdd(CLIENT_HANDLE_T *clientHandle, const CUT_FILE_T &values, const CUT_FILE_T &info, uint32_t row,
                      cJSON *optics);
 static uint32_t valueLineFind(const CUT_FILE_T &values, const char *name);
@@ -66,11 +66,11 @@ int fiberOpticsGet(CLIENT_HANDLE_T *clientHandle, char **out)
 {
     *out = nullptr;
     OWNED_JSON optics(cJSON_CreateArray());
-    if (optics == nullptr) {
+    int result = optics == nullptr ? RESULT_NO_MEMORY : opticsAdd(clientHandle, optics.get());
+    if (result == RESULT_NO_MEMORY) { // not "no optics", which is a document
         LOG_ERROR("Memory allocation failure\n");
         return RESULT_FAILED;
     }
-    int result = opticsAdd(clientHandle, optics.get());
     *out = jsonPrint(optics.get(), JSON_FORMATTED);
     return *out == nullptr ? RESULT_FAILED : result;
 }
@@ -79,12 +79,14 @@ static int opticsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *optics)
 {
     CUT_FILE_T values, info;
 
-    bool ran = outputLoad(clientHandle, "show fiber-ports optics all", PATH_SHOW_OPTICS, &values);
-    ran = outputLoad(clientHandle, "show fiber-ports optics-info all", PATH_SHOW_OPTICS_INFO, &info) && ran;
-    if (!ran) {
+    int valuesResult = outputLoad(clientHandle, "show fiber-ports optics all", PATH_SHOW_OPTICS, &values);
+    int infoResult = outputLoad(clientHandle, "show fiber-ports optics-info all", PATH_SHOW_OPTICS_INFO, &info);
+    if (valuesResult == RESULT_FAILED || infoResult == RESULT_FAILED) {
         LOG_ERROR_AS("fiberOpticsGet", "Failed to run openapiCliShowExecuteToFile\n");
         return RESULT_FAILED;
     }
+    if (valuesResult != RESULT_OK || infoResult != RESULT_OK)
+        return RESULT_NO_MEMORY;
     uint32_t last = cutLineCount(&info);
     uint32_t ruleLine = cutFirstLineWith(&info, rule);
     if (ruleLine == 0 || cutFirstLineWith(&values, rule) == 0) {
@@ -96,17 +98,15 @@ static int opticsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *optics)
     return RESULT_OK;
 }
 
-// False when the command fails. An output that is not there has no lines, and neither has one for which there is no
-// memory.
-static bool outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_ID path, CUT_FILE_T *file)
+// 10000 when the command fails, -7 without memory. An output that is not there has no lines.
+static int outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_ID path, CUT_FILE_T *file)
 {
     SHOW_FILE_T show;
 
     int result = showFileRun(
         &show, clientHandle,
         {"fiberOpticsGet", command, path, SHOW_NAME_FIXED, SHOW_AFTER_KEEP, SHOW_OPEN_SILENT, SHOW_RUN_PLATFORM});
-    (void)cutFileLoad(file, show.stream);
-    return result != RESULT_FAILED;
+    return result == RESULT_FAILED ? result : cutFileLoad(file, show.stream);
 }
 
 static void opticAdd(CLIENT_HANDLE_T *clientHandle, const CUT_FILE_T &values, const CUT_FILE_T &info, uint32_t row,
