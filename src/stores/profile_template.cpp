@@ -15,9 +15,8 @@ OWNED_JSON profileTemplateLoad(const char *profileType)
     char name[FILE_NAME_SIZE];
     char path[PATH_OUTPUT_SIZE + FILE_NAME_SIZE];
 
-    if (profileType[0] == '\0')
+    if (profileType[0] == '\0' || !profileFileName(profileType, name, sizeof(name)))
         return nullptr;
-    profileFileName(profileType, name, sizeof(name));
     snprintf(path, sizeof(path), "%s%s", PathGet(PATH_TEMPLATE_DIR), name);
     return jsonFileLoad(path);
 }

@@ -196,13 +196,16 @@ int randomSuffixGet()
     return rand();
 }
 
-void profileFileName(const char *profileType, char *out, size_t size)
+bool profileFileName(const char *profileType, char *out, size_t size)
 {
-    textCopy(out, size, profileType);
+    const bool named = strchr(profileType, '/') == nullptr;
+
+    textCopy(out, size, named ? profileType : "");
     for (; *out != '\0'; out++) {
         if (*out == ' ')
             *out = '_';
     }
+    return named;
 }
 
 namespace {

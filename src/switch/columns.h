@@ -60,5 +60,6 @@ void macText(const uint8_t mac[6], char out[18], char separator = ':');
 // A number for a file name: the C generator, seeded with the nanoseconds of the clock.
 int randomSuffixGet();
 
-// File name of a profile type: every blank an underscore, cut to size-1.
-void profileFileName(const char *profileType, char *out, size_t size);
+// File name of a profile type: every blank an underscore, cut to size-1. False, and out "", for a type with a slash,
+// which would name a file of another folder.
+[[nodiscard]] bool profileFileName(const char *profileType, char *out, size_t size);

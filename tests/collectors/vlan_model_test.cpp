@@ -103,6 +103,7 @@ TEST_F(VlanModel, ProfileMapTakesFlagsFromTemplatesOfThirtyTwoTypes)
         {"Array", R"(["PTP",true])", "0 0 0 "},
         {"Broken", R"({"PTP":true)", "0 0 0 "},
         {"Missing", "", "0 0 0 "},
+        {"../profileTemplate/On", "", "0 0 0 "}, // names no file of the folder
         {milan.c_str(), R"({"AVB":true})", "0x2 0x2 32 "},
         {dante.c_str(), "{}", "0 0 64 "}};
     std::string text, expected, sql;
@@ -114,10 +115,10 @@ TEST_F(VlanModel, ProfileMapTakesFlagsFromTemplatesOfThirtyTwoTypes)
         if (content != "")
             fileWrite(PathGet(PATH_TEMPLATE_DIR) + type, content);
     };
-    for (int id = 1; id <= 7; id++)
+    for (int id = 1; id <= 8; id++)
         add(id, templates[id - 1][0], templates[id - 1][1], templates[id - 1][2]);
-    for (int id = 8; id <= 34; id++)
-        add(id, "T " + std::to_string(id == 34 ? 8 : id), R"({"PTP":true})", id == 33 ? "0 0 0 " : "0x1 0 0 ");
+    for (int id = 9; id <= 34; id++)
+        add(id, "T " + std::to_string(id == 34 ? 9 : id), R"({"PTP":true})", id == 33 ? "0 0 0 " : "0x1 0 0 ");
     sqlRun(PATH_VLANINFO_DB, sql);
     vsTextSet("show vlan", text + "35 name Static\n");
     EXPECT_EQ(profiles(), expected + "35 0 0 0 0 \n"); // in no database

@@ -327,14 +327,12 @@ static const cJSON *exportGet(EXPORTS_T *exports, const char *profileType)
     return entry.document;
 }
 
-// A type names a file of the folder: one with a slash is none of them.
 static OWNED_JSON exportLoad(const char *profileType)
 {
     char name[256];
     char path[512];
 
-    profileFileName(profileType, name, sizeof(name));
-    if (strchr(name, '/') != nullptr)
+    if (!profileFileName(profileType, name, sizeof(name)))
         return nullptr;
     snprintf(path, sizeof(path), "%s%s", PathGet(PATH_EXPORT_DIR), name);
     return jsonFileLoad(path);
