@@ -1,7 +1,9 @@
 #include "collectors/feature/vlan_list.h"
+#include "runtime/clock.h"
 #include "stores/sql.h"
 #include "stores/vlan_info.h"
 #include "support/build.h"
+#include "switch/columns.h"
 
 struct VlanList : BUILDER_TEST {
     // Two ports, a LAG with one of them and one without members.
@@ -129,4 +131,20 @@ TEST_F(VlanList, RoutingLinesAreTakenOrLeft)
     EXPECT_EQ(found, "1 2 192.168.111.222 255.255.255.0\n"
                      "2 1 2001:db8::1234: 255.255.255.128\n"
                      "4096 3 10.0.0.10 255.0.0.0\n");
+
+    // without an output, the file that the command was given: each look at the clock makes another number
+    static long nanoseconds;
+    static const CLOCK_SOURCE_T moving = {[](struct timespec *now) { *now = {0, nanoseconds++}; }, nullptr};
+    char path[PATH_OUTPUT_SIZE];
+    ClockSourceSet(&moving);
+    for (VS_FAULT_KIND kind : {VS_FAIL, VS_NO_FILE}) {
+        logClear();
+        nanoseconds = 1;
+        PathNumbered(PATH_SHOW_IP_INTERFACE, randomSuffixGet(), path, sizeof(path));
+        nanoseconds = 1;
+        vsFaultAdd({"show ip interface brief", "", 0, kind});
+        EXPECT_EQ(vlanListRoutingInfoGet(&handle, table.data()), 10016);
+        EXPECT_TRUE(has(logText(), "Can not open file:" + std::string(path) + "\n")) << path << "\n" << logText();
+        vsFaultsClear();
+    }
 }

@@ -47,8 +47,10 @@ int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[V
     const SHOW_REQUEST_T request = {__func__,         "show ip interface brief", PATH_SHOW_IP_INTERFACE,
                                     SHOW_NAME_RANDOM, SHOW_AFTER_REMOVE,         SHOW_OPEN_UPPER};
     int result = showFileRun(&show, clientHandle, request);
-    if (result == RESULT_FAILED)
-        result = showFileOpen(&show, request); // a command that failed shows as a file that does not open
+    if (result == RESULT_FAILED) { // no output is left: a command that failed shows as a file that does not open
+        LOG_ERROR("Can not open file:%s\r\n", show.path);
+        return RESULT_OPEN_FAILED;
+    }
     if (result != RESULT_OK)
         return result;
     while (showFileLine(&show, line, sizeof(line))) {
