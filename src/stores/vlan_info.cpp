@@ -21,8 +21,9 @@ int replaceOpen(const char *caller, OWNED_DB *db);
 int failureLog(const char *caller, const char *title, const char *reason, int result);
 
 // Run one query and give its rows, one by one, until row() has enough. SQLite's code; a failure is logged, naming the
-// statement by `title`.
-template <typename ROW> int rowsRead(const char *caller, const char *title, const char *statement, ROW row);
+// statement by `title`. `reads` may be null.
+template <typename ROW>
+int rowsRead(const char *caller, const char *title, const char *statement, VLAN_INFO_READS_T *reads, ROW row);
 
 int cellNumber(sqlite3_stmt *row, int column);
 const char *cellText(sqlite3_stmt *row, int column);
@@ -59,13 +60,14 @@ int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *p
     return result;
 }
 
-int vlanInfoSelectById(int id, int32_t *vlanType, char *profileName, char *profileType, char *color)
+int vlanInfoSelectById(int id, int32_t *vlanType, char *profileName, char *profileType, char *color,
+                       VLAN_INFO_READS_T *reads)
 {
     char statement[256];
     int found = 0;
 
     snprintf(statement, sizeof statement, "select * from vlanInfo where id = %d", id);
-    int result = rowsRead(__func__, statement, statement, [&](sqlite3_stmt *row) {
+    int result = rowsRead(__func__, statement, statement, reads, [&](sqlite3_stmt *row) {
         if (vlanType != nullptr)
             *vlanType = cellNumber(row, 1);
         textTake(profileName, sizeof VLAN_INFO_ENTRY_T::profileName, row, 2);
@@ -91,13 +93,13 @@ VLAN_INFO_LIST_T *vlanInfoListCreate()
     return list.release();
 }
 
-int vlanInfoSelectAll(VLAN_INFO_LIST_T *list)
+int vlanInfoSelectAll(VLAN_INFO_LIST_T *list, VLAN_INFO_READS_T *reads)
 {
     if (list == nullptr || list->entries == nullptr)
         return -1;
     list->count = 0;
     int result = rowsRead(__func__, __func__, "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo",
-                          [list](sqlite3_stmt *row) {
+                          reads, [list](sqlite3_stmt *row) {
                               VLAN_INFO_ENTRY_T *entry = &list->entries[list->count++];
                               entry->id = cellNumber(row, 0);
                               entry->vlanType = cellNumber(row, 1);
@@ -141,27 +143,42 @@ int failureLog(const char *caller, const char *title, const char *reason, int re
     return result;
 }
 
-template <typename ROW> int rowsRead(const char *caller, const char *title, const char *statement, ROW row)
+template <typename ROW> int rowsGive(sqlite3 *db, const char *caller, const char *title, const char *statement, ROW row)
 {
-    OWNED_DB db;
     sqlite3_stmt *prepared = nullptr;
-
-    int result = databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db);
-    if (result != SQLITE_OK) {
-        LOG_ERROR_AS(caller, "Can't open database: %s\r\n", sqlite3_errmsg(db.get()));
-        return result;
-    }
-    result = sqlite3_prepare_v2(db.get(), statement, -1, &prepared, nullptr);
+    int result = sqlite3_prepare_v2(db, statement, -1, &prepared, nullptr);
     OWNED_STATEMENT select(prepared);
     if (result != SQLITE_OK)
-        return failureLog(caller, title, sqlite3_errmsg(db.get()), result);
+        return failureLog(caller, title, sqlite3_errmsg(db), result);
     while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
         if (sqlite3_column_count(prepared) < COLUMNS)
             return failureLog(caller, title, sqlite3_errstr(SQLITE_MISMATCH), SQLITE_MISMATCH);
         if (!row(prepared))
             return SQLITE_OK;
     }
-    return result == SQLITE_DONE ? SQLITE_OK : failureLog(caller, title, sqlite3_errmsg(db.get()), result);
+    return result == SQLITE_DONE ? SQLITE_OK : failureLog(caller, title, sqlite3_errmsg(db), result);
+}
+
+template <typename ROW>
+int rowsRead(const char *caller, const char *title, const char *statement, VLAN_INFO_READS_T *reads, ROW row)
+{
+    VLAN_INFO_READS_T alone = {};
+    if (reads == nullptr)
+        reads = &alone;
+    reads->failed = true; // until it has succeeded
+
+    OWNED_DB db;
+    int result = databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db);
+    if (result != SQLITE_OK) {
+        LOG_ERROR_AS(caller, "Can't open database: %s\r\n", sqlite3_errmsg(db.get()));
+        return result;
+    }
+    if (reads->gaveUp)
+        (void)sqlite3_busy_timeout(db.get(), 0); // fails for a null handle only
+    result = rowsGive(db.get(), caller, title, statement, row);
+    reads->failed = result != SQLITE_OK;
+    reads->gaveUp = reads->gaveUp || result == SQLITE_BUSY;
+    return result;
 }
 
 int cellNumber(sqlite3_stmt *row, int column)

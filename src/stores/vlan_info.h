@@ -38,15 +38,22 @@ using OWNED_VLAN_INFO_LIST = std::unique_ptr<VLAN_INFO_LIST_T, VLAN_INFO_LIST_DE
 [[nodiscard]] int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *profileType,
                                   const char *color);
 
+// What the reads of one build share, zeroed at its begin: where one has waited in vain, the further ones do not wait.
+struct VLAN_INFO_READS_T {
+    bool failed; // the last read
+    bool gaveUp; // a read has waited for another process in vain
+};
+
 // Read one row; out places that are null are passed over. 1 when found; 0 when there is none and on any error (logged),
-// the out places untouched. Texts are cut to their field sizes (256, 256, 8).
-[[nodiscard]] int vlanInfoSelectById(int id, int32_t *vlanType, char *profileName, char *profileType, char *color);
+// the out places untouched. Texts are cut to their field sizes (256, 256, 8). `reads` of null: a read by itself.
+[[nodiscard]] int vlanInfoSelectById(int id, int32_t *vlanType, char *profileName, char *profileType, char *color,
+                                     VLAN_INFO_READS_T *reads = nullptr);
 
 // An empty list; null without memory.
 [[nodiscard]] VLAN_INFO_LIST_T *vlanInfoListCreate();
 
-// Load all rows: their number, or -1 (logged). At most VLAN_INFO_CAPACITY.
-[[nodiscard]] int vlanInfoSelectAll(VLAN_INFO_LIST_T *list);
+// Load all rows: their number, or -1 (logged). At most VLAN_INFO_CAPACITY. `reads` as above.
+[[nodiscard]] int vlanInfoSelectAll(VLAN_INFO_LIST_T *list, VLAN_INFO_READS_T *reads = nullptr);
 
 void vlanInfoListSortById(VLAN_INFO_LIST_T *list);
 

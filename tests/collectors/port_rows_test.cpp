@@ -147,6 +147,25 @@ TEST_F(PortRows, ProfilesFollowTheirDatabase)
     }
 }
 
+// A read that finds the database locked gives the default and is made again for the next row; a build waits only once.
+TEST_F(PortRows, LockedProfileDatabaseIsAskedAgainWithoutWaiting)
+{
+    vsState().ports[2].pvid = 10;
+    for (auto document : {status, settings}) {
+        SQL_LOCKED_T lock(PATH_VLANINFO_DB);
+        auto release = [](void *context, const char *name, const char *key, bool) {
+            if (std::string(name) + key == "openapiIfMaxFrameSizeGet2") // asked for once the row has its profile
+                static_cast<OWNED_DB *>(context)->reset();
+        };
+        vsObserverSet(release, &lock.holder);
+        const std::string rows = document();
+        vsObserverSet(nullptr, nullptr);
+        EXPECT_EQ(lock.waited, 3000000);
+        EXPECT_TRUE(has(rowOf(rows, "1/0/2"), R"("profileName":"Default")")) << rows;
+        EXPECT_TRUE(has(rowOf(rows, "1/0/3"), R"("profileName":"Pixels")")) << rows;
+    }
+}
+
 // A detached port gets a row while its number is within the unit's front ports, modules included.
 TEST_F(PortRows, ModulesCountAsFrontPorts)
 {

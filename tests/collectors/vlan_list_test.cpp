@@ -103,6 +103,11 @@ TEST_F(VlanList, ProfileDatabaseThatCannotBeReadIsAskedRowByRowAndNotWritten)
            "insert into vlanInfo values(10, 2, 'Stage', 'Audio Dante', '#43A047')");
     EXPECT_EQ(document(), clean);
     EXPECT_EQ(vlanInfoSelectById(1, nullptr, nullptr, nullptr, nullptr), 0);
+    {
+        SQL_LOCKED_T lock(PATH_VLANINFO_DB);
+        EXPECT_TRUE(has(document(), R"("vlanId":10,"name":"Dante")"));
+        EXPECT_EQ(lock.waited, 3000000); // once, not for each VLAN
+    }
 
     std::filesystem::remove(PathGet(PATH_VLANINFO_DB));
     EXPECT_TRUE(has(document(), R"("vlanId":10,"name":"Dante","color":"#000000","profileType":"Default")"));

@@ -29,18 +29,19 @@ struct CLOCK_PRIORITIES_T {
 struct PROFILE_ROWS_T {
     OWNED_VLAN_INFO_LIST list;
     bool loaded;
+    VLAN_INFO_READS_T reads;
 };
 
 static int vlanListBaseInfoGetEX(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list);
 static int vlansWalk(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list);
 static int vlansShown(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list);
-static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, const PROFILE_ROWS_T &rows, VLAN_INFO_T *vlan);
+static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, PROFILE_ROWS_T *rows, VLAN_INFO_T *vlan);
 static int portArraysAttach(const VLAN_PORT_LIST_T *ports, VLAN_INFO_T *vlan);
 static void defaultsSet(VLAN_INFO_T *vlan, uint32_t managementVlan, const CLOCK_PRIORITIES_T &clock);
 static uint32_t managementVlanRead(CLIENT_HANDLE_T *clientHandle);
 static PROFILE_ROWS_T profileRowsLoad();
-static bool profileRowGet(const PROFILE_ROWS_T &rows, uint32_t vlanId, VLAN_INFO_ENTRY_T *row);
-static bool defaultMissing(const PROFILE_ROWS_T &rows);
+static bool profileRowGet(PROFILE_ROWS_T *rows, uint32_t vlanId, VLAN_INFO_ENTRY_T *row);
+static bool defaultMissing(PROFILE_ROWS_T *rows);
 static void profileRowApply(const VLAN_INFO_ENTRY_T *row, VLAN_INFO_T *vlan);
 static int clockPrioritiesGet(CLIENT_HANDLE_T *clientHandle, CLOCK_PRIORITIES_T *clock);
 static bool numberAtEnd(const char *line, uint32_t *number);
@@ -123,7 +124,7 @@ static int vlanListBaseInfoGetEX(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_
         VLAN_INFO_T *vlan = list->ids[i];
         defaultsSet(vlan, managementVlan, clock);
         vlan->isStatic = openapiVlanIsStatic(clientHandle, vlan->vlanId) != 0;
-        vlanNameChoose(clientHandle, rows, vlan);
+        vlanNameChoose(clientHandle, &rows, vlan);
     }
     return RESULT_OK;
 }
@@ -160,7 +161,7 @@ static int vlansShown(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list)
 
 // A profile names its VLAN; VLAN 1 without one is given the default profile, but only when it is certain that the
 // database has none; any other VLAN goes by the platform's name.
-static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, const PROFILE_ROWS_T &rows, VLAN_INFO_T *vlan)
+static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, PROFILE_ROWS_T *rows, VLAN_INFO_T *vlan)
 {
     VLAN_INFO_ENTRY_T row = {};
 
@@ -216,33 +217,35 @@ static uint32_t managementVlanRead(CLIENT_HANDLE_T *clientHandle)
 
 static PROFILE_ROWS_T profileRowsLoad()
 {
-    PROFILE_ROWS_T rows = {OWNED_VLAN_INFO_LIST(vlanInfoListCreate()), false};
+    PROFILE_ROWS_T rows = {OWNED_VLAN_INFO_LIST(vlanInfoListCreate()), false, {}};
 
-    rows.loaded = rows.list != nullptr && vlanInfoSelectAll(rows.list.get()) >= 0;
+    rows.loaded = rows.list != nullptr && vlanInfoSelectAll(rows.list.get(), &rows.reads) >= 0;
     if (rows.loaded)
         vlanInfoListSortById(rows.list.get());
     return rows;
 }
 
-static bool profileRowGet(const PROFILE_ROWS_T &rows, uint32_t vlanId, VLAN_INFO_ENTRY_T *row)
+static bool profileRowGet(PROFILE_ROWS_T *rows, uint32_t vlanId, VLAN_INFO_ENTRY_T *row)
 {
     int id = static_cast<int>(vlanId);
 
-    if (!rows.loaded)
-        return vlanInfoSelectById(id, &row->vlanType, row->profileName, row->profileType, row->color) == 1;
-    const VLAN_INFO_ENTRY_T *found = vlanInfoListFindById(rows.list.get(), id);
+    if (!rows->loaded)
+        return vlanInfoSelectById(id, &row->vlanType, row->profileName, row->profileType, row->color, &rows->reads) ==
+               1;
+    const VLAN_INFO_ENTRY_T *found = vlanInfoListFindById(rows->list.get(), id);
     if (found != nullptr)
         *row = *found;
     return found != nullptr;
 }
 
 // Whether VLAN 1, which the rows lack, has no row in the database either: one beyond a full list must not be replaced.
-static bool defaultMissing(const PROFILE_ROWS_T &rows)
+static bool defaultMissing(PROFILE_ROWS_T *rows)
 {
-    if (!rows.loaded)
+    if (!rows->loaded)
         return false;
-    return rows.list->count < rows.list->capacity ||
-           vlanInfoSelectById(DEFAULT_VLAN, nullptr, nullptr, nullptr, nullptr) == 0;
+    return rows->list->count < rows->list->capacity ||
+           (vlanInfoSelectById(DEFAULT_VLAN, nullptr, nullptr, nullptr, nullptr, &rows->reads) == 0 &&
+            !rows->reads.failed);
 }
 
 // Null stands for no row.

@@ -55,7 +55,7 @@ static void optionsGet(const PORT_LIST_T *list, const PORT_ROW_T *row, char opti
 static uint32_t frameSizeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
 static uint32_t capabilityGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
 static void profileGet(PORT_PROFILES_T *profiles, uint32_t vlanId, PORT_PROFILE_T *profile);
-static void profileSelect(uint32_t vlanId, PORT_PROFILE_T *profile);
+static void profileSelect(uint32_t vlanId, VLAN_INFO_READS_T *reads, PORT_PROFILE_T *profile);
 static void profileFrom(int32_t vlanType, const char *type, const char *name, PORT_PROFILE_T *profile);
 static const char *enableText(bool on);
 
@@ -427,19 +427,20 @@ static void profileGet(PORT_PROFILES_T *profiles, uint32_t vlanId, PORT_PROFILE_
         *profile = profiles->known[profiles->knownAt[vlanId] - 1];
         return;
     }
-    profileSelect(vlanId, profile);
-    if (inRange && profiles->known != nullptr && profiles->knownCount < profiles->knownRoom) {
+    profileSelect(vlanId, &profiles->reads, profile);
+    if (!profiles->reads.failed && inRange && profiles->known != nullptr &&
+        profiles->knownCount < profiles->knownRoom) {
         profiles->known[profiles->knownCount++] = *profile;
         profiles->knownAt[vlanId] = profiles->knownCount;
     }
 }
 
-static void profileSelect(uint32_t vlanId, PORT_PROFILE_T *profile)
+static void profileSelect(uint32_t vlanId, VLAN_INFO_READS_T *reads, PORT_PROFILE_T *profile)
 {
     VLAN_INFO_ENTRY_T entry = {};
 
-    if (vlanInfoSelectById(static_cast<int>(vlanId), &entry.vlanType, entry.profileName, entry.profileType, nullptr) ==
-        1) {
+    if (vlanInfoSelectById(static_cast<int>(vlanId), &entry.vlanType, entry.profileName, entry.profileType, nullptr,
+                           reads) == 1) {
         profileFrom(entry.vlanType, entry.profileType, entry.profileName, profile);
     } else {
         textCopy(profile->profileTemplate, sizeof(profile->profileTemplate), "Default");

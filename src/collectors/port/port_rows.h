@@ -38,9 +38,11 @@ struct PORT_PROFILE_T {
     char profileName[sizeof(VLAN_INFO_ENTRY_T::profileName)];
 };
 
-// Profiles of this build. What the cache does not know is asked of the database once for each VLAN.
+// Profiles of this build. What the cache does not know is asked of the database once for each VLAN; a read that failed
+// is no answer, and the next row asks again.
 struct PORT_PROFILES_T {
     OWNED_VLAN_INFO_LIST cache;           // sorted; null: every VLAN is asked for
+    VLAN_INFO_READS_T reads;              // of the cache and of single rows
     OWNED_ARRAY<PORT_PROFILE_T> known;    // answers so far; null without memory: nothing is remembered
     uint16_t knownAt[VLAN_INFO_CAPACITY]; // by VLAN ID: index into known + 1, 0 for none
     uint16_t knownCount, knownRoom;

@@ -141,7 +141,7 @@ static void profileCacheLoad(PORT_PROFILES_T *profiles)
     profiles->cache.reset(vlanInfoListCreate());
     if (profiles->cache == nullptr)
         return;
-    if (vlanInfoSelectAll(profiles->cache.get()) < 0)
+    if (vlanInfoSelectAll(profiles->cache.get(), &profiles->reads) < 0)
         profiles->cache.reset();
     else
         vlanInfoListSortById(profiles->cache.get());
