@@ -6,9 +6,9 @@
 #include "runtime/files.h"
 #include "runtime/ownfile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <ctime>
 #include <fcntl.h>
 #include <mutex>
 
@@ -28,8 +28,8 @@ OPEN_CALL systemOpen = nullptr; // of the default file system
 struct CONNECTION_STATE_T {
     const char *opening = nullptr; // path of the database while it is being opened
     DATABASE_KIND kind = DATABASE_SHARED;
-    struct timespec waitEnd = {}; // when its wait for locks is over; 0 before the first one
-    int looks = 0;                // of the progress handler
+    int waited = 0; // milliseconds, for locks
+    int looks = 0;  // of the progress handler
 };
 thread_local CONNECTION_STATE_T connection;
 
@@ -140,28 +140,18 @@ void fileSystemRegister()
     (void)sqlite3_vfs_register(&judged, 0); // without memory SQLite says at the open that there is none of that name
 }
 
-int64_t millisecondsLeft(const struct timespec &end)
-{
-    struct timespec now = {};
-
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return (static_cast<int64_t>(end.tv_sec) - now.tv_sec) * 1000 + (end.tv_nsec - now.tv_nsec) / 1000000;
-}
-
 // SQLite's own timeout begins anew with every statement: one that is locked out would make an operation wait three
 // times more for its settings.
 int lockedWait(void *, int count)
 {
     static const int pauses[] = {1, 2, 5, 10, 15, 20, 25, 25, 25, 50, 50};
 
-    if (connection.waitEnd.tv_sec == 0) {
-        clock_gettime(CLOCK_MONOTONIC, &connection.waitEnd);
-        connection.waitEnd.tv_sec += WAIT_MS / 1000;
-    }
-    if (millisecondsLeft(connection.waitEnd) <= 0)
-        return 0;
     constexpr int last = sizeof(pauses) / sizeof(pauses[0]) - 1;
-    (void)sqlite3_sleep(pauses[count < last ? count : last]);
+    int pause = std::min(pauses[count < last ? count : last], WAIT_MS - connection.waited);
+    if (pause <= 0)
+        return 0;
+    connection.waited += pause;
+    (void)sqlite3_sleep(pause);
     return 1;
 }
 
@@ -205,7 +195,7 @@ int databaseOpen(DATABASE_KIND kind, const char *path, int flags, OWNED_DB *db)
 
     (void)sqlite3_initialize(); // the open reports what fails here
     std::call_once(registered, fileSystemRegister);
-    connection = {nullptr, kind, {}, 0};
+    connection = {nullptr, kind, 0, 0};
     if (nameMayBe(kind, path, flags))
         connection.opening = path;
     int result = sqlite3_open_v2(connection.opening == nullptr ? NOWHERE : path, &opened, flags, VFS_NAME);
