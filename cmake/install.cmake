@@ -16,7 +16,20 @@ add_custom_command(OUTPUT ${made}/devmgr.8.gz DEPENDS ${CMAKE_SOURCE_DIR}/docs/d
 add_custom_target(man_page ALL DEPENDS ${made}/devmgr.8.gz)
 add_dependencies(devmgr man_page)
 
+# The search path of a program in the build tree is that of its platform library, in the installed tree this one. CMake's
+# own change from the one to the other would leave an empty element in the former, which means the current folder.
+function(devmgr_installed_rpath target folder component) # RPATH, none for the loader's own folders
+    set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH $<TARGET_FILE_DIR:openclt>)
+    set(file "FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}/${target}\"")
+    if(ARGN)
+        install(CODE "file(RPATH_SET ${file} NEW_RPATH \"${ARGN}\")" COMPONENT ${component})
+    else()
+        install(CODE "file(RPATH_REMOVE ${file})" COMPONENT ${component})
+    endif()
+endfunction()
+
 install(TARGETS devmgr COMPONENT devmgr)
+devmgr_installed_rpath(devmgr ${CMAKE_INSTALL_BINDIR} devmgr)
 install(FILES ${made}/devmgr.service DESTINATION ${units} COMPONENT devmgr)
 install(FILES ${packaging}/devmgr.default DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/default RENAME devmgr COMPONENT devmgr)
 install(FILES ${made}/devmgr.8.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT devmgr)
@@ -26,9 +39,11 @@ install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
 
 if(TARGET vswitch)
     set(virtual_dir ${CMAKE_INSTALL_LIBEXECDIR}/devmgr)
-    set_target_properties(vswitch writeback docnames PROPERTIES INSTALL_RPATH $ORIGIN)
     install(TARGETS openclt proc_libs vswitch follow writeback docnames COMPONENT virtual
         RUNTIME DESTINATION ${virtual_dir} LIBRARY DESTINATION ${virtual_dir})
+    foreach(tool vswitch writeback docnames)
+        devmgr_installed_rpath(${tool} ${virtual_dir} virtual "\\$ORIGIN")
+    endforeach()
     install(PROGRAMS tools/seed.py ${made}/run-virtual DESTINATION ${virtual_dir} COMPONENT virtual)
     install(DIRECTORY platform/virtual/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/devmgr COMPONENT virtual)
     install(FILES ${made}/devmgr-virtual.service DESTINATION ${units} COMPONENT virtual)
