@@ -16,7 +16,7 @@ if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_PROCESSOR STREQUAL aarch64)
 endif()
 
 set(CPACK_DEBIAN_DEVMGR_PACKAGE_NAME devmgr)
-set(CPACK_DEBIAN_DEVMGR_PACKAGE_DEPENDS init-system-helpers)
+set(CPACK_DEBIAN_DEVMGR_PACKAGE_DEPENDS "adduser, init-system-helpers")
 # Not recommended: what is recommended is installed along, and a virtual switch would start on every real one.
 set(CPACK_DEBIAN_DEVMGR_PACKAGE_SUGGESTS devmgr-virtual)
 set(CPACK_COMPONENT_DEVMGR_DESCRIPTION "keeps the REST cache of a managed AV switch filled and fresh
@@ -24,7 +24,7 @@ A daemon that asks the switch through the platform's client library and through
 show commands, and writes one JSON document per API name into an SQLite file.
 The platform's libopenclt.so and libproc_libs.so are not part of this package.")
 set(CPACK_DEBIAN_VIRTUAL_PACKAGE_NAME devmgr-virtual)
-set(CPACK_DEBIAN_VIRTUAL_PACKAGE_DEPENDS "devmgr (= ${PROJECT_VERSION}), python3, ieee-data, init-system-helpers")
+set(CPACK_DEBIAN_VIRTUAL_PACKAGE_DEPENDS "devmgr (= ${PROJECT_VERSION}), adduser, python3, ieee-data, init-system-helpers")
 set(CPACK_COMPONENT_VIRTUAL_DESCRIPTION "virtual switch for devmgr
 Libraries that answer devmgr from a scenario file in the place of a switch, the
 shipped scenarios, tools, and a service that runs devmgr on them.")
