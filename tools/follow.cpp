@@ -38,7 +38,7 @@ struct FOLLOW_T {
     pid_t daemon = 0; // 0: not known
     bool terminal = false;
     std::string expected; // file of --check, "" without
-    double limit = 60;    // seconds of --check
+    double limit = 600;   // seconds of --check
     double started = 0;
 };
 
@@ -56,7 +56,7 @@ static const char usageText[] =
     "  --check FILE     wait for the end of the first cycle, print the table once; status 0 only when each name of "
     "FILE\n"
     "                   (one a line) has a document that parses and says success\n"
-    "  --limit SECONDS  how long --check waits (default 60)\n";
+    "  --limit SECONDS  how long --check waits (default 600)\n";
 
 static bool optionsTake(int argc, char **argv, FOLLOW_T *follow);
 static int follow(FOLLOW_T *follow, int signals);

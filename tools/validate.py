@@ -91,7 +91,7 @@ class Checker:
 
 
 def database_records(path):
-    database = sqlite3.connect("file:%s?mode=ro" % path, uri=True, timeout=3)
+    database = sqlite3.connect("file:%s?mode=ro" % path, uri=True, timeout=60)
     database.text_factory = bytes
     try:
         rows = database.execute("SELECT api_name, data FROM restapi_db ORDER BY api_name").fetchall()

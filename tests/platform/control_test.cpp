@@ -6,6 +6,7 @@
 #include <openclt.h>
 #include <regex>
 #include <sstream>
+#include <support/wait.h>
 #include <unistd.h>
 
 // Faults, literal texts, counting, latency, and what happens when a scenario's file changes or does not load.
@@ -177,14 +178,13 @@ TEST_F(Control, LiteralTextsGoBeforeTheRendered)
     EXPECT_EQ(show("show b").text, "1\n2\n");
 }
 
-// Files are looked at every tenth of a second; calls go on until the state has the name, at most five seconds.
+// Files are looked at every tenth of a second; calls go on until the state has the name.
 static bool becomes(const std::string &name)
 {
-    for (int i = 0; i < 500 && vsState().system.name != name; i++) {
-        usleep(10'000);
+    return waitUntil([&name]() {
         nameGet(1);
-    }
-    return vsState().system.name == name;
+        return vsState().system.name == name;
+    });
 }
 
 TEST_F(Control, AChangedFileIsReadAgainAndABadOneKeepsTheLastGoodState)
@@ -207,9 +207,7 @@ TEST_F(Control, AChangedFileIsReadAgainAndABadOneKeepsTheLastGoodState)
     fileSet(path, R"({"system": {"name": "two"}, "texts": {"show t": {"file": "t.txt"}}})");
     EXPECT_TRUE(becomes("two"));
     fileSet(folder + "/t.txt", "another");
-    for (int i = 0; i < 500 && show("show t").text != "another"; i++)
-        usleep(10'000);
-    EXPECT_EQ(show("show t").text, "another");
+    EXPECT_TRUE(waitUntil([this]() { return show("show t").text == "another"; }));
 }
 
 // The names are those that the header declares, so a call that is added there has to be listed.

@@ -22,7 +22,6 @@
 
 constexpr unsigned WRITERS = 2, READERS = 8, OWN_NAMES = 16;
 constexpr unsigned TIMES_MAX = 1 << 20; // read times kept of each reader
-constexpr double STILL_LIMIT = 60;      // seconds without progress that count as a deadlock
 
 // Rebuilt by the cycle at least every sixth time, and each under its lock.
 static const char *const daemonNames[] = {
@@ -165,7 +164,7 @@ static bool runFor(double seconds, CHANGE_LIST_T *list, std::map<std::string, un
             unsigned count = i < WRITERS ? shared->writes[i] : shared->reads[i - WRITERS];
             if (count != last[i])
                 movedAt[i] = steadySeconds();
-            else if (steadySeconds() - movedAt[i] > STILL_LIMIT)
+            else if (steadySeconds() - movedAt[i] > HANG)
                 return false;
             last[i] = count;
         }
@@ -175,7 +174,7 @@ static bool runFor(double seconds, CHANGE_LIST_T *list, std::map<std::string, un
 
 static bool workersEnd(const std::vector<pid_t> &workers)
 {
-    double limit = steadySeconds() + STILL_LIMIT;
+    double limit = steadySeconds() + HANG;
     bool all = true;
 
     shared->stop = true;
@@ -275,7 +274,7 @@ int main(int argc, char **argv)
         workers.push_back(spawn(reader, i));
     bool moving = runFor(seconds, &list, &lines);
     moving &= workersEnd(workers);
-    for (double limit = steadySeconds() + STILL_LIMIT; !daemonRebuilt() && steadySeconds() < limit;)
+    for (double limit = steadySeconds() + HANG; !daemonRebuilt() && steadySeconds() < limit;)
         usleep(10000);
     bool alive = !ended(daemon);
     end(daemon, SIGTERM);

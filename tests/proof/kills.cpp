@@ -16,7 +16,6 @@
 #include <unistd.h>
 
 constexpr unsigned CHECK_EVERY = 50;
-constexpr double CYCLE_LIMIT = 60; // seconds
 constexpr unsigned ANNOUNCED_MAX = 25;
 static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios/";
 static const char *const turns[] = {"studio-52", "two-port"};
@@ -76,7 +75,7 @@ static pid_t start(unsigned turn, unsigned killAt)
         variables.push_back("PROOF_KILL_AT=" + std::to_string(killAt));
         variables.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
     }
-    return daemonStart(root, variables);
+    return daemonStart(root, variables, "60000"); // no second cycle, which the end could break off
 }
 
 static bool cycleEnded()
@@ -98,7 +97,7 @@ static void logTake()
 
 static void wholeCycle(unsigned turn)
 {
-    double limit = steadySeconds() + CYCLE_LIMIT;
+    double limit = steadySeconds() + HANG;
     pid_t daemon = start(turn, 0);
 
     while (!cycleEnded()) {

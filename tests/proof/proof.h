@@ -18,6 +18,8 @@
 
 using RECORDS_T = std::map<std::string, std::string>;
 
+constexpr int HANG = 600; // seconds that only a hang takes, however busy the machine is
+
 inline double steadySeconds()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -58,7 +60,7 @@ inline int recordsRead(const std::string &path, RECORDS_T *records, const std::s
 
     if (result != SQLITE_OK)
         return result;
-    sqlite3_busy_timeout(opened, 3000);
+    sqlite3_busy_timeout(opened, HANG * 1000);
     result = sqlite3_prepare_v2(opened, sql, -1, &prepared, nullptr);
     OWNED_STATEMENT select(prepared);
     if (result != SQLITE_OK)
@@ -74,11 +76,12 @@ inline int recordsRead(const std::string &path, RECORDS_T *records, const std::s
     return result;
 }
 
-// The daemon of the same build on a root, with these variables besides the caller's; 0 when it cannot be started.
-inline pid_t daemonStart(const std::string &root, const std::vector<std::string> &variables)
+// The daemon of the same build on a root, with these variables besides the caller's and so many milliseconds a tick; 0
+// when it cannot be started.
+inline pid_t daemonStart(const std::string &root, const std::vector<std::string> &variables, const char *tick = "1")
 {
     std::string output = root + "/devmgr.out";
-    std::vector<std::string> arguments = {DEVMGR_BINARY, "--root", root, "--tick-ms", "1"};
+    std::vector<std::string> arguments = {DEVMGR_BINARY, "--root", root, "--tick-ms", tick};
     std::vector<char *> argv, env;
     posix_spawn_file_actions_t files;
     pid_t pid = 0;

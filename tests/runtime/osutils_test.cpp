@@ -182,7 +182,7 @@ TEST(OsSignals, EndTheProcessAsThePolicySays)
                           return 1;
                       OsSignalHandler(SIGUSR1);
                       kill(getpid(), row.first);
-                      return waitUntil([]() { return false; }, 5) ? 3 : 4;
+                      return waitUntil([]() { return false; }) ? 3 : 4;
                   }),
                   row.second)
             << row.first;
