@@ -93,6 +93,7 @@ TEST_F(Store, WaitsThreeSecondsForAnotherWriter)
     EXPECT_EQ(logText(), "(ERROR) restapi_db_operation: Execution failed: database is locked\n");
     EXPECT_EQ(changeList(), "a\n"); // announced before it is written
     EXPECT_EQ(restDbChanged, 1);
+    sqlite3_busy_timeout(opened, 60000); // each try of the other looks at the database for a moment
 
     auto waiting = std::async(std::launch::async, [] { return write("a", "{}"); });
     while (changeList() != "a\na\n")
