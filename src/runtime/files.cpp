@@ -76,10 +76,13 @@ int fileOpenOwn(const char *path, int flags, mode_t mode, char aside[FILE_ASIDE_
             return file.release();
         // A kernel that protects such folders refuses to open what is another user's there: the name tells.
         bool there = lstat(path, &status) == 0;
-        if (there && mustGo(status) ? !fileMoveAside(path, aside) : file.fd < 0 || there) {
-            errno = file.fd < 0 ? reason : EINVAL; // missing, or root's own and no file
+        bool failed = there && mustGo(status) ? !fileMoveAside(path, aside)
+                                              : file.fd < 0 || (there && !S_ISREG(status.st_mode)); // root's, no file
+        if (failed) {
+            errno = file.fd < 0 ? reason : EINVAL;
             return -1;
         }
+        // otherwise the file that was opened has been taken away since: its reader may have removed it already
     }
     errno = EBUSY;
     return -1;
