@@ -73,19 +73,6 @@ int openapiClientRegister(const char *clientName, openclt_handle_t *handle)
     return OPENCLT_OK;
 }
 
-int openapiClientTearDown(openclt_handle_t *handle)
-{
-    VS_CALL_T call(__func__);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr) {
-        return OPENCLT_PARAM;
-    }
-    *handle = {};
-    return OPENCLT_OK;
-}
-
 int rpcclt_openapiConnectivityCheck(openclt_handle_t *handle)
 {
     VS_CALL_T call(__func__);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <model.h>
 #include <openclt.h>
-#include <regex>
 #include <sstream>
 #include <support/wait.h>
 #include <unistd.h>
@@ -208,17 +207,4 @@ TEST_F(Control, AChangedFileIsReadAgainAndABadOneKeepsTheLastGoodState)
     EXPECT_TRUE(becomes("two"));
     fileSet(folder + "/t.txt", "another");
     EXPECT_TRUE(waitUntil([this]() { return show("show t").text == "another"; }));
-}
-
-// The names are those that the header declares, so a call that is added there has to be listed.
-TEST_F(Control, EveryCallOfTheHeaderIsListed)
-{
-    std::string header = fileText(DEVMGR_SOURCE_DIR "/platform/openclt/openclt.h");
-    std::regex declaration("\nint (\\w+)\\(");
-    std::vector<std::string> declared, listed;
-    for (std::sregex_iterator at(header.begin(), header.end(), declaration), end; at != end; ++at)
-        declared.push_back((*at)[1]);
-    for (const char *const *name = vsCallNames; *name != nullptr; name++)
-        listed.emplace_back(*name);
-    EXPECT_EQ(listed, declared);
 }
