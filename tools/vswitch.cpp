@@ -1,6 +1,7 @@
 // vswitch - looks at a scenario of the virtual switch without running the daemon: does it load, and what would a show
 // command print. The scenario's faults do not act here; its literal texts do.
 
+#include <call_table.h>
 #include <control.h>
 #include <cstdio>
 #include <cstdlib>
@@ -39,8 +40,8 @@ static int list()
 {
     for (const std::string &command : vsCommandNames())
         printf("%s\n", command.c_str());
-    for (const char *const *name = vsCallNames; *name != nullptr; name++)
-        printf("%s\n", *name);
+    for (const OPENCLT_CALL_T &call : opencltCalls)
+        printf("%s\n", call.name);
     return 0;
 }
 

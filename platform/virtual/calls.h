@@ -1,17 +1,43 @@
-// calls.h - shapes of the client calls: most answer one number or one text of one object of the state, or the next key
-// of an ascending list. Each shape is one template here, so that a call is a line that says what is read of what.
+// calls.h - answers of the client calls. What all calls have in common stands once, in calls.cpp: counting, faults,
+// what is missing of the arguments. An answer says what the state says, and finds the arguments under the names that
+// calls.def gives them:
 //
-// `read` is a member of the object, or a function of (object) or (state, object, now). Null handles and out-arguments
-// give OPENCLT_PARAM, an object that does not exist OPENCLT_NOT_FOUND; a fault aimed at the call comes before both.
+//     ANSWER(rpcclt_openapiServicePortIPv4AddrGet)
+//     {
+//         *args.address = call.state().system.serviceAddress;
+//         ...
+//     }
+//
+// Most calls answer one number or text of one object; such an answer is a line:
+//
+//     READS(openapiIfAutoNegGet, mode, &VS_PORT_T::autoNeg);
+//
+// What is read is a member of the object, or a function of (object) or (state, object, now). The object is that of the
+// call's key, unless it is given before what is read of it; one that does not exist is OPENCLT_NOT_FOUND.
 #pragma once
 
 #include "vswitch.h"
 
 #include <algorithm>
+#include <call_table.h>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <type_traits>
+
+#define CALL(name, arguments, meaning)                                                                                 \
+    struct VS_##name##_T {                                                                                             \
+        OPENCLT_EACH(OPENCLT_FIELD_OF, OPENCLT_NOTHING, arguments)                                                     \
+    };                                                                                                                 \
+    int vs_##name(const VS_CALL_T &call, const VS_##name##_T &args);
+#include <calls.def>
+
+#define ANSWER(name) int vs_##name([[maybe_unused]] const VS_CALL_T &call, [[maybe_unused]] const VS_##name##_T &args)
+#define READS(name, output, ...)                                                                                       \
+    ANSWER(name)                                                                                                       \
+    {                                                                                                                  \
+        return vsRead(call, args.output, __VA_ARGS__);                                                                 \
+    }                                                                                                                  \
+    struct VS_##name##_T
 
 // Routing interface of a VLAN: above every port and LAG, ascending like the VLANs.
 constexpr uint32_t VS_ROUTING_BASE = 4096;
@@ -19,15 +45,14 @@ constexpr uint32_t VS_ROUTING_BASE = 4096;
 constexpr uint32_t VS_STP_FORWARDING = 3;
 constexpr uint32_t VS_MAC_BYTES = 6;
 
-inline bool vsUsable(const openclt_buffer_t *buffer)
-{
-    return buffer != nullptr && buffer->bytes != nullptr;
-}
-
 // ---- objects by their number ----
 
 template <typename OBJECT> const OBJECT *vsFind(const VS_STATE_T &state, uint32_t key, double now);
 
+template <> inline const VS_SYSTEM_T *vsFind(const VS_STATE_T &state, uint32_t, double)
+{
+    return &state.system;
+}
 template <> inline const VS_INTERFACE_T *vsFind(const VS_STATE_T &state, uint32_t ifNum, double)
 {
     return vsInterface(state, ifNum);
@@ -43,6 +68,12 @@ template <> inline const VS_LAG_T *vsFind(const VS_STATE_T &state, uint32_t ifNu
 template <> inline const VS_VLAN_T *vsFind(const VS_STATE_T &state, uint32_t id, double)
 {
     return vsVlan(state, id);
+}
+// A port that cannot feed power has no readings.
+template <> inline const VS_POE_T *vsFind(const VS_STATE_T &state, uint32_t ifNum, double)
+{
+    const VS_PORT_T *port = vsPort(state, ifNum);
+    return port != nullptr && port->poe.valid ? &port->poe : nullptr;
 }
 // A unit that is away has no facts.
 template <> inline const VS_UNIT_T *vsFind(const VS_STATE_T &state, uint32_t unit, double now)
@@ -74,98 +105,51 @@ inline bool vsMacBytes(const std::string &text, uint8_t bytes[VS_MAC_BYTES])
 
 // ---- reading one object ----
 
-template <typename OBJECT, typename READ> auto vsReadOf(const VS_CALL_T &call, const OBJECT &object, READ read)
-{
-    if constexpr (std::is_invocable_v<READ, const OBJECT &>) {
-        return std::invoke(read, object);
-    } else {
-        return read(call.state(), object, call.now());
-    }
-}
+// The object's type, by what is read of it.
+template <typename OBJECT, typename VALUE> OBJECT vsObject(VALUE OBJECT::*);
+template <typename OBJECT, typename VALUE> OBJECT vsObject(VALUE (*)(const OBJECT &));
+template <typename OBJECT, typename VALUE> OBJECT vsObject(VALUE (*)(const VS_STATE_T &, const OBJECT &, double));
 
-// What a fault has a call answer instead; false for records that a text cannot say.
-template <typename VALUE> bool vsValueSet(const std::string &text, VALUE *value)
+template <typename OBJECT, typename OUT, typename READ>
+int vsRead(const VS_CALL_T &call, OUT *out, const OBJECT *object, READ read)
 {
-    if constexpr (std::is_integral_v<VALUE>) {
-        *value = static_cast<VALUE>(strtoull(text.c_str(), nullptr, 10));
-        return true;
-    } else if constexpr (std::is_same_v<VALUE, openclt_usp_t>) {
-        return sscanf(text.c_str(), "%3hhu/%3hhu/%5hu", &value->unit, &value->slot, &value->port) == 3;
-    } else {
-        return false;
-    }
-}
-
-template <typename OBJECT, typename VALUE, typename READ>
-int vsNumberOf(const VS_CALL_T &call, const void *handle, const OBJECT *object, VALUE *value, READ read)
-{
-    if (handle == nullptr || value == nullptr) {
-        return OPENCLT_PARAM;
-    }
-    if (call.value != nullptr && vsValueSet(*call.value, value)) {
-        return OPENCLT_OK;
-    }
     if (object == nullptr) {
         return OPENCLT_NOT_FOUND;
     }
-    *value = static_cast<VALUE>(vsReadOf(call, *object, read));
-    return OPENCLT_OK;
-}
-
-template <typename OBJECT, typename READ>
-int vsTextOf(const VS_CALL_T &call, const void *handle, const OBJECT *object, openclt_buffer_t *text, READ read)
-{
-    if (handle == nullptr || !vsUsable(text)) {
-        return OPENCLT_PARAM;
+    auto value = [&] {
+        if constexpr (std::is_invocable_v<READ, const OBJECT &>) {
+            return std::invoke(read, *object);
+        } else {
+            return read(call.state(), *object, call.now());
+        }
+    };
+    if constexpr (std::is_same_v<OUT, openclt_buffer_t>) {
+        return vsTextOut(value(), out);
+    } else {
+        *out = static_cast<OUT>(value());
+        return OPENCLT_OK;
     }
-    if (call.value != nullptr) {
-        return vsTextOut(*call.value, text);
-    }
-    return object == nullptr ? OPENCLT_NOT_FOUND : vsTextOut(vsReadOf(call, *object, read), text);
 }
 
-// Number or text of the object with this key.
-template <typename OBJECT, typename VALUE, typename READ>
-int vsNumberGet(const char *name, const void *handle, uint32_t key, VALUE *value, READ read)
+template <typename OUT, typename READ> int vsRead(const VS_CALL_T &call, OUT *out, READ read)
 {
-    VS_CALL_T call(name, key);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    return vsNumberOf(call, handle, vsFind<OBJECT>(call.state(), key, call.now()), value, read);
+    using OBJECT = decltype(vsObject(read));
+    return vsRead(call, out, vsFind<OBJECT>(call.state(), call.key, call.now()), read);
 }
 
-template <typename OBJECT, typename READ>
-int vsTextGet(const char *name, const void *handle, uint32_t key, openclt_buffer_t *text, READ read)
+constexpr auto vsItself = [](const auto &object) {
+    return object;
+};
+
+// ---- lists ----
+
+// The row with this number or name; null when there is none.
+template <typename ROW, typename FIELD, typename VALUE>
+const ROW *vsRowOf(const std::vector<ROW> &rows, FIELD ROW::*field, const VALUE &value)
 {
-    VS_CALL_T call(name, key);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    return vsTextOf(call, handle, vsFind<OBJECT>(call.state(), key, call.now()), text, read);
+    auto found = std::find_if(rows.begin(), rows.end(), [&](const ROW &row) { return row.*field == value; });
+    return found == rows.end() ? nullptr : &*found;
 }
-
-// Number or text of the whole switch.
-template <typename VALUE, typename READ>
-int vsSystemNumber(const char *name, const void *handle, VALUE *value, READ read)
-{
-    VS_CALL_T call(name);
-    return call.result != OPENCLT_OK ? call.result : vsNumberOf(call, handle, &call.state().system, value, read);
-}
-
-template <typename READ> int vsSystemText(const char *name, const void *handle, openclt_buffer_t *text, READ read)
-{
-    VS_CALL_T call(name);
-    return call.result != OPENCLT_OK ? call.result : vsTextOf(call, handle, &call.state().system, text, read);
-}
-
-// What a text of some kind can need, terminator included: a property of the platform, not of the scenario.
-inline int vsLimit(const char *name, const void *handle, uint32_t *size, uint32_t limit)
-{
-    return vsSystemNumber(name, handle, size, [limit](const VS_SYSTEM_T &) { return limit; });
-}
-
-// ---- ascending lists ----
 
 // First row above `previous` that is wanted; null at the end. keyOf(row) ascends through the list.
 template <typename ROW, typename KEY, typename KEY_OF, typename WANTED>
@@ -177,16 +161,8 @@ const ROW *vsNextRow(const std::vector<ROW> &rows, const KEY &previous, KEY_OF k
     return found == rows.end() ? nullptr : &*found;
 }
 
-// Next number of a list, with the previous one as the call's key. wanted(row, now).
-template <typename ROW, typename WANTED>
-int vsNextNumber(const char *name, const void *handle, uint32_t previous, uint32_t *next,
-                 std::vector<ROW> VS_STATE_T::*rows, uint32_t ROW::*number, WANTED wanted)
+template <typename ROW, typename KEY, typename KEY_OF>
+const ROW *vsNextRow(const std::vector<ROW> &rows, const KEY &previous, KEY_OF keyOf)
 {
-    VS_CALL_T call(name, previous);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    double now = call.now();
-    const ROW *row = vsNextRow(call.state().*rows, previous, number, [&](const ROW &r) { return wanted(r, now); });
-    return vsNumberOf(call, handle, row, next, number);
+    return vsNextRow(rows, previous, keyOf, [](const ROW &) { return true; });
 }

@@ -1,7 +1,5 @@
 #include "calls.h"
 
-#include <cstdio>
-
 // Client calls about physical ports and LAGs: walks, names, states, media and counters.
 //
 // A fan-out port that is not in use, and every port of a unit that is away, stays in the walks but is detached.
@@ -29,34 +27,59 @@ LINK_STATE linkState(const VS_STATE_T &state, const VS_INTERFACE_T &interface, d
     return vsInterfaceUp(state, interface, now) ? LINK_UP : LINK_DOWN;
 }
 
+uint32_t adminState(const VS_INTERFACE_T &interface)
+{
+    return interface.adminUp ? STATE_ON : STATE_OFF;
+}
+
+uint32_t operationalState(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now)
+{
+    bool forwards = !interface.stpEnabled || interface.stpState == VS_STP_FORWARDING;
+    return vsInterfaceUp(state, interface, now) && forwards ? STATE_ON : STATE_OFF;
+}
+
 uint64_t counterOf(const VS_STATE_T &state, const VS_INTERFACE_T &interface, uint32_t counter, double now)
 {
     bool rate = counter == COUNTER_RATE_IN || counter == COUNTER_RATE_OUT;
     return rate && !vsInterfaceUp(state, interface, now) ? 0 : vsCounter(interface, counter, now);
 }
 
-// Next interface of a type above ifNum; 0 at the end.
-uint32_t nextOfType(const VS_STATE_T &state, uint32_t type, uint32_t ifNum)
+uint32_t typeOf(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double)
 {
-    auto any = [](const VS_INTERFACE_T &) {
-        return true;
-    };
-    const VS_INTERFACE_T *next = nullptr;
-    if (type == OPENCLT_IF_PHYSICAL) {
-        next = vsNextRow(state.ports, ifNum, &VS_INTERFACE_T::ifNum, any);
-    } else if (type == OPENCLT_IF_LAG) {
-        next = vsNextRow(state.lags, ifNum, &VS_INTERFACE_T::ifNum, any);
-    }
-    return next == nullptr ? 0 : next->ifNum;
+    return vsPort(state, interface.ifNum) != nullptr ? OPENCLT_IF_PHYSICAL : OPENCLT_IF_LAG;
 }
 
-int walk(const VS_CALL_T &call, const void *handle, uint32_t type, uint32_t above, uint32_t *ifNum)
+std::string nameOf(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double)
 {
-    if (call.result != OPENCLT_OK) {
-        return call.result;
+    const VS_PORT_T *port = vsPort(state, interface.ifNum);
+    return port != nullptr ? vsPortName(*port) : vsLagName(*vsLag(state, interface.ifNum));
+}
+
+openclt_usp_t placeOf(const VS_PORT_T &port)
+{
+    return {static_cast<uint8_t>(port.unit), static_cast<uint8_t>(port.slot), static_cast<uint16_t>(port.port)};
+}
+
+// What a link would use is known only while it is up.
+uint32_t speedOf(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now)
+{
+    return vsInterfaceUp(state, interface, now) ? interface.speed : SPEED_AUTO;
+}
+
+uint32_t interfaceCount(const VS_STATE_T &state, const VS_SYSTEM_T &, double)
+{
+    uint32_t lastPort = state.ports.empty() ? 0 : state.ports.back().ifNum;
+    uint32_t lastLag = state.lags.empty() ? 0 : state.lags.back().ifNum;
+    return std::max(lastPort, lastLag) + 1;
+}
+
+// Next interface of a type above ifNum; null at the end.
+const VS_INTERFACE_T *nextOfType(const VS_STATE_T &state, uint32_t type, uint32_t ifNum)
+{
+    if (type == OPENCLT_IF_PHYSICAL) {
+        return vsNextRow(state.ports, ifNum, &VS_INTERFACE_T::ifNum);
     }
-    uint32_t next = nextOfType(call.state(), type, above);
-    return vsNumberOf(call, handle, next == 0 ? nullptr : &next, ifNum, [](uint32_t number) { return number; });
+    return type == OPENCLT_IF_LAG ? vsNextRow(state.lags, ifNum, &VS_INTERFACE_T::ifNum) : nullptr;
 }
 
 // "1/0/5"; "lag 2", also written "lag2", or a LAG by the name that was given to it. Nothing may follow. Null for any
@@ -77,20 +100,20 @@ const VS_INTERFACE_T *byName(const VS_STATE_T &state, const std::string &name)
 }
 
 // The optic that a port reaches: its own, or as a sub-port in use that of its front port. Null when there is none.
-const VS_OPTIC_T *opticOf(const VS_STATE_T &state, const VS_PORT_T &port)
+const VS_OPTIC_T *opticOf(const VS_STATE_T &state, const VS_PORT_T *port)
 {
-    if (port.optic.present) {
-        return &port.optic;
+    if (port == nullptr || port->optic.present) {
+        return port == nullptr ? nullptr : &port->optic;
     }
     const VS_PORT_T *root =
-        port.attached && port.rootPort != 0 ? vsPortAt(state, port.unit, port.slot, port.rootPort) : nullptr;
+        port->attached && port->rootPort != 0 ? vsPortAt(state, port->unit, port->slot, port->rootPort) : nullptr;
     return root != nullptr && root->optic.present ? &root->optic : nullptr;
 }
 
 // To a sub-port its share of the optic is an SFP+.
 uint32_t mediaKind(const VS_STATE_T &state, const VS_PORT_T &port, double)
 {
-    const VS_OPTIC_T *optic = opticOf(state, port);
+    const VS_OPTIC_T *optic = opticOf(state, &port);
     return optic == nullptr ? 0 : port.optic.present ? optic->type : 2;
 }
 
@@ -98,160 +121,45 @@ uint32_t mediaKind(const VS_STATE_T &state, const VS_PORT_T &port, double)
 
 // ---- walks and names ----
 
-int openapiIfFirstGet(openclt_handle_t *handle, uint32_t type, uint32_t *ifNum)
-{
-    return walk({__func__, type}, handle, type, 0, ifNum);
-}
-
-int openapiIfNextGet(openclt_handle_t *handle, uint32_t type, uint32_t ifNum, uint32_t *nextIfNum)
-{
-    return walk({__func__, ifNum}, handle, type, ifNum, nextIfNum);
-}
-
-int openapiIfTypeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *type)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, type,
-                                       [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double) {
-                                           return vsPort(state, interface.ifNum) ? OPENCLT_IF_PHYSICAL : OPENCLT_IF_LAG;
-                                       });
-}
-
-int openapiIfNameGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *name)
-{
-    return vsTextGet<VS_INTERFACE_T>(
-        __func__, handle, ifNum, name, [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double) {
-            const VS_PORT_T *port = vsPort(state, interface.ifNum);
-            return port != nullptr ? vsPortName(*port) : vsLagName(*vsLag(state, interface.ifNum));
-        });
-}
-
-int openapiMaxInterfaceCountGet(openclt_handle_t *handle, uint32_t *count)
-{
-    return vsSystemNumber(__func__, handle, count, [](const VS_STATE_T &state, const VS_SYSTEM_T &, double) {
-        uint32_t lastPort = state.ports.empty() ? 0 : state.ports.back().ifNum;
-        uint32_t lastLag = state.lags.empty() ? 0 : state.lags.back().ifNum;
-        return std::max(lastPort, lastLag) + 1;
-    });
-}
-
-int rpcclt_openapiIfNumGet(openclt_handle_t *handle, openclt_buffer_t *name, uint32_t *ifNum)
-{
-    std::string text = vsUsable(name) ? vsTextIn(name) : std::string();
-    VS_CALL_T call(__func__, text);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (!vsUsable(name)) {
-        return OPENCLT_PARAM;
-    }
-    return vsNumberOf(call, handle, byName(call.state(), text), ifNum, &VS_INTERFACE_T::ifNum);
-}
-
-int rpcclt_openapiIfDescrGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *description)
-{
-    return vsTextGet<VS_INTERFACE_T>(__func__, handle, ifNum, description, &VS_INTERFACE_T::description);
-}
-
-int rpcclt_openapiHashIntfUnitSlotPortGet(openclt_handle_t *handle, uint32_t ifNum, openclt_usp_t *usp)
-{
-    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, usp, [](const VS_PORT_T &port) {
-        return openclt_usp_t{static_cast<uint8_t>(port.unit), static_cast<uint8_t>(port.slot),
-                             static_cast<uint16_t>(port.port)};
-    });
-}
+READS(openapiIfFirstGet, ifNum, nextOfType(call.state(), args.type, 0), &VS_INTERFACE_T::ifNum);
+READS(openapiIfNextGet, nextIfNum, nextOfType(call.state(), args.type, args.ifNum), &VS_INTERFACE_T::ifNum);
+READS(openapiIfTypeGet, type, typeOf);
+READS(openapiIfNameGet, name, nameOf);
+READS(openapiMaxInterfaceCountGet, count, interfaceCount);
+READS(rpcclt_openapiIfNumGet, ifNum, byName(call.state(), vsTextIn(args.name)), &VS_INTERFACE_T::ifNum);
+READS(rpcclt_openapiIfDescrGet, description, &VS_INTERFACE_T::description);
+READS(rpcclt_openapiHashIntfUnitSlotPortGet, usp, placeOf);
 
 // ---- states ----
 
-// What a link would use is known only while it is up.
-int openapiIfSpeedGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *speed)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, speed,
-                                       [](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now) {
-                                           return vsInterfaceUp(state, interface, now) ? interface.speed : SPEED_AUTO;
-                                       });
-}
+READS(openapiIfSpeedGet, speed, speedOf);
+READS(openapiIfLinkStateGet, state, linkState);
+READS(openapiIfAdminStateGet, state, adminState);
+READS(openapiIfOprStateGet, state, operationalState);
+READS(openapiIfAutoNegGet, mode, &VS_PORT_T::autoNeg);
+READS(openapiIfMaxFrameSizeGet, bytes, &VS_INTERFACE_T::frameSize);
+READS(rpcclt_openapiIfStatusGet, status, attached);
+READS(rpcclt_openapiIfEthernetHeaderSizeGet, bytes, &VS_SYSTEM_T::ethernetHeader);
+READS(rpcclt_openapiFlowControlIfModeGet, mode, &VS_PORT_T::flowControl);
 
-int openapiIfLinkStateGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *state)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, state, linkState);
-}
-
-int openapiIfAdminStateGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *state)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, state, [](const VS_INTERFACE_T &interface) {
-        return interface.adminUp ? STATE_ON : STATE_OFF;
-    });
-}
-
-int openapiIfOprStateGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *state)
-{
-    return vsNumberGet<VS_INTERFACE_T>(
-        __func__, handle, ifNum, state, [](const VS_STATE_T &record, const VS_INTERFACE_T &interface, double now) {
-            bool forwards = !interface.stpEnabled || interface.stpState == VS_STP_FORWARDING;
-            return vsInterfaceUp(record, interface, now) && forwards ? STATE_ON : STATE_OFF;
-        });
-}
-
-int openapiIfAutoNegGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
-{
-    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::autoNeg);
-}
-
-int openapiIfMaxFrameSizeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *bytes)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, bytes, &VS_INTERFACE_T::frameSize);
-}
-
-int rpcclt_openapiIfStatusGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *status)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, status, attached);
-}
-
-int rpcclt_openapiIfEthernetHeaderSizeGet(openclt_handle_t *handle, uint32_t *bytes)
-{
-    return vsSystemNumber(__func__, handle, bytes, &VS_SYSTEM_T::ethernetHeader);
-}
-
-int rpcclt_openapiFlowControlIfModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
-{
-    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, mode, &VS_PORT_T::flowControl);
-}
-
-int rpcclt_openapiStormControlIntfModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t stormType, uint32_t *mode)
+ANSWER(rpcclt_openapiStormControlIntfModeGet)
 {
     constexpr uint32_t BROADCAST = 2;
-    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, mode, [stormType](const VS_PORT_T &port) {
-        return stormType == BROADCAST && port.stormControl;
-    });
+    const VS_PORT_T *port = vsPort(call.state(), args.ifNum);
+    return vsRead(call, args.mode, port,
+                  [&](const VS_PORT_T &row) { return args.stormType == BROADCAST && row.stormControl; });
 }
 
-int rpcclt_openapiStatGet(openclt_handle_t *handle, uint32_t counter, uint32_t ifNum, uint64_t *value)
+ANSWER(rpcclt_openapiStatGet)
 {
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, value,
-                                       [counter](const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now) {
-                                           return counterOf(state, interface, counter, now);
-                                       });
+    const VS_INTERFACE_T *interface = vsInterface(call.state(), args.ifNum);
+    return vsRead(call, args.value, interface,
+                  [&](const VS_INTERFACE_T &row) { return counterOf(call.state(), row, args.counter, call.now()); });
 }
 
 // ---- media ----
 
-int rpcclt_openapiBoxsSfpTypeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *sfpType)
-{
-    return vsNumberGet<VS_PORT_T>(__func__, handle, ifNum, sfpType, mediaKind);
-}
-
-int rpcclt_openapiBoxsSfpComplianceGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *compliance)
-{
-    VS_CALL_T call(__func__, ifNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    const VS_PORT_T *port = vsPort(call.state(), ifNum);
-    const VS_OPTIC_T *optic = port != nullptr ? opticOf(call.state(), *port) : nullptr;
-    return vsTextOf(call, handle, optic, compliance, &VS_OPTIC_T::compliance);
-}
-
-int rpcclt_openapiBoxsSfpComplianceSizeGet(openclt_handle_t *handle, uint32_t *size)
-{
-    return vsLimit(__func__, handle, size, COMPLIANCE_SIZE);
-}
+READS(rpcclt_openapiBoxsSfpTypeGet, sfpType, mediaKind);
+READS(rpcclt_openapiBoxsSfpComplianceGet, compliance, opticOf(call.state(), vsPort(call.state(), args.ifNum)),
+      &VS_OPTIC_T::compliance);
+READS(rpcclt_openapiBoxsSfpComplianceSizeGet, size, &COMPLIANCE_SIZE, vsItself);

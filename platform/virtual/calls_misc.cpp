@@ -45,177 +45,117 @@ openclt_snoop_group_t groupOut(const VS_GROUP_T &row)
     return group;
 }
 
-// A number of the mirroring session that is not 0 when there is one.
-int mirrorNumber(const char *name, void *handle, uint32_t session, uint32_t *value, uint32_t VS_MIRROR_T::*number,
-                 bool zeroIsNone)
+// The mirroring session; null when none is configured.
+const VS_MIRROR_T *mirrorOf(const VS_CALL_T &call, uint32_t session)
 {
-    VS_CALL_T call(name, session);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
     const VS_MIRROR_T &mirror = call.state().mirror;
-    bool there = mirror.configured && session == MIRROR_SESSION && (mirror.*number != 0 || !zeroIsNone);
-    return vsNumberOf(call, handle, there ? &mirror : nullptr, value, number);
+    return mirror.configured && session == MIRROR_SESSION ? &mirror : nullptr;
+}
+
+// ... or when it has no such port.
+const VS_MIRROR_T *mirrorWith(const VS_CALL_T &call, uint32_t session, uint32_t VS_MIRROR_T::*port)
+{
+    const VS_MIRROR_T *mirror = mirrorOf(call, session);
+    return mirror != nullptr && mirror->*port != 0 ? mirror : nullptr;
+}
+
+std::string sourceList(const VS_MIRROR_T &mirror)
+{
+    std::string text;
+    for (const VS_MIRROR_SOURCE_T &source : mirror.sources) {
+        text += (text.empty() ? "" : ",") + std::to_string(source.ifNum);
+    }
+    return text;
 }
 
 const VS_PTP_DOMAIN_T *ptpDomain(const VS_CALL_T &call, uint32_t domain)
 {
-    const std::vector<VS_PTP_DOMAIN_T> &all = call.state().ptpDomains;
-    auto found =
-        std::find_if(all.begin(), all.end(), [domain](const VS_PTP_DOMAIN_T &row) { return row.domain == domain; });
-    return found == all.end() ? nullptr : &*found;
+    return vsRowOf(call.state().ptpDomains, &VS_PTP_DOMAIN_T::domain, domain);
 }
 
 } // namespace
 
 // ---- multicast ----
 
-int rpcclt_openapiSnoopingGroupNextGet(openclt_handle_t *handle, uint32_t family, uint32_t,
-                                       openclt_snoop_group_t *group)
+ANSWER(rpcclt_openapiSnoopingGroupNextGet)
 {
-    VS_CALL_T call(__func__, vsAddress(group == nullptr ? 0 : group->groupAddress));
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (group == nullptr || family != OPENCLT_AF_IPV4) {
+    if (args.family != OPENCLT_AF_IPV4) {
         return OPENCLT_PARAM;
     }
-    GROUP_KEY_T previous{group->vlanId, group->groupAddress, group->ifNum};
+    GROUP_KEY_T previous{args.group->vlanId, args.group->groupAddress, args.group->ifNum};
     const VS_GROUP_T *next = vsNextRow(call.state().groups, previous, groupKey, [&](const VS_GROUP_T &row) {
         return vsLearned(call.state(), row.ifNum, row.present, call.now());
     });
-    return vsNumberOf(call, handle, next, group, groupOut);
+    return vsRead(call, args.group, next, groupOut);
 }
 
-int rpcclt_openapiSnoopIntfMrouterStatusGet(openclt_handle_t *handle, uint32_t family, uint32_t ifNum, uint32_t *status)
+ANSWER(rpcclt_openapiSnoopIntfMrouterStatusGet)
 {
-    VS_CALL_T call(__func__, ifNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (family != OPENCLT_AF_IPV4) {
+    if (args.family != OPENCLT_AF_IPV4) {
         return OPENCLT_PARAM;
     }
-    return vsNumberOf(call, handle, vsInterface(call.state(), ifNum), status, &VS_INTERFACE_T::mrouter);
+    return vsRead(call, args.status, &VS_INTERFACE_T::mrouter);
 }
 
 // ---- access lists ----
 
-int rpcclt_openapiAclGet(openclt_handle_t *handle, uint32_t aclType, openclt_buffer_t *name, uint32_t *aclId)
+ANSWER(rpcclt_openapiAclGet)
 {
-    std::string text = vsUsable(name) ? vsTextIn(name) : std::string();
-    VS_CALL_T call(__func__, text);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || !vsUsable(name) || aclId == nullptr || aclType != ACL_IPV4) {
+    if (args.aclType != ACL_IPV4) {
         return OPENCLT_PARAM;
     }
-    for (const VS_ACL_T &acl : call.state().acls) {
-        if (acl.name == text) {
-            *aclId = acl.id;
-            return OPENCLT_OK;
-        }
-    }
-    return OPENCLT_NOT_PRESENT;
+    const VS_ACL_T *acl = vsRowOf(call.state().acls, &VS_ACL_T::name, vsTextIn(args.name));
+    *args.aclId = acl == nullptr ? *args.aclId : acl->id;
+    return acl == nullptr ? OPENCLT_NOT_PRESENT : OPENCLT_OK;
 }
 
-int rpcclt_openapiAclAssignedIntfDirListGet(openclt_handle_t *handle, uint32_t aclId, uint32_t direction,
-                                            openclt_if_list_t *list)
+ANSWER(rpcclt_openapiAclAssignedIntfDirListGet)
 {
-    VS_CALL_T call(__func__, aclId);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || list == nullptr || direction != DIRECTION_IN) {
+    if (args.direction != DIRECTION_IN) {
         return OPENCLT_PARAM;
     }
-    for (const VS_ACL_T &acl : call.state().acls) {
-        if (acl.id != aclId) {
-            continue;
-        }
-        if (acl.interfaces.size() > OPENCLT_IF_LIST_MAX) {
-            return OPENCLT_FAIL;
-        }
-        list->count = static_cast<uint32_t>(acl.interfaces.size());
-        std::copy(acl.interfaces.begin(), acl.interfaces.end(), list->ifNums);
-        return OPENCLT_OK;
+    const VS_ACL_T *acl = vsRowOf(call.state().acls, &VS_ACL_T::id, args.aclId);
+    if (acl == nullptr) {
+        return OPENCLT_NOT_FOUND;
     }
-    return OPENCLT_NOT_FOUND;
+    if (acl->interfaces.size() > OPENCLT_IF_LIST_MAX) {
+        return OPENCLT_FAIL;
+    }
+    args.list->count = static_cast<uint32_t>(acl->interfaces.size());
+    std::copy(acl->interfaces.begin(), acl->interfaces.end(), args.list->ifNums);
+    return OPENCLT_OK;
 }
 
 // ---- port mirroring ----
 
-int rpcclt_openapiSwPortMonitorModeGet(openclt_handle_t *handle, uint32_t session, uint32_t *mode)
-{
-    return mirrorNumber(__func__, handle, session, mode, &VS_MIRROR_T::mode, false);
-}
+READS(rpcclt_openapiSwPortMonitorModeGet, mode, mirrorOf(call, args.session), &VS_MIRROR_T::mode);
+READS(rpcclt_openapiSwPortMonitorDestPortGet, ifNum, mirrorWith(call, args.session, &VS_MIRROR_T::destination),
+      &VS_MIRROR_T::destination);
+READS(rpcclt_openapiSwMonitorReflectorPortGet, ifNum, mirrorWith(call, args.session, &VS_MIRROR_T::reflector),
+      &VS_MIRROR_T::reflector);
+READS(rpcclt_openapiSwPortMonitorSourcePortsListGet, list, mirrorOf(call, args.session), sourceList);
 
-int rpcclt_openapiSwPortMonitorDestPortGet(openclt_handle_t *handle, uint32_t session, uint32_t *ifNum)
+ANSWER(rpcclt_openapiMirrorSourcePortDirectionGet)
 {
-    return mirrorNumber(__func__, handle, session, ifNum, &VS_MIRROR_T::destination, true);
-}
-
-int rpcclt_openapiSwMonitorReflectorPortGet(openclt_handle_t *handle, uint32_t session, uint32_t *ifNum)
-{
-    return mirrorNumber(__func__, handle, session, ifNum, &VS_MIRROR_T::reflector, true);
-}
-
-int rpcclt_openapiSwPortMonitorSourcePortsListGet(openclt_handle_t *handle, uint32_t session, openclt_buffer_t *list)
-{
-    VS_CALL_T call(__func__, session);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
+    const VS_MIRROR_T *mirror = mirrorOf(call, args.session);
+    if (mirror == nullptr) {
+        return OPENCLT_NOT_FOUND;
     }
-    const VS_MIRROR_T &mirror = call.state().mirror;
-    bool there = mirror.configured && session == MIRROR_SESSION;
-    return vsTextOf(call, handle, there ? &mirror : nullptr, list, [](const VS_MIRROR_T &row) {
-        std::string text;
-        for (const VS_MIRROR_SOURCE_T &source : row.sources) {
-            text += (text.empty() ? "" : ",") + std::to_string(source.ifNum);
-        }
-        return text;
-    });
-}
-
-int rpcclt_openapiMirrorSourcePortDirectionGet(openclt_handle_t *handle, uint32_t session, uint32_t ifNum,
-                                               uint32_t *direction)
-{
-    VS_CALL_T call(__func__, ifNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    const VS_MIRROR_T &mirror = call.state().mirror;
-    auto found = std::find_if(mirror.sources.begin(), mirror.sources.end(),
-                              [ifNum](const VS_MIRROR_SOURCE_T &row) { return row.ifNum == ifNum; });
-    bool there = mirror.configured && session == MIRROR_SESSION && found != mirror.sources.end();
-    return vsNumberOf(call, handle, there ? &*found : nullptr, direction, &VS_MIRROR_SOURCE_T::direction);
+    return vsRead(call, args.direction, vsRowOf(mirror->sources, &VS_MIRROR_SOURCE_T::ifNum, args.ifNum),
+                  &VS_MIRROR_SOURCE_T::direction);
 }
 
 // ---- PTP ----
 
-int rpcclt_openapiPtpTcAdminModeGet(openclt_handle_t *handle, uint32_t *mode)
-{
-    return vsSystemNumber(__func__, handle, mode, &VS_SYSTEM_T::ptpTransparent);
-}
+READS(rpcclt_openapiPtpTcAdminModeGet, mode, &VS_SYSTEM_T::ptpTransparent);
 
-int rpcclt_openapiLinuxptpIsDomainExists(openclt_handle_t *handle, uint32_t domain, uint32_t *exists)
+ANSWER(rpcclt_openapiLinuxptpIsDomainExists)
 {
-    VS_CALL_T call(__func__, domain);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (domain >= PTP_DOMAINS) {
+    if (args.domain >= PTP_DOMAINS) {
         return OPENCLT_PARAM;
     }
-    return vsNumberOf(call, handle, &call.state(), exists,
-                      [&](const VS_STATE_T &) { return ptpDomain(call, domain) != nullptr; });
+    *args.exists = ptpDomain(call, args.domain) != nullptr;
+    return OPENCLT_OK;
 }
 
-int rpcclt_openapiLinuxptpDomainVlanGet(openclt_handle_t *handle, uint32_t domain, uint32_t *vlanId)
-{
-    VS_CALL_T call(__func__, domain);
-    return call.result != OPENCLT_OK
-               ? call.result
-               : vsNumberOf(call, handle, ptpDomain(call, domain), vlanId, &VS_PTP_DOMAIN_T::vlan);
-}
+READS(rpcclt_openapiLinuxptpDomainVlanGet, vlanId, ptpDomain(call, args.domain), &VS_PTP_DOMAIN_T::vlan);

@@ -40,148 +40,91 @@ const VS_LLDP_T *remote(const VS_CALL_T &call, uint32_t ifNum, uint32_t index)
     return there ? &*found : nullptr;
 }
 
-int remoteText(const char *name, void *handle, uint32_t ifNum, uint32_t index, openclt_buffer_t *text,
-               std::string VS_LLDP_T::*read)
+// A chassis or port id with its subtype.
+template <typename ARGS>
+int idRead(const VS_CALL_T &call, const ARGS &args, openclt_buffer_t *text, std::string VS_LLDP_T::*id,
+           uint32_t VS_LLDP_T::*subtype)
 {
-    VS_CALL_T call(name, ifNum);
-    return call.result != OPENCLT_OK ? call.result : vsTextOf(call, handle, remote(call, ifNum, index), text, read);
+    const VS_LLDP_T *device = remote(call, args.ifNum, args.index);
+    int result = vsRead(call, text, device, id);
+    return result != OPENCLT_OK ? result : vsRead(call, args.subtype, device, subtype);
 }
 
-// A chassis or port id with its subtype.
-int remoteId(const char *name, void *handle, uint32_t ifNum, uint32_t index, uint32_t *subtype, openclt_buffer_t *id,
-             uint32_t VS_LLDP_T::*subtypeOf, std::string VS_LLDP_T::*idOf)
+openclt_arp_entry_t arpOut(const VS_ARP_T &row)
 {
-    VS_CALL_T call(name, ifNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (subtype == nullptr) {
-        return OPENCLT_PARAM;
-    }
-    const VS_LLDP_T *device = remote(call, ifNum, index);
-    int result = vsTextOf(call, handle, device, id, idOf);
-    *subtype = result == OPENCLT_OK && device != nullptr ? device->*subtypeOf : *subtype;
-    return result;
+    openclt_arp_entry_t entry = {};
+    uint32_t address = htonl(row.address);
+    entry.ifNum = VS_ROUTING_BASE + row.vlan;
+    entry.address.family = OPENCLT_AF_IPV4;
+    memcpy(entry.address.bytes, &address, sizeof address);
+    (void)vsMacBytes(row.mac, entry.mac); // an incomplete entry has no MAC: zeroes
+    return entry;
 }
 
 } // namespace
 
 // ---- forwarding database and ARP ----
 
-int rpcclt_openapiFdbEntryNextGet(openclt_handle_t *handle, openclt_buffer_t *mac, uint32_t *vlanId, uint32_t *ifNum,
-                                  uint32_t *entryType)
+ANSWER(rpcclt_openapiFdbEntryNextGet)
 {
-    std::string previous = vsUsable(mac) ? vsTextIn(mac) : std::string();
-    VS_CALL_T call(__func__, previous);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || !vsUsable(mac) || vlanId == nullptr || ifNum == nullptr || entryType == nullptr) {
-        return OPENCLT_PARAM;
-    }
-    const VS_FDB_T *next = vsNextRow(call.state().fdb, FDB_KEY_T{*vlanId, previous}, fdbKey, [&](const VS_FDB_T &row) {
+    FDB_KEY_T previous{*args.vlanId, vsTextIn(args.mac)};
+    const VS_FDB_T *next = vsNextRow(call.state().fdb, previous, fdbKey, [&](const VS_FDB_T &row) {
         return vsLearned(call.state(), row.ifNum, row.present, call.now());
     });
-    if (next == nullptr) {
-        return OPENCLT_NOT_FOUND;
+    int result = vsRead(call, args.mac, next, &VS_FDB_T::mac);
+    if (result == OPENCLT_OK) {
+        *args.vlanId = next->vlan;
+        *args.ifNum = next->ifNum;
+        *args.entryType = next->learned ? FDB_LEARNED : FDB_MANAGEMENT;
     }
-    int result = vsTextOut(next->mac, mac);
-    if (result != OPENCLT_OK) {
-        return result;
-    }
-    *vlanId = next->vlan;
-    *ifNum = next->ifNum;
-    *entryType = next->learned ? FDB_LEARNED : FDB_MANAGEMENT;
-    return OPENCLT_OK;
+    return result;
 }
 
-int rpcclt_openapiArpEntryNextGet(openclt_handle_t *handle, openclt_arp_entry_t *entry)
+ANSWER(rpcclt_openapiArpEntryNextGet)
 {
-    uint32_t previous = 0;
-    if (entry != nullptr) {
-        memcpy(&previous, entry->address.bytes, sizeof previous);
-        previous = ntohl(previous);
-    }
-    VS_CALL_T call(__func__, vsAddress(previous));
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    return vsNumberOf(call, handle,
-                      vsNextRow(call.state().arp, previous, &VS_ARP_T::address,
-                                [&](const VS_ARP_T &row) { return vsWindowOpen(row.present, call.now()); }),
-                      entry, [](const VS_ARP_T &row) {
-                          openclt_arp_entry_t next = {};
-                          uint32_t address = htonl(row.address);
-                          next.ifNum = VS_ROUTING_BASE + row.vlan;
-                          next.address.family = OPENCLT_AF_IPV4;
-                          memcpy(next.address.bytes, &address, sizeof address);
-                          (void)vsMacBytes(row.mac, next.mac); // an incomplete entry has no MAC: zeroes
-                          return next;
-                      });
+    uint32_t previous;
+    memcpy(&previous, args.entry->address.bytes, sizeof previous);
+    const VS_ARP_T *next = vsNextRow(call.state().arp, ntohl(previous), &VS_ARP_T::address,
+                                     [&](const VS_ARP_T &row) { return vsWindowOpen(row.present, call.now()); });
+    return vsRead(call, args.entry, next, arpOut);
 }
 
 // ---- LLDP ----
 
-int rpcclt_openapiLldpMgmtStrLenGet(openclt_handle_t *handle, uint32_t *length)
+READS(rpcclt_openapiLldpMgmtStrLenGet, length, &LLDP_TEXT_SIZE, vsItself);
+
+ANSWER(rpcclt_openapiLldpIntfRemoteDeviceNextGet)
 {
-    return vsLimit(__func__, handle, length, LLDP_TEXT_SIZE);
+    LLDP_KEY_T previous{args.ifNum, args.previousIndex};
+    const VS_LLDP_T *next = vsNextRow(call.state().lldp, previous, lldpKey, [&](const VS_LLDP_T &row) {
+        return vsLearned(call.state(), row.ifNum, row.present, call.now());
+    });
+    bool same = next != nullptr && next->ifNum == args.ifNum;
+    return vsRead(call, args.index, same ? next : nullptr, &VS_LLDP_T::index);
 }
 
-int rpcclt_openapiLldpIntfRemoteDeviceNextGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t previousIndex,
-                                              uint32_t *index)
+ANSWER(rpcclt_openapiLldpIntfRemoteDeviceChassisIdGet)
 {
-    VS_CALL_T call(__func__, ifNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
+    return idRead(call, args, args.chassisId, &VS_LLDP_T::chassisId, &VS_LLDP_T::chassisSubtype);
+}
+
+ANSWER(rpcclt_openapiLldpIntfRemoteDevicePortIdGet)
+{
+    return idRead(call, args, args.portId, &VS_LLDP_T::portId, &VS_LLDP_T::portSubtype);
+}
+
+READS(rpcclt_openapiLldpIntfRemoteDeviceSystemNameGet, name, remote(call, args.ifNum, args.index),
+      &VS_LLDP_T::systemName);
+READS(rpcclt_openapiLldpIntfRemoteDeviceSystemDescGet, description, remote(call, args.ifNum, args.index),
+      &VS_LLDP_T::systemDescription);
+
+ANSWER(rpcclt_openapiLldpIntfRemoteDeviceMgmtAddressNextGet)
+{
+    const VS_LLDP_T *device = remote(call, args.ifNum, args.index);
+    if (device == nullptr || *args.entry >= device->addresses.size()) {
+        return OPENCLT_NOT_FOUND;
     }
-    const VS_LLDP_T *next =
-        vsNextRow(call.state().lldp, LLDP_KEY_T{ifNum, previousIndex}, lldpKey,
-                  [&](const VS_LLDP_T &row) { return vsLearned(call.state(), row.ifNum, row.present, call.now()); });
-    bool same = next != nullptr && next->ifNum == ifNum;
-    return vsNumberOf(call, handle, same ? next : nullptr, index, &VS_LLDP_T::index);
-}
-
-int rpcclt_openapiLldpIntfRemoteDeviceChassisIdGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t index,
-                                                   uint32_t *subtype, openclt_buffer_t *chassisId)
-{
-    return remoteId(__func__, handle, ifNum, index, subtype, chassisId, &VS_LLDP_T::chassisSubtype,
-                    &VS_LLDP_T::chassisId);
-}
-
-int rpcclt_openapiLldpIntfRemoteDevicePortIdGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t index,
-                                                uint32_t *subtype, openclt_buffer_t *portId)
-{
-    return remoteId(__func__, handle, ifNum, index, subtype, portId, &VS_LLDP_T::portSubtype, &VS_LLDP_T::portId);
-}
-
-int rpcclt_openapiLldpIntfRemoteDeviceSystemNameGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t index,
-                                                    openclt_buffer_t *name)
-{
-    return remoteText(__func__, handle, ifNum, index, name, &VS_LLDP_T::systemName);
-}
-
-int rpcclt_openapiLldpIntfRemoteDeviceSystemDescGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t index,
-                                                    openclt_buffer_t *description)
-{
-    return remoteText(__func__, handle, ifNum, index, description, &VS_LLDP_T::systemDescription);
-}
-
-int rpcclt_openapiLldpIntfRemoteDeviceMgmtAddressNextGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t index,
-                                                         uint32_t *entry, openclt_buffer_t *address)
-{
-    VS_CALL_T call(__func__, ifNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (entry == nullptr) {
-        return OPENCLT_PARAM;
-    }
-    const VS_LLDP_T *device = remote(call, ifNum, index);
-    const std::string *text = nullptr;
-    if (device != nullptr && *entry < device->addresses.size()) {
-        text = &device->addresses[*entry];
-    }
-    int result = vsTextOf(call, handle, text, address, [](const std::string &row) { return row; });
-    *entry += result == OPENCLT_OK ? 1 : 0;
+    int result = vsTextOut(device->addresses[*args.entry], args.address);
+    *args.entry += result == OPENCLT_OK ? 1 : 0;
     return result;
 }

@@ -55,174 +55,87 @@ std::string zoneText(const VS_SYSTEM_T &system)
     return vsFormat("UTC%c%d:%02d", system.utcOffset < 0 ? '-' : '+', offset / 60, offset % 60);
 }
 
+openclt_api_version_t apiVersion(const VS_SYSTEM_T &system)
+{
+    const uint32_t *part = system.apiVersion;
+    return {static_cast<uint8_t>(part[0]), static_cast<uint8_t>(part[1]), static_cast<uint8_t>(part[2]),
+            static_cast<uint8_t>(part[3])};
+}
+
+uint32_t slotCode(const VS_SLOT_T &slot)
+{
+    return cardCode(slot.model);
+}
+
 } // namespace
 
 // ---- session ----
 
-int openapiClientRegister(const char *clientName, openclt_handle_t *handle)
+ANSWER(openapiClientRegister)
 {
-    VS_CALL_T call(__func__, clientName == nullptr ? std::string() : std::string(clientName));
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (clientName == nullptr || handle == nullptr || strnlen(clientName, CLIENT_NAME_MAX + 1) > CLIENT_NAME_MAX) {
+    if (strnlen(args.clientName, CLIENT_NAME_MAX + 1) > CLIENT_NAME_MAX) {
         return OPENCLT_PARAM;
     }
-    *handle = {};
-    handle->opaque[0] = 1;
+    *args.handle = {};
+    args.handle->opaque[0] = 1;
     return OPENCLT_OK;
 }
 
-int rpcclt_openapiConnectivityCheck(openclt_handle_t *handle)
+ANSWER(rpcclt_openapiConnectivityCheck)
 {
-    VS_CALL_T call(__func__);
-    return call.result == OPENCLT_OK && handle == nullptr ? static_cast<int>(OPENCLT_PARAM) : call.result;
+    return OPENCLT_OK;
 }
 
 // ---- system ----
 
-int rpcclt_openapiNetworkOSVersionGet(openclt_handle_t *handle, openclt_buffer_t *version)
+READS(rpcclt_openapiNetworkOSVersionGet, version, &VS_SYSTEM_T::osVersion);
+READS(rpcclt_openapiApiVersionGet, version, apiVersion);
+READS(rpcclt_openapiSystemNameMaxSizeGet, size, &NAME_SIZE, vsItself);
+READS(rpcclt_openapiSystemNameGet, name, &VS_SYSTEM_T::name);
+
+ANSWER(rpcclt_openapiSystemMacAddrGet)
 {
-    return vsSystemText(__func__, handle, version, &VS_SYSTEM_T::osVersion);
+    uint8_t bytes[VS_MAC_BYTES];
+    return vsMacBytes(call.state().system.mac, bytes) ? vsBytesOut(bytes, sizeof bytes, args.mac) : OPENCLT_FAIL;
 }
 
-int rpcclt_openapiApiVersionGet(openclt_handle_t *handle, openclt_api_version_t *version)
-{
-    return vsSystemNumber(__func__, handle, version, [](const VS_SYSTEM_T &system) {
-        const uint32_t *part = system.apiVersion;
-        return openclt_api_version_t{static_cast<uint8_t>(part[0]), static_cast<uint8_t>(part[1]),
-                                     static_cast<uint8_t>(part[2]), static_cast<uint8_t>(part[3])};
-    });
-}
-
-int rpcclt_openapiSystemNameMaxSizeGet(openclt_handle_t *handle, uint32_t *size)
-{
-    return vsLimit(__func__, handle, size, NAME_SIZE);
-}
-
-int rpcclt_openapiSystemNameGet(openclt_handle_t *handle, openclt_buffer_t *name)
-{
-    return vsSystemText(__func__, handle, name, &VS_SYSTEM_T::name);
-}
-
-int rpcclt_openapiSystemMacAddrGet(openclt_handle_t *handle, openclt_buffer_t *mac)
-{
-    VS_CALL_T call(__func__);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || !vsUsable(mac)) {
-        return OPENCLT_PARAM;
-    }
-    uint8_t bytes[6];
-    return vsMacBytes(call.state().system.mac, bytes) ? vsBytesOut(bytes, sizeof bytes, mac) : OPENCLT_FAIL;
-}
-
-int rpcclt_openapiSystemRegMachineModelGet(openclt_handle_t *handle, openclt_buffer_t *model)
-{
-    VS_CALL_T call(__func__);
-    return call.result != OPENCLT_OK ? call.result
-                                     : vsTextOf(call, handle, managingUnit(call), model, &VS_UNIT_T::model);
-}
-
-int rpcclt_openapiSystemLocalUnitGet(openclt_handle_t *handle, uint32_t *unit)
-{
-    return vsSystemNumber(__func__, handle, unit, &VS_SYSTEM_T::localUnit);
-}
-
-int rpcclt_openapiBootCodeVersion(openclt_handle_t *handle, openclt_buffer_t *version)
-{
-    return vsSystemText(__func__, handle, version, &VS_SYSTEM_T::bootVersion);
-}
-
-int rpcclt_openapiClockGet(openclt_handle_t *handle, openclt_buffer_t *dateTime)
-{
-    return vsSystemText(__func__, handle, dateTime, localClock);
-}
-
-int rpcclt_openapiTimeZoneGet(openclt_handle_t *handle, openclt_buffer_t *zone)
-{
-    return vsSystemText(__func__, handle, zone, zoneText);
-}
+READS(rpcclt_openapiSystemRegMachineModelGet, model, managingUnit(call), &VS_UNIT_T::model);
+READS(rpcclt_openapiSystemLocalUnitGet, unit, &VS_SYSTEM_T::localUnit);
+READS(rpcclt_openapiBootCodeVersion, version, &VS_SYSTEM_T::bootVersion);
+READS(rpcclt_openapiClockGet, dateTime, localClock);
+READS(rpcclt_openapiTimeZoneGet, zone, zoneText);
 
 // ---- units, cards and hardware ----
 
-int rpcclt_openapiUnitMgrStackMemberGetNext(openclt_handle_t *handle, uint32_t previousUnit, uint32_t *unit)
-{
-    return vsNextNumber(__func__, handle, previousUnit, unit, &VS_STATE_T::units, &VS_UNIT_T::unit,
-                        [](const VS_UNIT_T &row, double now) { return vsWindowOpen(row.present, now); });
-}
-
-int rpcclt_openapiUnitMgrNumberGet(openclt_handle_t *handle, uint32_t *unit)
-{
-    VS_CALL_T call(__func__);
-    return call.result != OPENCLT_OK ? call.result
-                                     : vsNumberOf(call, handle, managingUnit(call), unit, &VS_UNIT_T::unit);
-}
-
+READS(rpcclt_openapiUnitMgrStackMemberGetNext, unit,
+      vsNextRow(call.state().units, args.previousUnit, &VS_UNIT_T::unit,
+                [&](const VS_UNIT_T &row) { return vsWindowOpen(row.present, call.now()); }),
+      &VS_UNIT_T::unit);
+READS(rpcclt_openapiUnitMgrNumberGet, unit, managingUnit(call), &VS_UNIT_T::unit);
 // What a unit is configured as is known while it is away, as in "show switch".
-int rpcclt_openapiUnitMgrPreconfigModelIdGet(openclt_handle_t *handle, uint32_t unit, openclt_buffer_t *model)
-{
-    VS_CALL_T call(__func__, unit);
-    return call.result != OPENCLT_OK ? call.result
-                                     : vsTextOf(call, handle, vsUnit(call.state(), unit), model, &VS_UNIT_T::model);
-}
+READS(rpcclt_openapiUnitMgrPreconfigModelIdGet, model, vsUnit(call.state(), args.unit), &VS_UNIT_T::model);
 
-int rpcclt_openapiCardTypeGet(openclt_handle_t *handle, uint32_t unit, uint32_t slot, uint32_t *cardType)
+ANSWER(rpcclt_openapiCardTypeGet)
 {
-    VS_CALL_T call(__func__, unit);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    const VS_UNIT_T *owner = vsFind<VS_UNIT_T>(call.state(), unit, call.now());
-    const VS_SLOT_T *found = nullptr;
-    if (owner != nullptr) {
-        auto at = std::find_if(owner->slots.begin(), owner->slots.end(),
-                               [slot](const VS_SLOT_T &row) { return row.slot == slot; });
-        found = at == owner->slots.end() ? nullptr : &*at;
-    }
-    if (found != nullptr && !found->model.empty() && cardCode(found->model) == 0) {
+    const VS_UNIT_T *owner = vsFind<VS_UNIT_T>(call.state(), args.unit, call.now());
+    const VS_SLOT_T *slot = owner != nullptr ? vsRowOf(owner->slots, &VS_SLOT_T::slot, args.slot) : nullptr;
+    if (slot != nullptr && !slot->model.empty() && cardCode(slot->model) == 0) {
         return OPENCLT_FAIL; // a card that the platform has no code for
     }
-    return vsNumberOf(call, handle, found, cardType, [](const VS_SLOT_T &row) { return cardCode(row.model); });
+    return vsRead(call, args.cardType, slot, slotCode);
 }
 
-int rpcclt_openapiCardSupportedCardModelIdGet(openclt_handle_t *handle, uint32_t cardType, openclt_buffer_t *model)
-{
-    VS_CALL_T call(__func__, cardType);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    const char *const *found = nullptr;
-    if (cardType >= 1 && cardType <= std::size(CARD_MODELS)) {
-        found = &CARD_MODELS[cardType - 1];
-    }
-    return vsTextOf(call, handle, found, model, [](const char *text) { return std::string(text); });
-}
-
-int rpcclt_openapiBoxsFanControlModeGet(openclt_handle_t *handle, uint32_t *mode)
-{
-    return vsSystemNumber(__func__, handle, mode, &VS_SYSTEM_T::fanMode);
-}
+READS(rpcclt_openapiCardSupportedCardModelIdGet, model,
+      args.cardType - 1 < std::size(CARD_MODELS) ? &CARD_MODELS[args.cardType - 1] : nullptr, vsItself);
+READS(rpcclt_openapiBoxsFanControlModeGet, mode, &VS_SYSTEM_T::fanMode);
 
 // ---- images and logging ----
 
-int rpcclt_openapiImageFileNameMaxLengthGet(openclt_handle_t *handle, uint32_t *length)
-{
-    return vsLimit(__func__, handle, length, NAME_SIZE);
-}
+READS(rpcclt_openapiImageFileNameMaxLengthGet, length, &NAME_SIZE, vsItself);
 
-int rpcclt_openapiImageNamesGet(openclt_handle_t *handle, uint32_t unit, openclt_buffer_t *active,
-                                openclt_buffer_t *backup, openclt_buffer_t *activated)
+ANSWER(rpcclt_openapiImageNamesGet)
 {
-    VS_CALL_T call(__func__, unit);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || !vsUsable(active) || !vsUsable(backup) || !vsUsable(activated)) {
-        return OPENCLT_PARAM;
-    }
-    const VS_UNIT_T *owner = vsFind<VS_UNIT_T>(call.state(), unit, call.now());
+    const VS_UNIT_T *owner = vsFind<VS_UNIT_T>(call.state(), args.unit, call.now());
     if (owner == nullptr) {
         return OPENCLT_NOT_FOUND;
     }
@@ -231,56 +144,31 @@ int rpcclt_openapiImageNamesGet(openclt_handle_t *handle, uint32_t unit, openclt
     auto nameOf = [owner](const std::string &named, const std::string &column) {
         return owner->management && !named.empty() ? named : column;
     };
-    int results[] = {vsTextOut(nameOf(system.activeImage, owner->images[0]), active),
-                     vsTextOut(nameOf(system.backupImage, owner->images[1]), backup),
-                     vsTextOut(nameOf(system.activatedImage, owner->images[3]), activated)};
+    int results[] = {vsTextOut(nameOf(system.activeImage, owner->images[0]), args.active),
+                     vsTextOut(nameOf(system.backupImage, owner->images[1]), args.backup),
+                     vsTextOut(nameOf(system.activatedImage, owner->images[3]), args.activated)};
     return *std::min_element(std::begin(results), std::end(results));
 }
 
-int rpcclt_openapiImageLabelsGet(openclt_handle_t *handle, openclt_buffer_t *active, openclt_buffer_t *backup)
+ANSWER(rpcclt_openapiImageLabelsGet)
 {
-    VS_CALL_T call(__func__);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || !vsUsable(active) || !vsUsable(backup)) {
-        return OPENCLT_PARAM;
-    }
-    int result = vsTextOut(call.state().system.activeLabel, active);
-    return result != OPENCLT_OK ? result : vsTextOut(call.state().system.backupLabel, backup);
+    int result = vsTextOut(call.state().system.activeLabel, args.active);
+    return result != OPENCLT_OK ? result : vsTextOut(call.state().system.backupLabel, args.backup);
 }
 
-int rpcclt_openapiBufferedLogEntryNextGet(openclt_handle_t *handle, uint32_t *index, openclt_buffer_t *entry)
+ANSWER(rpcclt_openapiBufferedLogEntryNextGet)
 {
     // The cursor counts down from 0 and wraps: a caller that takes it for a rising number shows one entry.
-    const uint32_t at = index == nullptr ? 0 : 0U - *index;
-    VS_CALL_T call(__func__, at);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || index == nullptr || !vsUsable(entry)) {
-        return OPENCLT_PARAM;
-    }
     const std::vector<std::string> &log = call.state().log;
+    const uint32_t at = 0U - *args.index;
     if (at >= log.size()) {
         return OPENCLT_NOT_FOUND;
     }
-    int result = vsTextOut(log[at], entry);
-    *index -= result == OPENCLT_OK ? 1 : 0;
+    int result = vsTextOut(log[at], args.entry);
+    *args.index -= result == OPENCLT_OK ? 1 : 0;
     return result;
 }
 
-int rpcclt_openapiCliCmdLoggingModeGet(openclt_handle_t *handle, uint32_t *mode)
-{
-    return vsSystemNumber(__func__, handle, mode, &VS_SYSTEM_T::commandLogging);
-}
-
-int rpcclt_openapiConsoleLoggingModeGet(openclt_handle_t *handle, uint32_t *mode)
-{
-    return vsSystemNumber(__func__, handle, mode, &VS_SYSTEM_T::consoleLogging);
-}
-
-int rpcclt_openapiConsoleLoggingSeverityGet(openclt_handle_t *handle, uint32_t *severity)
-{
-    return vsSystemNumber(__func__, handle, severity, &VS_SYSTEM_T::consoleSeverity);
-}
+READS(rpcclt_openapiCliCmdLoggingModeGet, mode, &VS_SYSTEM_T::commandLogging);
+READS(rpcclt_openapiConsoleLoggingModeGet, mode, &VS_SYSTEM_T::consoleLogging);
+READS(rpcclt_openapiConsoleLoggingSeverityGet, severity, &VS_SYSTEM_T::consoleSeverity);

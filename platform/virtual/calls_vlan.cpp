@@ -10,11 +10,6 @@ namespace {
 
 constexpr uint32_t VLAN_NAME_SIZE = 33;
 
-bool anyVlan(const VS_VLAN_T &, double)
-{
-    return true;
-}
-
 uint32_t routingNumber(const VS_VLAN_T &vlan)
 {
     return VS_ROUTING_BASE + vlan.id;
@@ -31,52 +26,23 @@ const VS_VLAN_T *routingVlan(const VS_CALL_T &call, uint32_t rtrIfNum)
 
 // ---- VLANs ----
 
-int openapiVlanIfPvidGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *vlanId)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, vlanId, &VS_INTERFACE_T::pvid);
-}
+READS(openapiVlanIfPvidGet, vlanId, &VS_INTERFACE_T::pvid);
 
 // An answer, not a result: a fault shows as the non-zero number that it is.
-int openapiVlanIsStatic(openclt_handle_t *handle, uint32_t vlanId)
+ANSWER(openapiVlanIsStatic)
 {
-    VS_CALL_T call(__func__, vlanId);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    const VS_VLAN_T *vlan = vsVlan(call.state(), vlanId);
-    return handle != nullptr && vlan != nullptr && vlan->isStatic;
+    const VS_VLAN_T *vlan = vsVlan(call.state(), args.vlanId);
+    return vlan != nullptr && vlan->isStatic;
 }
 
-int openapiVlanNextGet(openclt_handle_t *handle, uint32_t previousVlanId, uint32_t *vlanId)
-{
-    return vsNextNumber(__func__, handle, previousVlanId, vlanId, &VS_STATE_T::vlans, &VS_VLAN_T::id, anyVlan);
-}
+READS(openapiVlanNextGet, vlanId, vsNextRow(call.state().vlans, args.previousVlanId, &VS_VLAN_T::id), &VS_VLAN_T::id);
+READS(rpcclt_openapiVlanNameLenGet, length, &VLAN_NAME_SIZE, vsItself);
+READS(rpcclt_openapiVlanNameGet, name, &VS_VLAN_T::name);
+READS(rpcclt_openapiDot1qSwPortModeGet, mode, &VS_INTERFACE_T::switchMode);
 
-int rpcclt_openapiVlanNameLenGet(openclt_handle_t *handle, uint32_t *length)
+ANSWER(rpcclt_openapiDot1qSwPortTaggedVlanListGet)
 {
-    return vsLimit(__func__, handle, length, VLAN_NAME_SIZE);
-}
-
-int rpcclt_openapiVlanNameGet(openclt_handle_t *handle, uint32_t vlanId, openclt_buffer_t *name)
-{
-    return vsTextGet<VS_VLAN_T>(__func__, handle, vlanId, name, &VS_VLAN_T::name);
-}
-
-int rpcclt_openapiDot1qSwPortModeGet(openclt_handle_t *handle, uint32_t ifNum, uint32_t *mode)
-{
-    return vsNumberGet<VS_INTERFACE_T>(__func__, handle, ifNum, mode, &VS_INTERFACE_T::switchMode);
-}
-
-int rpcclt_openapiDot1qSwPortTaggedVlanListGet(openclt_handle_t *handle, uint32_t ifNum, openclt_buffer_t *list)
-{
-    VS_CALL_T call(__func__, ifNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || !vsUsable(list)) {
-        return OPENCLT_PARAM;
-    }
-    const VS_INTERFACE_T *interface = vsInterface(call.state(), ifNum);
+    const VS_INTERFACE_T *interface = vsInterface(call.state(), args.ifNum);
     if (interface == nullptr) {
         return OPENCLT_NOT_FOUND;
     }
@@ -88,70 +54,34 @@ int rpcclt_openapiDot1qSwPortTaggedVlanListGet(openclt_handle_t *handle, uint32_
     answer.count = static_cast<uint32_t>(tagged.size());
     std::copy(tagged.begin(), tagged.end(), answer.ids);
     size_t used = offsetof(openclt_vlan_list_t, ids) + tagged.size() * sizeof answer.ids[0];
-    return vsBytesOut(&answer, static_cast<uint32_t>(used), list);
+    return vsBytesOut(&answer, static_cast<uint32_t>(used), args.list);
 }
 
 // ---- routing interfaces ----
 
-int rpcclt_openapiRtrIntfNextGet(openclt_handle_t *handle, uint32_t previous, uint32_t *rtrIfNum)
-{
-    VS_CALL_T call(__func__, previous);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    const VS_VLAN_T *next =
-        vsNextRow(call.state().vlans, previous, routingNumber, [](const VS_VLAN_T &vlan) { return vlan.routed; });
-    return vsNumberOf(call, handle, next, rtrIfNum, routingNumber);
-}
+READS(rpcclt_openapiRtrIntfNextGet, rtrIfNum,
+      vsNextRow(call.state().vlans, args.previous, routingNumber, [](const VS_VLAN_T &vlan) { return vlan.routed; }),
+      routingNumber);
+READS(rpcclt_openapiRtrIntfVlanIdGet, vlanId, routingVlan(call, args.rtrIfNum), &VS_VLAN_T::id);
 
-int rpcclt_openapiRtrIntfVlanIdGet(openclt_handle_t *handle, uint32_t rtrIfNum, uint32_t *vlanId)
+ANSWER(rpcclt_openapiRtrIntfIpAddrGet)
 {
-    VS_CALL_T call(__func__, rtrIfNum);
-    return call.result != OPENCLT_OK ? call.result
-                                     : vsNumberOf(call, handle, routingVlan(call, rtrIfNum), vlanId, &VS_VLAN_T::id);
-}
-
-int rpcclt_openapiRtrIntfIpAddrGet(openclt_handle_t *handle, uint32_t family, uint32_t rtrIfNum, uint32_t *address,
-                                   uint32_t *prefixLength)
-{
-    VS_CALL_T call(__func__, rtrIfNum);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || address == nullptr || prefixLength == nullptr || family != OPENCLT_AF_IPV4) {
+    if (args.family != OPENCLT_AF_IPV4) {
         return OPENCLT_PARAM;
     }
-    const VS_VLAN_T *vlan = routingVlan(call, rtrIfNum);
-    if (vlan == nullptr) {
-        return OPENCLT_NOT_FOUND;
-    }
-    *address = vlan->address;
-    *prefixLength = vlan->prefixLength;
-    return OPENCLT_OK;
+    const VS_VLAN_T *vlan = routingVlan(call, args.rtrIfNum);
+    int result = vsRead(call, args.address, vlan, &VS_VLAN_T::address);
+    return result != OPENCLT_OK ? result : vsRead(call, args.prefixLength, vlan, &VS_VLAN_T::prefixLength);
 }
 
 // ---- service port ----
 
-int rpcclt_openapiServicePortIPv4AddrGet(openclt_handle_t *handle, uint32_t *address, uint32_t *mask)
+ANSWER(rpcclt_openapiServicePortIPv4AddrGet)
 {
-    VS_CALL_T call(__func__);
-    if (call.result != OPENCLT_OK) {
-        return call.result;
-    }
-    if (handle == nullptr || address == nullptr || mask == nullptr) {
-        return OPENCLT_PARAM;
-    }
-    *address = call.state().system.serviceAddress;
-    *mask = call.state().system.serviceMask;
+    *args.address = call.state().system.serviceAddress;
+    *args.mask = call.state().system.serviceMask;
     return OPENCLT_OK;
 }
 
-int rpcclt_openapiServicePortGatewayIPv4AddrGet(openclt_handle_t *handle, uint32_t *gateway)
-{
-    return vsSystemNumber(__func__, handle, gateway, &VS_SYSTEM_T::serviceGateway);
-}
-
-int rpcclt_openapiServicePortIPv4ProtocolModeGet(openclt_handle_t *handle, uint32_t *mode)
-{
-    return vsSystemNumber(__func__, handle, mode, &VS_SYSTEM_T::serviceProtocol);
-}
+READS(rpcclt_openapiServicePortGatewayIPv4AddrGet, gateway, &VS_SYSTEM_T::serviceGateway);
+READS(rpcclt_openapiServicePortIPv4ProtocolModeGet, mode, &VS_SYSTEM_T::serviceProtocol);

@@ -3,6 +3,7 @@
 #include "engine.h"
 #include "vswitch.h"
 
+#include <call_table.h>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -35,7 +36,8 @@ struct STAMP_T {
 
 struct USE_T {
     uint64_t count = 0;
-    uint32_t latency = 0; // microseconds
+    uint32_t latency = 0;       // microseconds
+    uint32_t room = UINT32_MAX; // least that was offered for a text
 };
 
 struct ENGINE_T {
@@ -134,8 +136,10 @@ void install(ENGINE_T &e, VS_SCENARIO_T &&scenario)
 void countersClear(ENGINE_T &e)
 {
     e.calls = 0;
-    for (auto &[name, one] : e.uses)
+    for (auto &[name, one] : e.uses) {
         one.count = 0;
+        one.room = UINT32_MAX;
+    }
 }
 
 // A file that changed while it was being read is seen by its stamp from before the reading, and is read again.
@@ -165,7 +169,7 @@ void rereadIfChanged(ENGINE_T &e)
 
 bool faultMatches(const VS_FAULT_T &fault, std::string_view name, const std::string &key, bool isCommand)
 {
-    std::string_view plain = vsPlainName(fault.name);
+    std::string_view plain = opencltPlainName(fault.name);
     if (isCommand && plain == name)
         return fault.key.empty();
     if (plain != "*" && plain != (isCommand ? std::string_view("openapiCliShowExecuteToFile") : name))
@@ -196,8 +200,8 @@ void waitMicroseconds(uint32_t microseconds)
         ;
 }
 
-// Takes the lock, counts, waits (others may go on meanwhile), looks for changed files. `useEnd` gives the lock back.
-template <typename KEY> const VS_FAULT_T *useBegin(std::string_view name, const KEY &key, bool isCommand)
+// Takes the lock, counts, waits (others may go on meanwhile), looks for changed files.
+const VS_FAULT_T *useBegin(std::string_view name, const std::function<std::string()> &key, bool isCommand)
 {
     ENGINE_T &e = engine();
     e.lock.lock();
@@ -220,26 +224,6 @@ template <typename KEY> const VS_FAULT_T *useBegin(std::string_view name, const 
     if (e.observer != nullptr)
         e.observer(e.context, std::string(name).c_str(), text.c_str(), isCommand);
     return faultOf(e, name, text, isCommand);
-}
-
-void useEnd()
-{
-    ENGINE_T &e = engine();
-    e.depth--;
-    e.lock.unlock();
-}
-
-template <typename KEY> int callBegin(const char *name, const KEY &key, const std::string **value)
-{
-    const VS_FAULT_T *fault = useBegin(vsPlainName(name), key, false);
-    if (!engine().loaded)
-        return OPENCLT_FAIL;
-    if (fault == nullptr)
-        return OPENCLT_OK;
-    if (fault->kind != VS_ANSWER)
-        return fault->result;
-    *value = &fault->value;
-    return OPENCLT_OK;
 }
 
 // Before main: a process whose scenario does not load does not start.
@@ -381,8 +365,15 @@ uint64_t vsCallCount(const std::string &name)
     GUARD_T guard(e.lock);
     if (name.empty())
         return e.calls;
-    auto found = e.uses.find(vsPlainName(name));
+    auto found = e.uses.find(opencltPlainName(name));
     return found != e.uses.end() ? found->second.count : 0;
+}
+
+uint32_t vsRoomOffered(const std::string &name)
+{
+    ENGINE_T &e = engine();
+    GUARD_T guard(e.lock);
+    return use(e, opencltPlainName(name)).room;
 }
 
 void vsCallsReset()
@@ -390,12 +381,6 @@ void vsCallsReset()
     ENGINE_T &e = engine();
     GUARD_T guard(e.lock);
     countersClear(e);
-}
-
-std::string_view vsPlainName(std::string_view name)
-{
-    constexpr std::string_view prefix = "rpcclt_";
-    return name.substr(0, prefix.size()) == prefix ? name.substr(prefix.size()) : name;
 }
 
 bool vsLiteral(const std::string &command, std::string &text)
@@ -408,39 +393,26 @@ bool vsLiteral(const std::string &command, std::string &text)
     return true;
 }
 
-VS_COMMAND_T::VS_COMMAND_T(const std::string &command)
-    : fault(useBegin(
-          command, [&] { return command; }, true))
+VS_CALL_T::VS_CALL_T(const char *name, const std::function<std::string()> &keyText, bool isCommand)
+    : fault(useBegin(isCommand ? name : opencltPlainName(name), keyText, isCommand)), result(OPENCLT_OK)
 {
-    loaded = engine().loaded;
-}
-
-VS_COMMAND_T::~VS_COMMAND_T()
-{
-    useEnd();
-}
-
-VS_CALL_T::VS_CALL_T(const char *name)
-    : result(callBegin(
-          name, [] { return std::string(); }, &value))
-{
-}
-
-VS_CALL_T::VS_CALL_T(const char *name, uint32_t key)
-    : result(callBegin(
-          name, [key] { return std::to_string(key); }, &value))
-{
-}
-
-VS_CALL_T::VS_CALL_T(const char *name, const std::string &key)
-    : result(callBegin(
-          name, [&key] { return key; }, &value))
-{
+    if (!engine().loaded)
+        result = OPENCLT_FAIL;
+    else if (fault != nullptr && (isCommand ? fault->kind == VS_FAIL : fault->kind != VS_ANSWER))
+        result = fault->result;
 }
 
 VS_CALL_T::~VS_CALL_T()
 {
-    useEnd();
+    ENGINE_T &e = engine();
+    e.depth--;
+    e.lock.unlock();
+}
+
+void VS_CALL_T::roomNote(const char *name, uint32_t room) const
+{
+    uint32_t &least = use(engine(), opencltPlainName(name)).room;
+    least = std::min(least, room);
 }
 
 const VS_STATE_T &VS_CALL_T::state() const

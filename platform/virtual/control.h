@@ -40,7 +40,7 @@ enum VS_FAULT_KIND {
     VS_CUT_PART, // ... the file ends after bytes/1000 of its length
     VS_CRLF,     // ... its lines end in CR LF
     VS_GARBAGE,  // ... bytes are replaced by pseudo-random ones, from a fixed seed
-    VS_ANSWER,   // a client call that answers one number, text or place succeeds with `value`
+    VS_ANSWER,   // a client call succeeds with `value`
 };
 struct VS_FAULT_T {
     std::string name; // call ("openapiIfNameGet", with or without rpcclt_) or command ("show vlan"); "*" is any call
@@ -51,7 +51,9 @@ struct VS_FAULT_T {
     uint32_t bytes = 0;
     uint32_t from = 0;  // seconds since the epoch from which it acts ...
     uint32_t until = 0; // ... and at which it ends; 0: never
-    std::string value;  // also of a number, or "unit/slot/port"
+    // Of each output of the call in turn, with a zero byte between: a text (cut to the room), a number, a place
+    // ("unit/slot/port"), or the bytes of a block or record. The result, of a call that has no output.
+    std::string value;
 };
 void vsFaultAdd(const VS_FAULT_T &fault);
 void vsFaultsClear();
@@ -72,9 +74,10 @@ void vsObserverSet(VS_OBSERVER_T observer, void *context);
 
 // Calls of a name since the last load or reset; "" counts all calls. Show commands are counted by their text.
 uint64_t vsCallCount(const std::string &name);
+
+// Least room in bytes that a call has been offered for a text or block, likewise; UINT32_MAX: none.
+uint32_t vsRoomOffered(const std::string &name);
 void vsCallsReset();
 
-// Names of all client calls in the order of openclt.h, null at the end; and the commands that are rendered, where " *"
-// stands for an argument.
-extern const char *const vsCallNames[];
+// The commands that are rendered, where " *" stands for an argument.
 std::vector<std::string> vsCommandNames();

@@ -7,7 +7,6 @@
 
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 // A scenario: the state and how the interface misbehaves.
@@ -24,20 +23,6 @@ struct VS_SCENARIO_T {
 std::string vsScenarioParse(const std::string &json, const std::string &name, const std::string &directory,
                             VS_SCENARIO_T &scenario);
 std::string vsScenarioRead(const std::string &path, VS_SCENARIO_T &scenario);
-
-// "openapiIfNameGet" for either spelling of a call; a command stays as it is.
-std::string_view vsPlainName(std::string_view name);
-
-// What a show command is going to do; the caller holds the lock (VS_COMMAND_T).
-struct VS_COMMAND_T {
-    explicit VS_COMMAND_T(const std::string &command);
-    ~VS_COMMAND_T();
-    VS_COMMAND_T(const VS_COMMAND_T &) = delete;
-    VS_COMMAND_T &operator=(const VS_COMMAND_T &) = delete;
-
-    bool loaded;             // there is a scenario
-    const VS_FAULT_T *fault; // null: none acts
-};
 
 // Output of a command, literal or rendered; false when it is not known. The caller holds the lock.
 bool vsShow(const std::string &command, std::string &text);

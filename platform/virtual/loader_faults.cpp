@@ -1,5 +1,6 @@
 #include "loader.h"
 
+#include <call_table.h>
 #include <fstream>
 #include <sstream>
 
@@ -10,9 +11,9 @@ static bool callName(VS_READ_T &read, const VS_NODE_T &node, std::string &name)
 {
     if (!vsText(read, node, name) || name == "*")
         return read.error.empty();
-    for (const char *const *known = vsCallNames; *known != nullptr; known++)
-        if (vsPlainName(*known) == vsPlainName(name)) {
-            name = vsPlainName(name);
+    for (const OPENCLT_CALL_T &known : opencltCalls)
+        if (opencltPlainName(known.name) == opencltPlainName(name)) {
+            name = opencltPlainName(name);
             return true;
         }
     return vsRefuse(read, node, "expected the name of a client call, or \"*\"");
@@ -38,23 +39,27 @@ static bool faultKind(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
     return true;
 }
 
-static bool faultKey(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
+static bool numberOrText(VS_READ_T &read, const VS_NODE_T &node, std::string &text)
 {
-    if (node.kind == VS_NODE_INTEGER) {
-        fault.key = std::to_string(node.integer);
-        return true;
-    }
-    return vsText(read, node, fault.key);
+    if (node.kind != VS_NODE_INTEGER)
+        return vsText(read, node, text);
+    text = std::to_string(node.integer);
+    return true;
 }
 
+// A list has a part for each output of the call.
 static bool faultValue(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
 {
     fault.kind = VS_ANSWER;
-    if (node.kind == VS_NODE_INTEGER) {
-        fault.value = std::to_string(node.integer);
-        return true;
+    if (node.kind != VS_NODE_ARRAY)
+        return numberOrText(read, node, fault.value);
+    for (const VS_NODE_T &item : node.items) {
+        std::string part;
+        if (!numberOrText(read, item, part))
+            return false;
+        fault.value += (&item == &node.items.front() ? "" : std::string(1, '\0')) + part;
     }
-    return vsText(read, node, fault.value);
+    return true;
 }
 
 static bool faultResult(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &fault)
@@ -68,7 +73,7 @@ static bool faultResult(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &faul
 static const VS_FIELD_T<VS_FAULT_T> FAULT_FIELDS[] = {
     {"call", value<&VS_FAULT_T::name, callName>},
     {"command", plain<&VS_FAULT_T::name>},
-    {"key", faultKey},
+    {"key", value<&VS_FAULT_T::key, numberOrText>},
     {"nth", number<&VS_FAULT_T::nth, 0, UINT32_MAX>},
     {"do", faultKind},
     {"result", faultResult},

@@ -1,5 +1,5 @@
+#include "calls.h"
 #include "engine.h"
-#include "vswitch.h"
 
 #include <cstdio>
 #include <cstring>
@@ -116,18 +116,12 @@ static int fileWrite(const std::string &path, const std::string &text)
     return whole && closed ? OPENCLT_OK : OPENCLT_FAIL;
 }
 
-int rpcclt_openapiCliShowExecuteToFile(openclt_handle_t *, openclt_buffer_t *command, openclt_buffer_t *file)
+ANSWER(rpcclt_openapiCliShowExecuteToFile)
 {
-    std::string name = vsTextIn(command);
-    VS_COMMAND_T use(name);
-    if (!use.loaded)
-        return OPENCLT_FAIL;
-    if (use.fault != nullptr && use.fault->kind == VS_FAIL)
-        return use.fault->result;
     std::string text;
-    if (!vsShow(name, text))
+    if (!vsShow(vsTextIn(args.command), text))
         return OPENCLT_FAIL;
-    if (use.fault != nullptr && use.fault->kind == VS_NO_FILE)
+    if (call.fault != nullptr && call.fault->kind == VS_NO_FILE)
         return OPENCLT_OK;
-    return fileWrite(vsTextIn(file), use.fault != nullptr ? spoiled(*use.fault, text) : text);
+    return fileWrite(vsTextIn(args.file), call.fault != nullptr ? spoiled(*call.fault, text) : text);
 }

@@ -1,31 +1,28 @@
 // vswitch.h - inside the virtual switch: how a client call and a show command reach the state.
 #pragma once
 
+#include "control.h"
 #include "model.h"
 
+#include <functional>
 #include <openclt.h>
 #include <string>
 
-// Every client call begins with this: counts, waits out the call's latency, re-reads a changed scenario file, and looks
-// for a fault. Holds the switch's lock for as long as it lives.
-//
-//     VS_CALL_T call("openapiIfNameGet", ifNum);
-//     if (call.result != OPENCLT_OK) return call.result;
-//     const VS_STATE_T &state = call.state();  double now = call.now();
-//
-// Without a scenario every call gives OPENCLT_FAIL.
+// A client call in progress: it is counted, its latency has been waited out, a changed scenario file has been read
+// again, and a fault has been looked for. Holds the switch's lock for as long as it lives.
 struct VS_CALL_T {
-    explicit VS_CALL_T(const char *name);
-    VS_CALL_T(const char *name, uint32_t key);
-    VS_CALL_T(const char *name, const std::string &key);
+    // `name` with or without rpcclt_, or the text of a show command; `key` gives the key as text.
+    VS_CALL_T(const char *name, const std::function<std::string()> &key, bool isCommand);
     ~VS_CALL_T();
     VS_CALL_T(const VS_CALL_T &) = delete;
     VS_CALL_T &operator=(const VS_CALL_T &) = delete;
 
-    const std::string *value = nullptr; // what a fault has the call answer; null: what the state says
-    int result;
+    const VS_FAULT_T *fault; // what strikes; null: nothing
+    int result;              // of a fault that lets the call fail; OPENCLT_FAIL without a scenario
+    uint32_t key = 0;        // a key that is a number
     const VS_STATE_T &state() const;
     double now() const;
+    void roomNote(const char *name, uint32_t room) const; // offered for a text or block
 };
 
 // Text into a buffer descriptor as openclt.h says: OPENCLT_FAIL when it does not fit, else `size` becomes the length

@@ -99,7 +99,7 @@ TEST_F(Control, AFaultCanAnswer)
     ASSERT_EQ(vsLoadText(R"({"units": {"1": {"model": "TK620-R01", "portCount": 3}}, "faults": [
         {"call": "openapiIfLinkStateGet", "key": 2, "value": 7}, {"call": "openapiIfNameGet", "key": 9, "value": "up\nlink"},
         {"call": "openapiHashIntfUnitSlotPortGet", "value": "9/13/65535"}, {"call": "openapiStatGet", "nth": 2, "value":
-        "18446744073709551615"}]})"),
+        "18446744073709551615"}, {"call": "openapiLldpIntfRemoteDevicePortIdGet", "value": [5, "a name longer than its room is"]}]})"),
               "");
     char text[32] = "";
     openclt_buffer_t name{sizeof text, text};
@@ -115,6 +115,9 @@ TEST_F(Control, AFaultCanAnswer)
     for (uint64_t &counter : counters)
         EXPECT_EQ(rpcclt_openapiStatGet(&handle, 58, 1, &counter), 0);
     EXPECT_EQ(std::tuple(counters[0], counters[1]), std::tuple(0U, UINT64_MAX));
+    name.size = 16;
+    EXPECT_EQ(rpcclt_openapiLldpIntfRemoteDevicePortIdGet(&handle, 1, 1, &state, &name), 0);
+    EXPECT_EQ(std::tuple(state, name.size, std::string(text)), std::tuple(5U, 16U, "a name longer t"));
 }
 
 TEST_F(Control, AFaultActsInItsTimeOnly)
