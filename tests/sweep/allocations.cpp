@@ -55,6 +55,7 @@ static KNOWN_T defaultsCollect(SWEEP_T *sweep, const DOCUMENT_T &document, const
     KNOWN_T known;
 
     for (const CASE_T &one : casesOf(sweep, document, clean)) {
+        coldBegin();
         caseRun(one, document);
         for (const auto &[name, text] : recordsRead())
             known[name].insert(text);

@@ -21,7 +21,6 @@ constexpr unsigned RUN_LIMIT = 600; // seconds, under sanitizers on a busy machi
 static std::string notRecovered(const CLEAN_T &clean, const RECORDS_T &now);
 static void recordCheck(SWEEP_T *sweep, const std::string &name, const std::string &text);
 static void locksCheck(SWEEP_T *sweep);
-static NAMES_T rootFiles();
 
 bool runWanted(SWEEP_T *sweep, const std::string &label)
 {
@@ -100,12 +99,6 @@ NAMES_T changesRead()
     while (std::getline(changes, name))
         names.insert(name);
     return names;
-}
-
-void coldBegin()
-{
-    processBegin();
-    textWrite(PathGet(PATH_REST_DELTA), "");
 }
 
 CLEAN_T cleanTake(SWEEP_T *sweep, const DOCUMENT_T &document)
@@ -197,23 +190,6 @@ static void locksCheck(SWEEP_T *sweep)
         if (lock.fd < 0 || flock(lock.fd, LOCK_EX | LOCK_NB) != 0)
             finding(sweep, "%s is still locked", entry.path().filename().c_str());
     }
-}
-
-static NAMES_T rootFiles()
-{
-    std::string root = PathGet(PATH_REST_DB);
-    NAMES_T files;
-
-    root.resize(root.size() - strlen("/tmp/restapi_db")); // what stands before it
-    for (const auto &entry : std::filesystem::recursive_directory_iterator(root)) {
-        const std::string path = entry.path();
-        bool changing = path == PathGet(PATH_LOG) || path == PathGet(PATH_LOG_OLD) ||
-                        path == PathGet(PATH_REST_DELTA) || path == PathGet(PATH_BOOTVAR_LOCK) ||
-                        path == PathGet(PATH_MGMT_PORT_LOCK) || path.rfind(PathGet(PATH_LOCK_DIR), 0) == 0;
-        if (!changing && entry.is_regular_file())
-            files.insert(path);
-    }
-    return files;
 }
 
 const char *difference(const std::string &now, const std::string &clean)

@@ -4,10 +4,8 @@
 // jobs, processes of their own with their own root, so that a crash costs one job and is told by its last run.
 #pragma once
 
-#include "documents.h"
+#include "faults.h"
 
-#include <control.h>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -25,8 +23,6 @@ struct SWEEP_T {
     unsigned every; // only each so-many-th run
     unsigned turn;  // of the next run; where a job begins differs, so that a share meets all modes
 };
-
-using NAMES_T = std::set<std::string>;
 
 // Whether the next run belongs to the share; begins it then, with a limit on its time.
 bool runWanted(SWEEP_T *sweep, const std::string &label);
@@ -55,9 +51,6 @@ NAMES_T changesRead();
 // The first line in which two texts differ, as a short text that the next call overwrites.
 const char *difference(const std::string &now, const std::string &clean);
 
-// Process state and change list as at a start; the cache stays.
-void coldBegin();
-
 // A document built cold and alone, twice.
 struct CLEAN_T {
     SNAPSHOT_T snapshot; // after everything was built once
@@ -73,18 +66,8 @@ CLEAN_T cleanTake(SWEEP_T *sweep, const DOCUMENT_T &document);
 // it is told then.
 void recoveryCheck(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean, bool restartAllowed);
 
-// A fault from outside: of the platform, or (a path in `file`) a file of another program that is missing or cut in
-// half.
-struct CASE_T {
-    std::string label;
-    VS_FAULT_T fault;
-    std::string file;
-    bool cut;
-};
+// What can fail from outside for a document: all that the platform is asked for, and all files.
 std::vector<CASE_T> casesOf(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean);
-
-// Build a document cold with the fault; it is lifted afterwards.
-void caseRun(const CASE_T &one, const DOCUMENT_T &document);
 
 // The passes: each call and command of a document; each of everything, a part of many; each allocation of a document;
 // each file operation of a document; the store, with each allocation and file operation of each of its operations; each
