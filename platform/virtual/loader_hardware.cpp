@@ -197,11 +197,15 @@ static VS_PORT_T portMake(const VS_MODEL_T &model, uint32_t unit, uint32_t slot,
     return port;
 }
 
-static void portsOf(VS_STATE_T &state, const VS_MODEL_T &model, uint32_t unit, uint32_t slot, uint32_t count)
+// The first front ports of a model, and their sub-ports.
+static void portsOf(VS_STATE_T &state, const VS_MODEL_T &model, uint32_t unit, uint32_t slot, uint32_t front)
 {
-    for (uint32_t number = 1; number <= count; number++) {
-        state.ports.push_back(portMake(model, unit, slot, number));
-        state.ports.back().ifNum = static_cast<uint32_t>(state.ports.size());
+    for (uint32_t number = 1; number <= model.ports; number++) {
+        VS_PORT_T port = portMake(model, unit, slot, number);
+        if ((port.rootPort > 0 ? port.rootPort : number) > front)
+            continue;
+        port.ifNum = static_cast<uint32_t>(state.ports.size()) + 1;
+        state.ports.push_back(port);
     }
 }
 
@@ -211,8 +215,7 @@ void vsPortsBuild(VS_READ_T &read)
     for (const VS_UNIT_T &unit : state.units) {
         const VS_MODEL_T *model = vsModel(unit.model.c_str());
         auto limit = read.portCount.find(unit.unit);
-        uint32_t count = limit == read.portCount.end() ? model->ports : std::min(limit->second, model->frontPorts);
-        portsOf(state, *model, unit.unit, 0, count);
+        portsOf(state, *model, unit.unit, 0, limit == read.portCount.end() ? model->ports : limit->second);
         for (const VS_SLOT_T &slot : unit.slots)
             if (const VS_MODEL_T *card = vsModel(slot.model.c_str()))
                 portsOf(state, *card, unit.unit, slot.slot, card->ports);
