@@ -1,11 +1,15 @@
-// golden.cpp - every document of every shipped scenario, at a frozen time, against the golden texts.
+// golden.cpp - every document of every scenario, at a frozen time, and what faults change in it, against golden texts.
 //
 // A golden is the stored text with a line end, in tests/golden/<scenario>/<API name>.json, '/' in the name as %2F. A
 // document that differs, has no golden, or a golden that has no document any more is a failure; --update rewrites. Of a
 // text too large to be read by anybody the golden holds the length and a checksum.
+//
+// Scenarios under tests/golden/faults are made for faults: there <scenario>/<API name>.txt holds what each fault of
+// what the document asks for changes in it and in the log (fault_golden.h).
 
 #include "builders.h"
 #include "documents.h"
+#include "fault_golden.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -18,33 +22,45 @@
 
 struct OPTIONS_T {
     bool update = false;
+    bool documents = true;
+    bool faults = true;
     std::string kept;                   // folder that receives the whole texts, "" for none
-    std::vector<std::string> scenarios; // paths; none: all shipped ones
+    std::vector<std::string> scenarios; // paths; none: all
     std::set<std::string> names;        // API names; none: all
 };
 
 struct TALLY_T {
-    unsigned documents = 0;
+    unsigned texts = 0;
     unsigned different = 0;
 };
 
-static const char USAGE[] = "usage: golden [--update] [--keep FOLDER] [--scenario FILE]... [NAME]...\n"
-                            "Compares the documents of the scenarios (default: all shipped) with tests/golden.\n"
-                            "NAMEs (API names) leave the others alone. --keep puts each whole text into\n"
-                            "FOLDER/<scenario>/.\n";
+// Texts by API name, and the files that hold them.
+struct GOLDENS_T {
+    std::string folder;
+    const char *extension;
+    RECORDS_T now;
+};
+
+static const char USAGE[] =
+    "usage: golden [--update] [--documents | --faults] [--keep FOLDER] [--scenario FILE]... [NAME]...\n"
+    "Compares the documents of the scenarios (default: all) with tests/golden, and what faults change in them with\n"
+    "tests/golden/faults; --documents and --faults do one of the two. NAMEs (API names) leave the others alone.\n"
+    "--keep puts each whole document into FOLDER/<scenario>/.\n";
 static constexpr size_t READABLE = 90000; // bytes
 static const char GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden";
 static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios";
+static const char FAULT_GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden/faults";
 
 static bool optionsTake(int argc, char **argv, OPTIONS_T *options);
-static std::vector<std::string> filesOf(const std::string &folder);
 static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally);
+static bool forFaults(const std::string &scenario);
 static void textsKeep(const std::string &folder, const RECORDS_T &records);
+static GOLDENS_T documentGoldens(const std::string &scenario, const RECORDS_T &records);
 static std::string goldenText(const std::string &text);
-static RECORDS_T goldensRead(const std::string &folder);
-static void documentCompare(const std::string &name, const std::string &golden, const std::string &now,
-                            const std::string &folder);
-static void goldensUpdate(const std::string &folder, const std::string &name, const std::string &now);
+static void goldensCompare(const OPTIONS_T &options, GOLDENS_T goldens, TALLY_T *tally);
+static void goldenDifference(const std::string &path, const std::string &golden, const std::string &now);
+static void goldenUpdate(const std::string &path, const std::string &now);
+static std::vector<std::string> filesOf(const std::string &folder, const char *extension);
 static std::string fileName(const std::string &apiName);
 static std::string apiName(const std::string &fileStem);
 static bool wanted(const OPTIONS_T &options, const std::string &name);
@@ -58,8 +74,11 @@ int main(int argc, char **argv)
         fputs(USAGE, stderr);
         return 2;
     }
-    if (options.scenarios.empty())
-        options.scenarios = filesOf(SCENARIOS);
+    if (options.scenarios.empty()) {
+        options.scenarios = filesOf(SCENARIOS, ".json");
+        for (const std::string &scenario : filesOf(FAULT_GOLDENS, ".json"))
+            options.scenarios.push_back(scenario);
+    }
     buildersRegister();
     for (const std::string &name : documentsNotLinked())
         printf("not linked, skipped: %s\n", name.c_str());
@@ -67,9 +86,9 @@ int main(int argc, char **argv)
         if (!scenarioCompare(options, scenario, &tally))
             return 2;
     }
-    printf("golden: %zu scenarios, %u documents, %u %s\n", options.scenarios.size(), tally.documents, tally.different,
+    printf("golden: %zu scenarios, %u texts, %u %s\n", options.scenarios.size(), tally.texts, tally.different,
            options.update ? "rewritten" : "different");
-    return tally.different == 0 || options.update ? 0 : 1;
+    return tally.texts > 0 && (tally.different == 0 || options.update) ? 0 : 1;
 }
 
 static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
@@ -77,6 +96,10 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
     for (int i = 1; i < argc; i++) {
         if (strcmp(argv[i], "--update") == 0)
             options->update = true;
+        else if (strcmp(argv[i], "--documents") == 0)
+            options->faults = false;
+        else if (strcmp(argv[i], "--faults") == 0)
+            options->documents = false;
         else if (strcmp(argv[i], "--scenario") == 0 && i + 1 < argc)
             options->scenarios.push_back(argv[++i]);
         else if (strcmp(argv[i], "--keep") == 0 && i + 1 < argc)
@@ -89,52 +112,32 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
     return true;
 }
 
-// JSON files of a folder, in the order of their names.
-static std::vector<std::string> filesOf(const std::string &folder)
-{
-    std::vector<std::string> files;
-    std::error_code none;
-
-    for (const auto &entry : std::filesystem::directory_iterator(folder, none)) {
-        if (entry.path().extension() == ".json")
-            files.push_back(entry.path());
-    }
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
 // False when the scenario cannot be run at all.
 static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally)
 {
-    std::string folder = std::string(GOLDENS) + "/" + std::filesystem::path(scenario).stem().string();
-    std::string root = scenarioBegin(scenario);
+    std::string name = std::filesystem::path(scenario).stem().string();
 
+    if (!options.documents && !forFaults(scenario))
+        return true;
+    std::string root = scenarioBegin(scenario);
     if (root.empty())
         return false;
     RECORDS_T now = recordsRead();
     if (!options.kept.empty())
-        textsKeep(options.kept + "/" + std::filesystem::path(scenario).stem().string(), now);
-    RECORDS_T goldens = goldensRead(folder);
-    std::set<std::string> names;
-    for (const RECORDS_T *records : {&now, &goldens}) {
-        for (const auto &[name, text] : *records)
-            names.insert(name);
-    }
-    for (const std::string &name : names) {
-        if (!wanted(options, name))
-            continue;
-        std::string text = now.count(name) == 0 ? "" : goldenText(now[name]);
-        tally->documents += text.empty() ? 0 : 1;
-        if (goldens[name] == text)
-            continue;
-        tally->different++;
-        if (options.update)
-            goldensUpdate(folder, name, text);
-        else
-            documentCompare(name, goldens[name], text, folder);
-    }
+        textsKeep(options.kept + "/" + name, now);
+    if (options.documents)
+        goldensCompare(options, documentGoldens(name, now), tally);
+    if (options.faults && forFaults(scenario))
+        goldensCompare(options, {std::string(FAULT_GOLDENS) + "/" + name, ".txt", faultTexts(options.names)}, tally);
     rootRemove(root);
     return true;
+}
+
+static bool forFaults(const std::string &scenario)
+{
+    std::error_code none;
+
+    return std::filesystem::equivalent(std::filesystem::absolute(scenario).parent_path(), FAULT_GOLDENS, none);
 }
 
 // Of an earlier run nothing stays.
@@ -143,7 +146,16 @@ static void textsKeep(const std::string &folder, const RECORDS_T &records)
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     for (const auto &[name, text] : records)
-        textWrite(folder + "/" + fileName(name), text);
+        textWrite(folder + "/" + fileName(name) + ".json", text);
+}
+
+static GOLDENS_T documentGoldens(const std::string &scenario, const RECORDS_T &records)
+{
+    GOLDENS_T goldens = {std::string(GOLDENS) + "/" + scenario, ".json", {}};
+
+    for (const auto &[name, text] : records)
+        goldens.now[name] = goldenText(text);
+    return goldens;
 }
 
 static std::string goldenText(const std::string &text)
@@ -158,19 +170,32 @@ static std::string goldenText(const std::string &text)
     return line;
 }
 
-static RECORDS_T goldensRead(const std::string &folder)
+static void goldensCompare(const OPTIONS_T &options, GOLDENS_T goldens, TALLY_T *tally)
 {
-    RECORDS_T goldens;
+    RECORDS_T before;
 
-    for (const std::string &file : filesOf(folder))
-        goldens[apiName(std::filesystem::path(file).stem())] = textRead(file);
-    return goldens;
+    for (const std::string &file : filesOf(goldens.folder, goldens.extension)) {
+        std::string name = apiName(std::filesystem::path(file).stem());
+        before[name] = textRead(file);
+        goldens.now.insert({name, ""});
+    }
+    for (const auto &[name, text] : goldens.now) {
+        if (!wanted(options, name))
+            continue;
+        std::string path = goldens.folder + "/" + fileName(name) + goldens.extension;
+        tally->texts += text.empty() ? 0 : 1;
+        if (before[name] == text)
+            continue;
+        tally->different++;
+        if (options.update)
+            goldenUpdate(path, text);
+        else
+            goldenDifference(path, before[name], text);
+    }
 }
 
-static void documentCompare(const std::string &name, const std::string &golden, const std::string &now,
-                            const std::string &folder)
+static void goldenDifference(const std::string &path, const std::string &golden, const std::string &now)
 {
-    std::string path = folder + "/" + fileName(name);
     char fresh[] = "/tmp/golden_XXXXXX";
     int fd = mkstemp(fresh);
     int status;
@@ -194,16 +219,28 @@ static void documentCompare(const std::string &name, const std::string &golden, 
 }
 
 // An empty text removes the golden.
-static void goldensUpdate(const std::string &folder, const std::string &name, const std::string &now)
+static void goldenUpdate(const std::string &path, const std::string &now)
 {
-    std::string path = folder + "/" + fileName(name);
-
-    std::filesystem::create_directories(folder);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     if (now.empty())
         std::filesystem::remove(path);
     else
         textWrite(path, now);
     printf("%s %s\n", now.empty() ? "removed" : "written", path.c_str());
+}
+
+// Files with an extension in a folder, in the order of their names.
+static std::vector<std::string> filesOf(const std::string &folder, const char *extension)
+{
+    std::vector<std::string> files;
+    std::error_code none;
+
+    for (const auto &entry : std::filesystem::directory_iterator(folder, none)) {
+        if (entry.path().extension() == extension)
+            files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 static std::string fileName(const std::string &apiName)
@@ -212,7 +249,7 @@ static std::string fileName(const std::string &apiName)
 
     for (char character : apiName)
         file += character == '/' ? std::string("%2F") : std::string(1, character);
-    return file + ".json";
+    return file;
 }
 
 static std::string apiName(const std::string &fileStem)

@@ -1,0 +1,20 @@
+// json_difference.h - where two documents differ, in few lines for a reader.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// One line for each place and new value, in the order of the document; none when the texts are equal:
+//
+//     rows[0-3,7].pvid: 10, 20 -> 1          five rows, which held 10 or 20, hold 1
+//     rows[0-1].name: "a" -> "if-1", "if-2"  new texts may differ in numbers
+//     rows[3] gone
+//     rows[3] new: {"port":"1"}
+//     rows[2].detect gone: "aja"
+//
+// The payload's own key is left out of a place. Elements of a list are paired so that few values differ; numbers of
+// elements that are gone count in the old list, all others in the new one.
+std::vector<std::string> jsonDifference(const std::string &was, const std::string &now);
+
+// A text with '#' for each number, to find those that are alike.
+std::string withoutNumbers(const std::string &text);
