@@ -45,7 +45,10 @@ What holds for all of them:
 
 - A record is an object with two members: the payload under its key, then `resp` with `respCode`, `respMsg` and `status`.
   A document that cannot be built is not stored and the old record stays, so `resp` always says success.
-- One read that fails never spoils a document: the field shows its default, which is said with the field.
+- One read that fails does not spoil a document: the field shows its default. Where none is said with the field it is 0,
+  false, empty or "Disable". The few documents that are not built then say so.
+- A list that cannot be walked (units, ports, LAGs, VLANs, entries of a table) ends there: its rows are missing. Numbers of
+  LAGs count from the first LAG, and are wrong while that is not known.
 - **Interface number** means the platform's number of a port or LAG. It is the same in all documents, and the one to join
   them by; it is called `portNum` nearly everywhere. A **LAG number** counts LAGs from 1.
 - Codes of the platform are passed on as they are. Keys and words are an interface: those that are misspelled
