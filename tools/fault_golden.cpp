@@ -29,6 +29,7 @@ struct OUTCOME_T {
 };
 
 static std::string documentText(const DOCUMENT_T &document, const RECORDS_T &clean);
+static LOG_T cleanRun(const DOCUMENT_T &document, std::vector<std::string> *own);
 static std::vector<CASE_T> casesOf(const DOCUMENT_T &document);
 static std::string likeness(const CASE_T &one);
 static OUTCOME_T *outcomeOf(const LINES_T &document, std::vector<OUTCOME_T> *outcomes);
@@ -58,45 +59,47 @@ static std::string documentText(const DOCUMENT_T &document, const RECORDS_T &cle
     std::vector<CASE_T> cases = casesOf(document);
     std::vector<OUTCOME_T> outcomes;
     OUTCOME_T none = {{"no difference"}, {}};
-    RECORDS_T others = clean;
     std::vector<std::string> own; // deleted before each run: what is not stored then shall not be the old record
+    LOG_T cleanLog = cleanRun(document, &own);
 
-    recordsWrite({});
-    coldBegin();
-    (void)logTake();
-    documentRun(document);
-    LOG_T cleanLog = logTake();
-    for (const auto &[name, text] : recordsRead()) {
-        own.push_back(name);
-        others.erase(name);
-    }
-    recordsWrite(others);
+    RECORDS_T begin = clean;
+    for (const std::string &name : own)
+        begin.erase(name);
+    recordsWrite(begin);
     for (const CASE_T &one : cases) {
         coldBegin();
         (void)logTake();
         caseRun(one, document);
-        RECORDS_T now = recordsRead();
-        LINES_T changed = recordsDifference(document.name, clean, now);
+        LINES_T changed = recordsDifference(document.name, clean, recordsRead());
         LINES_T logged = logDifference(cleanLog, logTake());
         if (!changed.empty())
             caseAdd(one, logged, outcomeOf(changed, &outcomes));
         else if (!logged.empty() || one.file.empty())
             caseAdd(one, logged, &none);
-        for (const std::string &name : own)
-            now.erase(name);
-        if (now != others)
-            recordsWrite(others);
-        else
-            recordsDelete(own);
+        recordsDelete(own);
+        if (recordsRead() != begin)
+            recordsWrite(begin);
     }
     recordsWrite(clean);
-    if (!cleanLog.order.empty())
-        outcomes.insert(outcomes.begin(), {{"no fault"}, {{logDifference({}, cleanLog), {}}}});
-    outcomes.push_back(none);
     std::string text;
+    if (!cleanLog.order.empty())
+        text = outcomeText({{"no fault"}, {{logDifference({}, cleanLog), {}}}});
+    outcomes.push_back(none);
     for (const OUTCOME_T &outcome : outcomes)
         text += outcomeText(outcome);
     return text;
+}
+
+// What the document logs when nothing fails, and the records that it writes then.
+static LOG_T cleanRun(const DOCUMENT_T &document, std::vector<std::string> *own)
+{
+    recordsWrite({});
+    coldBegin();
+    (void)logTake();
+    documentRun(document);
+    for (const auto &[name, text] : recordsRead())
+        own->push_back(name);
+    return logTake();
 }
 
 static OUTCOME_T *outcomeOf(const LINES_T &document, std::vector<OUTCOME_T> *outcomes)

@@ -28,6 +28,7 @@ static void listsCompare(const cJSON *was, const cJSON *now, const PATH_T &path,
 static std::vector<std::pair<int, int>> elementsPair(const NODES_T &was, const NODES_T &now);
 static size_t distance(const cJSON *was, const cJSON *now);
 static size_t alone(const cJSON *node);
+static const cJSON *identity(const cJSON *node);
 static size_t leaves(const cJSON *node);
 static void changeAdd(const cJSON *was, const std::string &now, const PATH_T &path, CHANGES_T *changes);
 static PATH_T below(const PATH_T &path, const std::string &part);
@@ -154,13 +155,15 @@ static size_t alone(const cJSON *node)
     return leaves(node) * 6 + 1;
 }
 
-// Ten for each value that differs.
+// Ten for each value that differs; more than both cost alone for objects that are about different things.
 static size_t distance(const cJSON *was, const cJSON *now)
 {
     const cJSON *one = was->child;
     const cJSON *other = now->child;
     size_t sum = 0;
 
+    if (cJSON_Compare(identity(was), identity(now), 1) == 0 && identity(was) != nullptr && identity(now) != nullptr)
+        return alone(was) + alone(now) + 1;
     if (one == nullptr || other == nullptr)
         return cJSON_Compare(was, now, 1) != 0 ? 0 : 10 * std::max(leaves(was), leaves(now));
     for (; one != nullptr && other != nullptr; one = one->next, other = other->next)
@@ -170,6 +173,17 @@ static size_t distance(const cJSON *was, const cJSON *now)
     for (; other != nullptr; other = other->next)
         sum += 10 * leaves(other);
     return sum;
+}
+
+// What an object is about: the first of these members that it has, null for none.
+static const cJSON *identity(const cJSON *node)
+{
+    for (const char *key : {"portNum", "vlanId", "id", "name"}) {
+        const cJSON *member = cJSON_GetObjectItem(node, key);
+        if (member != nullptr)
+            return member;
+    }
+    return nullptr;
 }
 
 static size_t leaves(const cJSON *node)

@@ -12,8 +12,9 @@
 //     rows[3] new: {"port":"1"}
 //     rows[2].detect gone: "aja"
 //
-// The payload's own key is left out of a place. Elements of a list are paired so that few values differ; numbers of
-// elements that are gone count in the old list, all others in the new one.
+// The payload's own key is left out of a place. In lists of different lengths elements are paired so that few values
+// differ, but never those of two ports, VLANs or names; indices of elements that are gone count in the old list, all
+// others in the new one.
 std::vector<std::string> jsonDifference(const std::string &was, const std::string &now);
 
 // A text with '#' for each number, to find those that are alike.
