@@ -5,6 +5,7 @@
 
 #include "restcache/store.h"
 #include "restcache/store_access.h"
+#include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
 
@@ -149,7 +150,7 @@ static bool nameTake(const char *text, char *name)
 // An older one at the target never stays: it would not belong to what is moved beside it.
 static bool moveAside(PATH_ID from, PATH_ID to)
 {
-    if (rename(PathGet(from), PathGet(to)) == 0)
+    if (fileRename(PathGet(from), PathGet(to)))
         return true;
     (void)unlink(PathGet(to));
     return false;

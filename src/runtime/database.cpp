@@ -33,6 +33,9 @@ struct CONNECTION_STATE_T {
 };
 thread_local CONNECTION_STATE_T connection;
 
+// The daemon's own database as it was last opened: it stays its own when somebody gives it a second name.
+thread_local struct stat lastOwn;
+
 // Length of the database's name when a path is that of a file beside it; 0 for others.
 size_t besideOf(const char *path)
 {
@@ -90,14 +93,29 @@ int besideOpen(const char *path, size_t length, int flags, int mode)
     return -1;
 }
 
+bool isSame(const struct stat &one, const struct stat &other)
+{
+    return one.st_ino == other.st_ino && one.st_dev == other.st_dev;
+}
+
+// Whether an object may not stand at the name of the daemon's own database.
+bool ownMustGo(const struct stat &status)
+{
+    return fileIsForeign(status) || (fileIsLaid(status) && !isSame(status, lastOwn));
+}
+
 bool mainMayBe(const struct stat &opened)
 {
     struct stat named;
 
     if (!S_ISREG(opened.st_mode))
         return false;
-    return connection.kind == DATABASE_SHARED || (!fileIsForeign(opened) && lstat(connection.opening, &named) == 0 &&
-                                                  named.st_ino == opened.st_ino && named.st_dev == opened.st_dev);
+    if (connection.kind == DATABASE_SHARED)
+        return true;
+    if (ownMustGo(opened) || lstat(connection.opening, &named) != 0 || !isSame(named, opened))
+        return false;
+    lastOwn = opened;
+    return true;
 }
 
 int judgedOpen(const char *path, int flags, int mode)
@@ -108,7 +126,8 @@ int judgedOpen(const char *path, int flags, int mode)
         return besideOpen(path, length, flags, mode);
     if (connection.opening == nullptr)
         return systemOpen(path, flags, mode);
-    OWNED_FD_T file(systemOpen(path, flags | O_NONBLOCK, mode));
+    flags |= connection.kind == DATABASE_OWN ? O_NONBLOCK | O_NOFOLLOW : O_NONBLOCK;
+    OWNED_FD_T file(systemOpen(path, flags, mode));
     struct stat status;
     if (file.fd < 0 || (fstat(file.fd, &status) == 0 && mainMayBe(status)))
         return file.release();
@@ -126,6 +145,15 @@ int judgedAccess(sqlite3_vfs *vfs, const char *path, int flags, int *result)
     return sqlite3_vfs_find("unix")->xAccess(vfs, path, flags, result);
 }
 
+// SQLite would open what a link leads to, and make it when it is missing: one that was laid just now, too.
+int judgedFullPathname(sqlite3_vfs *vfs, const char *path, int size, char *out)
+{
+    if (connection.opening == nullptr || connection.kind != DATABASE_OWN || path[0] != '/')
+        return sqlite3_vfs_find("unix")->xFullPathname(vfs, path, size, out);
+    sqlite3_snprintf(size, out, "%s", path);
+    return SQLITE_OK;
+}
+
 void fileSystemRegister()
 {
     static sqlite3_vfs judged;
@@ -137,6 +165,7 @@ void fileSystemRegister()
     judged.zName = VFS_NAME;
     judged.pNext = nullptr;
     judged.xAccess = judgedAccess;
+    judged.xFullPathname = judgedFullPathname;
     (void)sqlite3_vfs_register(&judged, 0); // without memory SQLite says at the open that there is none of that name
 }
 
@@ -181,7 +210,7 @@ bool nameMayBe(DATABASE_KIND kind, const char *path, int flags)
         return stat(path, &status) == 0 && S_ISREG(status.st_mode);
     if (lstat(path, &status) != 0)
         return errno == ENOENT;
-    if (fileIsForeign(status))
+    if (ownMustGo(status))
         return ownFileClear(path) && (flags & SQLITE_OPEN_CREATE) != 0;
     return S_ISREG(status.st_mode); // what root has put there stays, and does not open
 }

@@ -9,7 +9,8 @@
 #include "runtime/owned.h"
 
 enum DATABASE_KIND : int {
-    DATABASE_OWN,    // of root or the daemon's user, never a link; what another user has put there is moved aside (logged)
+    DATABASE_OWN, // of root or the daemon's user, never a link; what somebody else may have put there (another user's,
+                  // a hard link) is moved aside (logged)
     DATABASE_SHARED, // another program's: whoever owns it, a link too; never made here
 };
 

@@ -36,12 +36,6 @@ int regularOpen(const char *path, int flags, bool own)
     return -1;
 }
 
-// What another user has put there, or a second name of a file that is somewhere else, too.
-bool mustGo(const struct stat &status)
-{
-    return fileIsForeign(status) || (S_ISREG(status.st_mode) && status.st_nlink != 1);
-}
-
 // Cut off what has just been appended, unless another program has appended behind it.
 void appendedCut(int fd, size_t written)
 {
@@ -76,7 +70,7 @@ int fileOpenOwn(const char *path, int flags, mode_t mode, char aside[FILE_ASIDE_
             return file.release();
         // A kernel that protects such folders refuses to open what is another user's there: the name tells.
         bool there = lstat(path, &status) == 0;
-        bool failed = there && mustGo(status) ? !fileMoveAside(path, aside)
+        bool failed = there && fileIsLaid(status) ? !fileMoveAside(path, aside)
                                               : file.fd < 0 || (there && !S_ISREG(status.st_mode)); // root's, no file
         if (failed) {
             errno = file.fd < 0 ? reason : EINVAL;
@@ -93,19 +87,37 @@ bool fileMoveAside(const char *path, char aside[FILE_ASIDE_SIZE])
     unsigned end = 0;
 
     snprintf(aside, FILE_ASIDE_SIZE, "%s.bad", path);
-    if (rename(path, aside) == 0)
+    if (fileRename(path, aside))
         return true;
     (void)!getrandom(&end, sizeof(end), GRND_NONBLOCK); // a name that is taken only fails
     snprintf(aside, FILE_ASIDE_SIZE, "%s.bad.%08x", path, end);
-    if (rename(path, aside) == 0)
+    if (fileRename(path, aside))
         return true;
     aside[0] = '\0';
+    return false;
+}
+
+// Between two names of one file rename does nothing and reports success.
+bool fileRename(const char *from, const char *to)
+{
+    struct stat left, moved;
+
+    if (rename(from, to) != 0)
+        return false;
+    if (lstat(from, &left) != 0 || lstat(to, &moved) != 0 || left.st_ino != moved.st_ino || left.st_dev != moved.st_dev)
+        return true;
+    errno = EEXIST;
     return false;
 }
 
 bool fileIsForeign(const struct stat &status)
 {
     return status.st_uid != 0 && status.st_uid != geteuid();
+}
+
+bool fileIsLaid(const struct stat &status)
+{
+    return fileIsForeign(status) || (!S_ISDIR(status.st_mode) && status.st_nlink != 1);
 }
 
 bool fileIsOwn(const struct stat &status)

@@ -3,7 +3,8 @@
 // Nothing here waits: a pipe in place of a file is refused, as a directory or a device is. A file that is only read may
 // be a link that an administrator has set. A file that the daemon writes through is its own: regular, with one link,
 // of root or of the daemon's user, and never reached by a link. What another user has put at its name, and a hard link
-// to another file, is moved aside as it is, and the file is made anew. Nothing here logs, so that the logger can use it; runtime/ownfile.h does.
+// to another file, is moved aside as it is, and the file is made anew. Nothing here logs, so that the logger can use
+// it; runtime/ownfile.h does.
 #pragma once
 
 #include <cstddef>
@@ -30,8 +31,15 @@ constexpr size_t FILE_ASIDE_SIZE = 256;
 // random end. The name goes into `aside`. False, with errno, when it stays.
 [[nodiscard]] bool fileMoveAside(const char *path, char aside[FILE_ASIDE_SIZE]);
 
+// Rename, and false, with errno, also where both names are links to one file, so that nothing has moved.
+[[nodiscard]] bool fileRename(const char *from, const char *to);
+
 // Whether an object belongs to another user than root or the daemon's.
 [[nodiscard]] bool fileIsForeign(const struct stat &status);
+
+// Whether anybody may have laid an object at a name of the daemon's: another user's, or a second name of what stands
+// somewhere else, too (a file, a link, a pipe).
+[[nodiscard]] bool fileIsLaid(const struct stat &status);
 
 // Whether an object is a file of the daemon's own.
 [[nodiscard]] bool fileIsOwn(const struct stat &status);

@@ -324,8 +324,8 @@ static void logRotate()
 
     logFileClose();
     (void)remove(PathGet(PATH_LOG_OLD));
-    if (rename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD)) != 0 &&
-        (!fileMoveAside(PathGet(PATH_LOG_OLD), aside) || rename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD)) != 0))
+    if (!fileRename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD)) &&
+        (!fileMoveAside(PathGet(PATH_LOG_OLD), aside) || !fileRename(PathGet(PATH_LOG), PathGet(PATH_LOG_OLD))))
         (void)unlink(PathGet(PATH_LOG));
     logFileOpen();
     logState.bytesWritten = 0;

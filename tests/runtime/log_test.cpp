@@ -125,10 +125,15 @@ TEST(Log, GoesOnWhereItsFileWasTakenAway)
             mkdir(path.c_str(), 0755);
         if (how == 3)
             (void)!symlink(old.c_str(), path.c_str());
+        if (how == 4) { // one file under both names: a rename would do nothing
+            fileWrite(path, "");
+            std::filesystem::remove_all(path + ".bad");
+            (void)!link(path.c_str(), (path + ".bad").c_str());
+        }
         if (how > 1)
             (void)!lchown(path.c_str(), 65534, 65534);
     };
-    for (int how = 0; how < (geteuid() == 0 ? 4 : 2); how++) {
+    for (int how = 0; how < (geteuid() == 0 ? 5 : 2); how++) {
         takeAway(how);
         LOG_ERROR("next\n");
         std::string log = fileRead(path);

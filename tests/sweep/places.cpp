@@ -244,6 +244,8 @@ static void placeFill(PLACE_T *place, PLACE_KIND kind, const std::string &outsid
         place->lock.fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
         (void)flock(place->lock.fd, LOCK_EX);        // for as long as the run lasts
         (void)!fchown(place->lock.fd, 65534, 65534); // as root
+        std::filesystem::remove_all(path + ".bad");
+        std::filesystem::create_hard_link(path, path + ".bad"); // where it would be moved to
         break;
     case PLACE_GARBAGE:
     case PLACE_COUNT:
@@ -257,6 +259,7 @@ static void placeRestore(PLACE_T *place)
     if (place->lock.fd >= 0)
         close(place->lock.release());
     std::filesystem::remove_all(place->path);
+    std::filesystem::remove_all(place->path + ".bad");
     if (!place->kept.empty())
         std::filesystem::rename(place->kept, place->path);
 }
