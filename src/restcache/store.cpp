@@ -142,7 +142,7 @@ int ensure_lock_dir()
     struct stat status;
 
     int reason = mkdir(dir, 0755) == 0 ? 0 : errno;
-    if (reason == EEXIST && lstat(dir, &status) == 0 && fileIsForeign(status) && ownFileClear(dir))
+    if (reason == EEXIST && lstat(dir, &status) == 0 && fileIsLaid(status) && ownFileClear(dir))
         reason = mkdir(dir, 0755) == 0 ? 0 : errno; // whoever owned it could have taken each lock away
     if (reason == 0 || (reason == EEXIST && isOwnDirectory(dir)))
         return RESULT_OK;
@@ -397,18 +397,17 @@ static bool idRead(const char **cursor, int *id)
 }
 
 // SIGINT means something to every process, to the first one a restart of the switch: whoever left the ids must be root,
-// the daemon's user, or the owner of the process.
+// the daemon's user, or the owner of the process. Whoever laid a link has left what it leads to.
 static bool signalAllowed(FILE *ids, int process)
 {
     char path[32];
-    struct stat file, owner;
+    struct stat file, named, owner;
 
-    if (fstat(fileno(ids), &file) != 0)
+    if (fstat(fileno(ids), &file) != 0 || lstat(PathGet(PATH_WS_PID), &named) != 0)
         return false;
-    if (!fileIsForeign(file))
-        return true;
+    const struct stat &left = fileIsForeign(named) ? named : file;
     snprintf(path, sizeof(path), "/proc/%d", process);
-    if (stat(path, &owner) != 0 || owner.st_uid == file.st_uid)
+    if (!fileIsForeign(left) ? !fileIsLaid(left) : stat(path, &owner) != 0 || owner.st_uid == left.st_uid)
         return true; // it may have gone: nothing is hit then
     LOG_ERROR_AS("send_signal_to_ws", "%s belongs to another user than process %d, not signalled\n",
                  PathGet(PATH_WS_PID), process);

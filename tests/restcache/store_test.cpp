@@ -157,6 +157,9 @@ TEST_F(Store, LockNamesThatCannotBeAFileAreRefused)
     logClear();
     EXPECT_EQ(rest_db_lock_acquire("a", &fd), -1);
     EXPECT_EQ(logText(), "(ERROR) ensure_lock_dir: rest_db_lock: mkdir(" + dir + ") failed: File exists\n");
+    ASSERT_EQ(link(dir.c_str(), (dir + ".bad").c_str()), 0); // anybody's
+    ASSERT_EQ(rest_db_lock_acquire("a", &fd), 0);
+    rest_db_lock_release(fd);
 }
 
 TEST_F(Store, SignalsTheThreadThatTheIdFileNames)
@@ -176,8 +179,19 @@ TEST_F(Store, SignalsTheThreadThatTheIdFileNames)
         EXPECT_EQ(listener.signalled(), ids == BOTH) << text[ids];
         EXPECT_EQ(logText(), ids == PROCESS_ONLY || ids == GARBAGE ? parse : "") << text[ids];
     }
+    for (bool foreign : {true, false}) { // a link of another user's, a hard link
+        LISTENER_T listener;
+        const std::string path = PathGet(PATH_WS_PID), ids = path + ".ids";
+        if (foreign && geteuid() != 0)
+            continue;
+        std::filesystem::rename(path, ids);
+        ASSERT_EQ(foreign ? symlink(ids.c_str(), path.c_str()) : link(ids.c_str(), path.c_str()), 0);
+        ASSERT_TRUE(!foreign || lchown(path.c_str(), 65534, 65534) == 0);
+        send_signal_to_ws();
+        EXPECT_FALSE(listener.signalled()) << foreign;
+        std::filesystem::remove(path);
+    }
     logClear();
-    std::filesystem::remove(PathGet(PATH_WS_PID));
     send_signal_to_ws();
     EXPECT_EQ(logText(), "");
 }
