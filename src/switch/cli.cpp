@@ -14,6 +14,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 
 namespace {
 constexpr size_t COMMAND_SIZE = 255;
@@ -21,6 +22,10 @@ constexpr int BOOTVAR_HEADER_LINES = 14;
 
 // One attempt: command and path cut to the platform's buffers, any earlier file gone. The platform's result.
 int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *outputFile);
+
+// Make an empty output file, of time 0, and remove it again if the platform has not written it.
+void outputMake(const char *path);
+void outputUnwrittenRemove(const char *path);
 
 // File name of a request, as long as an output path may be.
 void requestPath(const SHOW_REQUEST_T &request, char path[PATH_OUTPUT_SIZE]);
@@ -189,9 +194,32 @@ int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *
     textCopy(fileText, sizeof fileText, outputFile);
     if (remove(fileText) != 0 && errno != ENOENT) // there is none, as a rule
         (void)ownFileClear(fileText);             // a folder that holds something: nothing of ours
+    outputMake(fileText);
     openclt_buffer_t commandBuffer = {static_cast<uint32_t>(strlen(commandText) + 1), commandText};
     openclt_buffer_t fileBuffer = {static_cast<uint32_t>(strlen(fileText) + 1), fileText};
-    return rpcclt_openapiCliShowExecuteToFile(clientHandle, &commandBuffer, &fileBuffer);
+    int result = rpcclt_openapiCliShowExecuteToFile(clientHandle, &commandBuffer, &fileBuffer);
+    outputUnwrittenRemove(fileText);
+    return result;
+}
+
+// A command takes its time, and in a folder of everyone's somebody could lay a file of his own meanwhile: it would
+// count as missing afterwards. A name that is the daemon's nobody can take.
+void outputMake(const char *path)
+{
+    OWNED_FD_T file(ownFileOpen(path, O_EXCL, 0666));
+    const struct timespec never[2] = {};
+
+    if (file.fd >= 0 && futimens(file.fd, never) != 0)
+        (void)remove(path); // could not be told from one that was written; the platform makes it
+}
+
+// Writing, and emptying, sets the time.
+void outputUnwrittenRemove(const char *path)
+{
+    struct stat status;
+
+    if (lstat(path, &status) == 0 && fileIsOwn(status) && status.st_size == 0 && status.st_mtime == 0)
+        (void)remove(path);
 }
 
 void requestPath(const SHOW_REQUEST_T &request, char path[PATH_OUTPUT_SIZE])

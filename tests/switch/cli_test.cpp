@@ -65,6 +65,14 @@ TEST_F(CLI, OpenFailureIsLoggedUnderTheReadersName)
         size_t at = log.find(numbered);
         EXPECT_EQ(at == std::string::npos ? log : log.replace(at, numbered.size(), path), expected[line]);
     }
+    vsObserverSet( // nobody can lay a file there while the command runs
+        [](void *, const char *, const char *, bool) {
+            EXPECT_EQ(open(PathGet(PATH_SHOW_SLOT), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666), -1);
+        },
+        nullptr);
+    EXPECT_EQ(cliShowExecuteToFile(&handle, "show slot", path.c_str()), RESULT_OK);
+    vsObserverSet(nullptr, nullptr);
+    EXPECT_FALSE(fileExists(path));
 }
 
 TEST_F(CLI, LinesComeInPiecesOrCut)
