@@ -23,6 +23,9 @@ constexpr int BOOTVAR_HEADER_LINES = 14;
 // One attempt: command and path cut to the platform's buffers, any earlier file gone. The platform's result.
 int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *outputFile);
 
+// Remove an earlier file, or move aside what is none.
+void outputClear(const char *path);
+
 // Make an empty output file, of time 0, and remove it again if the platform has not written it.
 void outputMake(const char *path);
 void outputUnwrittenRemove(const char *path);
@@ -192,14 +195,22 @@ int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *
     char fileText[PATH_OUTPUT_SIZE];
     textCopy(commandText, sizeof commandText, command);
     textCopy(fileText, sizeof fileText, outputFile);
-    if (remove(fileText) != 0 && errno != ENOENT) // there is none, as a rule
-        (void)ownFileClear(fileText);             // a folder that holds something: nothing of ours
+    outputClear(fileText);
     outputMake(fileText);
     openclt_buffer_t commandBuffer = {static_cast<uint32_t>(strlen(commandText) + 1), commandText};
     openclt_buffer_t fileBuffer = {static_cast<uint32_t>(strlen(fileText) + 1), fileText};
     int result = rpcclt_openapiCliShowExecuteToFile(clientHandle, &commandBuffer, &fileBuffer);
     outputUnwrittenRemove(fileText);
     return result;
+}
+
+void outputClear(const char *path)
+{
+    struct stat status;
+
+    // there is none, as a rule; a folder that holds something cannot be removed
+    if (remove(path) != 0 && errno != ENOENT && lstat(path, &status) == 0 && !fileIsOwn(status))
+        (void)ownFileClear(path);
 }
 
 // A command takes its time, and in a folder of everyone's somebody could lay a file of his own meanwhile: it would

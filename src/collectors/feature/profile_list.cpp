@@ -15,6 +15,8 @@
 #include "switch/columns.h"
 #include "switch/walk.h"
 
+#include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <new>
 
@@ -131,21 +133,22 @@ static bool rowsRead(ROWS_T *rows)
 {
     OWNED_DB db;
     sqlite3_stmt *prepared = nullptr;
+    std::bitset<VLAN_LAST + 1> seen;
 
+    // sorted here: SQLite would keep all the rows of a database that somebody has filled with millions
     if (databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db) != SQLITE_OK ||
-        sqlite3_prepare_v2(db.get(),
-                           "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo"
-                           " WHERE CAST(id AS INTEGER) BETWEEN 1 AND 4096 ORDER BY id",
-                           -1, &prepared, nullptr) != SQLITE_OK)
+        sqlite3_prepare_v2(db.get(), "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo", -1,
+                           &prepared, nullptr) != SQLITE_OK)
         return true;
     OWNED_STATEMENT statement(prepared);
     int result;
     while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
         const int id = sqlite3_column_int(prepared, 0);
-        if (rows->count > 0 && rows->entries[rows->count - 1].id == id)
+        if (id < 1 || id > static_cast<int>(VLAN_LAST) || seen.test(static_cast<size_t>(id)))
             continue;
         if (!roomMake(&rows->entries, rows->count, &rows->capacity, ROWS_FIRST))
-            return true;
+            break; // what was read so far
+        seen.set(static_cast<size_t>(id));
         VLAN_INFO_ENTRY_T &entry = rows->entries[rows->count++];
         entry.id = id;
         entry.vlanType = sqlite3_column_int(prepared, 1);
@@ -153,6 +156,10 @@ static bool rowsRead(ROWS_T *rows)
         columnCopy(prepared, 3, entry.profileType, sizeof(entry.profileType));
         columnCopy(prepared, 4, entry.color, sizeof(entry.color));
     }
+    std::sort(rows->entries.get(), rows->entries.get() + rows->count,
+              [](const VLAN_INFO_ENTRY_T &one, const VLAN_INFO_ENTRY_T &other) { return one.id < other.id; });
+    if (result == SQLITE_ROW)
+        return true;
     if (result == SQLITE_DONE)
         return true;
     LOG_ERROR_AS("profileListExGet", "vlanInfo error: %s\n", sqlite3_errmsg(db.get()));
