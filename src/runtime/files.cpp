@@ -117,7 +117,7 @@ bool fileIsForeign(const struct stat &status)
 
 bool fileIsLaid(const struct stat &status)
 {
-    return fileIsForeign(status) || (!S_ISDIR(status.st_mode) && status.st_nlink != 1);
+    return fileIsForeign(status) || (!S_ISDIR(status.st_mode) && status.st_nlink > 1);
 }
 
 bool fileIsOwn(const struct stat &status)
