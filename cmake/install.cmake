@@ -11,10 +11,16 @@ foreach(file devmgr.service devmgr-virtual.service run-virtual)
     configure_file(${packaging}/${file}.in ${made}/${file} @ONLY)
 endforeach()
 
-add_custom_command(OUTPUT ${made}/devmgr.8.gz DEPENDS ${CMAKE_SOURCE_DIR}/docs/devmgr.8
-    COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/docs/devmgr.8 > ${made}/devmgr.8.gz VERBATIM)
-add_custom_target(man_page ALL DEPENDS ${made}/devmgr.8.gz)
-add_dependencies(devmgr man_page)
+function(devmgr_man_page page target component) # a source or a made one; built with TARGET, which is what packages build
+    get_filename_component(name ${page} NAME)
+    add_custom_command(OUTPUT ${made}/${name}.gz DEPENDS ${page} COMMAND gzip -9nc ${page} > ${made}/${name}.gz VERBATIM)
+    add_custom_target(man_page_${name} ALL DEPENDS ${made}/${name}.gz)
+    add_dependencies(${target} man_page_${name})
+    string(REGEX MATCH "[0-9]$" section ${name})
+    install(FILES ${made}/${name}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
+endfunction()
+
+devmgr_man_page(${CMAKE_SOURCE_DIR}/docs/devmgr.8 devmgr devmgr)
 
 # The search path of a program in the build tree is that of its platform library, in the installed tree this one. CMake's
 # own change from the one to the other would leave an empty element in the former, which means the current folder.
@@ -32,7 +38,6 @@ install(TARGETS devmgr COMPONENT devmgr)
 devmgr_installed_rpath(devmgr ${CMAKE_INSTALL_BINDIR} devmgr)
 install(FILES ${made}/devmgr.service DESTINATION ${units} COMPONENT devmgr)
 install(FILES ${packaging}/devmgr.default DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/default RENAME devmgr COMPONENT devmgr)
-install(FILES ${made}/devmgr.8.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT devmgr)
 install(FILES README.md CHANGELOG.md docs/architecture.md docs/consuming.md docs/documents.md docs/porting.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
 install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
@@ -50,4 +55,10 @@ if(TARGET vswitch)
     install(FILES ${packaging}/devmgr-virtual.default DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/default
         RENAME devmgr-virtual COMPONENT virtual)
     install(FILES docs/scenarios.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT virtual)
+    add_custom_command(OUTPUT ${made}/devmgr-scenario.5 VERBATIM
+        DEPENDS ${CMAKE_SOURCE_DIR}/docs/scenarios.md ${CMAKE_SOURCE_DIR}/tools/scenarios_man.py
+        COMMAND /usr/bin/python3 -B ${CMAKE_SOURCE_DIR}/tools/scenarios_man.py ${PROJECT_VERSION}
+            ${CMAKE_SOURCE_DIR}/docs/scenarios.md > ${made}/devmgr-scenario.5)
+    devmgr_man_page(${made}/devmgr-scenario.5 vswitch virtual)
+    devmgr_man_page(${CMAKE_SOURCE_DIR}/docs/vswitch.1 vswitch virtual)
 endif()

@@ -41,6 +41,8 @@ expect virtual <<END
 ./libexec/devmgr/vswitch
 ./libexec/devmgr/writeback
 ./share/doc/devmgr/scenarios.md
+./share/man/man1/vswitch.1.gz
+./share/man/man5/devmgr-scenario.5.gz
 END
 usr= # a build whose prefix is "/" installs most of it below /usr
 [ -d "$root/devmgr/usr" ] && usr=usr/
