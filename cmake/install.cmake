@@ -39,6 +39,7 @@ devmgr_installed_rpath(devmgr ${CMAKE_INSTALL_BINDIR} devmgr)
 install(FILES ${made}/devmgr.service DESTINATION ${units} COMPONENT devmgr)
 install(FILES ${packaging}/devmgr.default DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/default RENAME devmgr COMPONENT devmgr)
 install(FILES README.md CHANGELOG.md docs/architecture.md docs/consuming.md docs/documents.md docs/porting.md
+    docs/troubleshooting.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
 install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
 

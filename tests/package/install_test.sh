@@ -27,6 +27,7 @@ expect devmgr <<END
 ./share/doc/devmgr/consuming.md
 ./share/doc/devmgr/documents.md
 ./share/doc/devmgr/porting.md
+./share/doc/devmgr/troubleshooting.md
 ./share/man/man8/devmgr.8.gz
 END
 expect virtual <<END
