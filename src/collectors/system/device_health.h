@@ -42,7 +42,7 @@ struct USAGE_T {
     char usage[16];
 };
 struct USAGE_TABLE_T {
-    USAGE_T cpu[HEALTH_UNITS];    // over the platform's longest period
+    USAGE_T cpu[HEALTH_UNITS];    // over the first period that is shown, the shortest
     USAGE_T memory[HEALTH_UNITS]; // allocated part of allocated and free
 };
 
