@@ -69,6 +69,11 @@ typedef struct openclt_usp {
 /* Interface types that devmgr asks for. */
 enum { OPENCLT_IF_PHYSICAL = 0, OPENCLT_IF_LAG = 2 };
 
+/* Codes of an interface: link state, administrative state, and the switch-port mode of an automatic trunk. */
+enum { OPENCLT_LINK_UP = 0, OPENCLT_LINK_DOWN = 1, OPENCLT_LINK_DETACHED = 2 };
+enum { OPENCLT_ADMIN_UP = 1, OPENCLT_ADMIN_DOWN = 2 };
+enum { OPENCLT_PORT_MODE_AUTO_TRUNK = 3 };
+
 /* A list of VLAN IDs as it lies in a byte block: the count, then that many IDs. */
 #define OPENCLT_VLAN_LIST_MAX 4096
 typedef struct openclt_vlan_list {

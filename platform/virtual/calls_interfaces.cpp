@@ -9,9 +9,7 @@ namespace {
 constexpr uint32_t COMPLIANCE_SIZE = 64;
 constexpr uint32_t COUNTER_RATE_IN = 58, COUNTER_RATE_OUT = 59;
 constexpr uint32_t SPEED_AUTO = 1;
-constexpr uint32_t STATE_ON = 1, STATE_OFF = 2; // of the administrative and the operational state
-
-enum LINK_STATE : uint32_t { LINK_UP = 0, LINK_DOWN = 1, LINK_DETACHED = 2 };
+constexpr uint32_t STATE_ON = 1, STATE_OFF = 2; // of the operational state
 
 bool attached(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now)
 {
@@ -19,17 +17,17 @@ bool attached(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double n
     return port == nullptr || (port->attached && vsFind<VS_UNIT_T>(state, port->unit, now) != nullptr);
 }
 
-LINK_STATE linkState(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now)
+uint32_t linkState(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now)
 {
     if (!attached(state, interface, now)) {
-        return LINK_DETACHED;
+        return OPENCLT_LINK_DETACHED;
     }
-    return vsInterfaceUp(state, interface, now) ? LINK_UP : LINK_DOWN;
+    return vsInterfaceUp(state, interface, now) ? OPENCLT_LINK_UP : OPENCLT_LINK_DOWN;
 }
 
 uint32_t adminState(const VS_INTERFACE_T &interface)
 {
-    return interface.adminUp ? STATE_ON : STATE_OFF;
+    return interface.adminUp ? OPENCLT_ADMIN_UP : OPENCLT_ADMIN_DOWN;
 }
 
 uint32_t operationalState(const VS_STATE_T &state, const VS_INTERFACE_T &interface, double now)

@@ -71,7 +71,6 @@ constexpr int32_t KRAMER_TYPE_LAST = 9;
 constexpr int VLAN_ID_LAST = 4096;
 constexpr size_t MAP_FIRST_CAPACITY = 32;
 constexpr size_t VENDOR_KEY_SIZE = 32;
-constexpr uint32_t LINK_UP = 0;
 constexpr uint32_t DEFAULT_VLAN = 1;
 
 using VLAN_SET_T = std::bitset<VLAN_ID_LAST + 1>;
@@ -234,8 +233,8 @@ const VENDOR_RECORD_T *portVendorChoose(CLIENT_HANDLE_T *clientHandle, uint32_t 
 
 bool isExamined(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
 {
-    uint32_t state = LINK_UP;
-    if (openapiIfLinkStateGet(clientHandle, ifNum, &state) != OPENCLT_OK || state != LINK_UP)
+    uint32_t state = OPENCLT_LINK_UP;
+    if (openapiIfLinkStateGet(clientHandle, ifNum, &state) != OPENCLT_OK || state != OPENCLT_LINK_UP)
         return false;
     uint32_t isTrunk = 0;
     (void)dot1qSwPortAutoTrunkStatusGet(clientHandle, ifNum, &isTrunk); // a failure is logged, and is no trunk

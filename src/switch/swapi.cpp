@@ -17,8 +17,7 @@ namespace {
 constexpr uint32_t TEXT_SIZE = 256;           // buffer of most texts
 constexpr uint32_t PLATFORM_TEXT_MAX = 65536; // more is no length of a name
 constexpr uint32_t FRAME_SIZE_DEFAULT = 9198;
-constexpr uint32_t SWITCH_MODE_AUTO_TRUNK = 3; // the platform's
-constexpr uint32_t PORT_MODE_TRUNK = 8;        // the documents'
+constexpr uint32_t PORT_MODE_TRUNK = 8; // the documents'
 
 // The platform's result of a call; a failed one is logged under the wrapper's name by a line that ends in that result.
 #define LOGGED(call, ...)                                                                                              \
@@ -220,7 +219,7 @@ int dot1qSwPortAutoTrunkStatusGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum,
     uint32_t mode = 0;
     int result = LOGGED(rpcclt_openapiDot1qSwPortModeGet(clientHandle, ifNum, &mode),
                         "Could not get DOT1Q Port Mode. Mode = %u, Error = %d\n", mode);
-    *status = result == OPENCLT_OK && mode == SWITCH_MODE_AUTO_TRUNK ? 1 : 0;
+    *status = result == OPENCLT_OK && mode == OPENCLT_PORT_MODE_AUTO_TRUNK ? 1 : 0;
     return result;
 }
 

@@ -21,9 +21,6 @@ constexpr size_t MODEL_SIZE = 32;
 constexpr size_t COMPLIANCE_SIZE = 64; // largest optic's text that is asked for
 constexpr size_t PORT_TYPE_SIZE = 16;
 
-constexpr uint32_t LINK_UP = 0;
-constexpr uint32_t LINK_DOWN = 1;
-constexpr uint32_t LINK_DETACHED = 2;
 constexpr uint32_t DOT1X_ON = 1;
 constexpr uint32_t DOT1X_NOT_APPLICABLE = 3;
 
@@ -202,7 +199,7 @@ static void portAdd(STATUS_BUILD_T *build, uint32_t ifNum, uint32_t port, cJSON 
     jsonAddText(row, "portName", name);
     jsonAddNumber(row, "linkState", linkState);
     jsonAddText(row, "stpFwdState", stpText(clientHandle, ifNum, linkState));
-    jsonAddBool(row, "freeze", linkState == LINK_DETACHED || lagFlagGet(&build->lagFlags, ifNum));
+    jsonAddBool(row, "freeze", linkState == OPENCLT_LINK_DETACHED || lagFlagGet(&build->lagFlags, ifNum));
     jsonAddText(row, "linkSpeed", speedText(clientHandle, ifNum, linkState));
     jsonAddNumber(row, "autoTrunk", autoTrunkGet(clientHandle, ifNum));
     jsonAddNumber(row, "dot1xStatus", dot1xStatusGet(build, ifNum));
@@ -221,22 +218,24 @@ static uint32_t portLinkState(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
     uint32_t status = 1;
 
     if (rpcclt_openapiIfStatusGet(clientHandle, ifNum, &status) == OPENCLT_OK && status == 0)
-        return LINK_DETACHED;
+        return OPENCLT_LINK_DETACHED;
     return linkStateGet(clientHandle, ifNum);
 }
 
 static uint32_t linkStateGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
 {
-    uint32_t state = LINK_DOWN;
+    uint32_t state = OPENCLT_LINK_DOWN;
 
-    return openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK ? state : LINK_DOWN;
+    if (openapiIfLinkStateGet(clientHandle, ifNum, &state) != OPENCLT_OK)
+        return OPENCLT_LINK_DOWN;
+    return state;
 }
 
 static const char *stpText(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t linkState)
 {
     uint32_t state = 0;
 
-    if (linkState != LINK_UP)
+    if (linkState != OPENCLT_LINK_UP)
         return "Disable";
     if (rpcclt_openapiDot1SIntfPortFwdStateGet(clientHandle, 0, ifNum, &state) != OPENCLT_OK)
         return "Unknown";
@@ -254,7 +253,7 @@ static const char *speedText(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint
     static_assert(COUNT == 20, "speed codes 0 to 19");
     uint32_t speed = 0;
 
-    if (linkState != LINK_UP || openapiIfSpeedGet(clientHandle, ifNum, &speed) != OPENCLT_OK)
+    if (linkState != OPENCLT_LINK_UP || openapiIfSpeedGet(clientHandle, ifNum, &speed) != OPENCLT_OK)
         return "";
     return speed < COUNT ? texts[speed] : "";
 }
@@ -286,6 +285,6 @@ static void portTypeGet(const STATUS_BUILD_T *build, uint32_t ifNum, uint32_t li
     type[0] = '\0';
     if (rpcclt_openapiBoxsSfpComplianceGet(build->clientHandle, ifNum, &buffer) == OPENCLT_OK)
         columnText(text, 0, sizeof(text), type, PORT_TYPE_SIZE);
-    if (type[0] == '\0' && linkState == LINK_UP)
+    if (type[0] == '\0' && linkState == OPENCLT_LINK_UP)
         textCopy(type, PORT_TYPE_SIZE, "Copper");
 }

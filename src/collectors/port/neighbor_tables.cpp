@@ -17,7 +17,6 @@
 #include <utility>
 
 constexpr size_t FIRST_CAPACITY = 64; // doubled when full
-constexpr uint32_t LINK_UP = 0;
 
 // Interface and address of an ARP entry.
 using ARP_CIRCLE_T = KEY_CIRCLE_T<std::pair<uint32_t, std::array<uint8_t, sizeof(openclt_inet_addr_t::bytes)>>>;
@@ -102,7 +101,7 @@ bool macListHas(const MAC_LIST_T *list, const char *mac)
 static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBOR_IF_T *entry)
 {
     NEIGHBOR_IF_T read = {};
-    uint32_t state = LINK_UP;
+    uint32_t state = OPENCLT_LINK_UP;
 
     if (rpcclt_openapiDot1qSwPortModeGet(clientHandle, ifNum, &read.switchMode) != OPENCLT_OK ||
         ifUnitSlotPortGet(clientHandle, ifNum, &read.usp) != RESULT_OK)
@@ -110,7 +109,7 @@ static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBO
     (void)ifNameGet(clientHandle, ifNum, read.name, sizeof(read.name)); // "" when it fails
     if (openapiVlanIfPvidGet(clientHandle, ifNum, &read.pvid) != OPENCLT_OK)
         read.pvid = 0;
-    read.linkUp = openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == LINK_UP;
+    read.linkUp = openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == OPENCLT_LINK_UP;
     read.valid = true;
     *entry = read;
 }

@@ -18,7 +18,6 @@
 
 constexpr uint32_t LLDP_TEXT_SIZE = 256;                // when the platform does not say
 constexpr uint32_t CHASSIS_IS_MAC = 4, PORT_IS_MAC = 3; // subtypes
-constexpr uint32_t SWITCH_MODE_AUTO_TRUNK = 3;
 
 // What one push works with.
 struct PUSH_T {
@@ -186,7 +185,7 @@ static bool fdbEntryShown(const PUSH_T *push, const FDB_ENTRY_T *entry)
     if (entry->ifNum >= NEIGHBOR_IF_COUNT || entry->learned != 1)
         return false;
     const NEIGHBOR_IF_T *interface = &push->interfaces[entry->ifNum];
-    return interface->valid && interface->switchMode != SWITCH_MODE_AUTO_TRUNK &&
+    return interface->valid && interface->switchMode != OPENCLT_PORT_MODE_AUTO_TRUNK &&
            !macListHas(&push->lldpMacs, entry->mac);
 }
 

@@ -285,8 +285,8 @@ static bool rowBegin(const PORT_LIST_T *list, const PORT_SOURCE_T &source, PORT_
 static uint32_t linkStateOf(const char *text)
 {
     if (strcmp(text, "Up") == 0)
-        return PORT_LINK_UP;
-    return strcmp(text, "Down") == 0 ? PORT_LINK_DOWN : PORT_LINK_OTHER;
+        return OPENCLT_LINK_UP;
+    return strcmp(text, "Down") == 0 ? OPENCLT_LINK_DOWN : OPENCLT_LINK_DETACHED;
 }
 
 static void rowPrint(PORT_LIST_T *list, const PORT_ROW_T *row, const PORT_SETTINGS_T &settings, uint32_t firstLag,
@@ -320,7 +320,7 @@ static void rowPrint(PORT_LIST_T *list, const PORT_ROW_T *row, const PORT_SETTIN
     jsonAddText(object, "stpTcnGuard", enableText(settings.stpTcnGuard));
     jsonAddText(object, "stpFwdState", settings.stpFwdState);
     jsonAddText(object, "stpBPDUFilterMode", enableText(settings.stpBpduFilter));
-    jsonAddBool(object, "freeze", row->linkState == PORT_LINK_OTHER || lagFlagGet(&list->lagFlags, row->ifNum));
+    jsonAddBool(object, "freeze", row->linkState == OPENCLT_LINK_DETACHED || lagFlagGet(&list->lagFlags, row->ifNum));
     if (row->lag)
         lagPrint(object);
     else

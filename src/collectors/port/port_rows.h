@@ -76,8 +76,6 @@ struct PORT_ROW_T {
     uint32_t linkState;
 };
 
-enum PORT_LINK : uint32_t { PORT_LINK_UP = 0, PORT_LINK_DOWN = 1, PORT_LINK_OTHER = 2 };
-
 // How a document reads its settings.
 struct PORT_SOURCE_T {
     const char *caller;   // function name in log lines

@@ -134,13 +134,13 @@ static void descriptionRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char 
 
 static uint32_t adminStateRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
 {
-    uint32_t state = 1;
+    uint32_t state = OPENCLT_ADMIN_UP;
 
     int result = openapiIfAdminStateGet(clientHandle, ifNum, &state);
     if (result == OPENCLT_OK)
         return state;
     LOG_ERROR_AS(CALLER, "port:%d - port admin state error (rc = %d)\n", static_cast<int>(ifNum), result);
-    return 1;
+    return OPENCLT_ADMIN_UP;
 }
 
 // Asked directly: an interface without one is no fault, so no line is logged for it.

@@ -15,7 +15,6 @@
 
 constexpr size_t COUNTERS = 7;
 constexpr size_t NAME_SIZE = 256;
-constexpr uint32_t LINK_UP = 0;
 
 // Counters, in the order of the document, and key names of one direction.
 struct DIRECTION_T {
@@ -209,9 +208,9 @@ static uint32_t utilisationGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, ui
 
 static bool linkUp(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
 {
-    uint32_t state = LINK_UP;
+    uint32_t state = OPENCLT_LINK_UP;
 
-    return openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == LINK_UP;
+    return openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == OPENCLT_LINK_UP;
 }
 
 static uint64_t counterGet(CLIENT_HANDLE_T *clientHandle, uint32_t counter, uint32_t ifNum)

@@ -91,7 +91,7 @@ static void statusSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, v
     *settings = static_cast<STATUS_T *>(context)->settings[row->index];
     settings->stpEdge =
         rpcclt_openapiDot1SIntfEdgePortModeGet(list->clientHandle, row->ifNum, &edge) == OPENCLT_OK && edge != 0;
-    if (row->lag || row->linkState != PORT_LINK_OTHER)
+    if (row->lag || row->linkState != OPENCLT_LINK_DETACHED)
         return;
     if (openapiIfAutoNegGet(list->clientHandle, row->ifNum, &autoNeg) != OPENCLT_OK)
         autoNeg = 1;

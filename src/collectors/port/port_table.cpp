@@ -184,13 +184,11 @@ static void vlansRead(PORT_TABLE_T *table)
 
 static void statesRead(PORT_TABLE_T *table)
 {
-    constexpr uint32_t ADMIN_DEFAULT = 1;
-
     portRecordsVisit(table, [table](PORT_RECORD_T *record) {
         if (openapiIfOprStateGet(table->clientHandle, record->ifNum, &record->portState) != OPENCLT_OK)
             record->portState = 0;
         if (openapiIfAdminStateGet(table->clientHandle, record->ifNum, &record->adminState) != OPENCLT_OK)
-            record->adminState = ADMIN_DEFAULT;
+            record->adminState = OPENCLT_ADMIN_UP;
     });
 }
 

@@ -230,9 +230,9 @@ static bool statusRowStore(CLIENT_HANDLE_T *clientHandle, const char *line, cons
     if (record->linkSpeed[0] == '\0')
         getPortLinkSpeed(clientHandle, ifNum, record->linkSpeed);
     if (strstr(line, "Up ") != nullptr)
-        record->linkState = PORT_LINK_UP;
+        record->linkState = OPENCLT_LINK_UP;
     else
-        record->linkState = strstr(line, "Detach ") != nullptr ? PORT_LINK_DETACHED : PORT_LINK_DOWN;
+        record->linkState = strstr(line, "Detach ") != nullptr ? OPENCLT_LINK_DETACHED : OPENCLT_LINK_DOWN;
     record->stpMode = strstr(line, "BLK") != nullptr ? 1 : 0;
     return true;
 }

@@ -18,9 +18,6 @@ constexpr uint32_t PORT_VLANS_MAX = 4096;   // entries of a port's VLAN ID list
 constexpr uint32_t SHURE_FLAGS_SIZE = 1000; // by interface number
 constexpr size_t PORT_RATE_SIZE = 21;
 
-constexpr uint32_t PORT_LINK_UP = 0;
-constexpr uint32_t PORT_LINK_DOWN = 1;
-constexpr uint32_t PORT_LINK_DETACHED = 2;
 constexpr uint32_t PORT_DOT1X_ON = 1;
 constexpr uint32_t PORT_DOT1X_NOT_APPLICABLE = 3;
 
@@ -35,7 +32,7 @@ struct PORT_RECORD_T {
     char portType[13];
     uint32_t portState;
     uint32_t adminState;
-    uint32_t linkState; // PORT_LINK_...
+    uint32_t linkState; // OPENCLT_LINK_...
     uint32_t stpMode;   // 1: blocked by spanning tree
     uint32_t dot1xStatus;
     uint32_t autoTrunk;      // 1: switchportMode is 8

@@ -104,7 +104,7 @@ static void recordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot, con
         cardRecordPlace(table, slot, record);
     else if (record.port <= slot.unit->portCount)
         portFill(table, shown, jsonAppendObject(slot.ports));
-    else if (record.linkState != PORT_LINK_DETACHED && modelFanoutRootGet(slot.unit->model, record.port, &root) == 0)
+    else if (record.linkState != OPENCLT_LINK_DETACHED && modelFanoutRootGet(slot.unit->model, record.port, &root) == 0)
         subPortAdd(table, shown, root, slot.fanout);
 }
 
@@ -117,7 +117,7 @@ static void cardRecordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot,
         portFill(table, {&record, MODULE_QSFP, SPEED_40G}, jsonAppendObject(slot.ports));
         return;
     }
-    if (record.linkState == PORT_LINK_DETACHED || modelFanoutRootGet(FANOUT_CARD, record.port, &root) != 0)
+    if (record.linkState == OPENCLT_LINK_DETACHED || modelFanoutRootGet(FANOUT_CARD, record.port, &root) != 0)
         return;
     if (record.port % PORTS_A_ROOT == 2 && slot.previous != nullptr)
         subPortAdd(table, {slot.previous, MODULE_SUB_PORT, SPEED_10G}, root, slot.fanout);
@@ -201,7 +201,7 @@ static bool shureLearns(const PORT_TABLE_T *table, const PORT_RECORD_T &record)
 
 static void detectAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
 {
-    if (record.linkState != PORT_LINK_UP || record.autoTrunk == 1 || table->profiles == nullptr)
+    if (record.linkState != OPENCLT_LINK_UP || record.autoTrunk == 1 || table->profiles == nullptr)
         return;
     const char *word = portVendorWordGet(table->clientHandle, record.ifNum,
                                          vlanSlotsFind(table->profiles.get(), record.pvid), &table->fdb);
