@@ -10,6 +10,7 @@
 #include "runtime/paths.h"
 #include "runtime/result.h"
 #include "stores/oui.h"
+#include "stores/vlan_info.h"
 #include "switch/columns.h"
 #include "switch/lldp.h"
 #include "switch/swapi.h"
@@ -63,10 +64,6 @@ constexpr VENDOR_RECORD_T VENDORS[] = {
     {"jap", {"Just Add Power AV"}, {"48:5D:EB", "C2:00:00"}, nullptr, VENDOR_BY_FDB},
 };
 static_assert(sizeof VENDORS / sizeof VENDORS[0] == 23, "vendors");
-
-// Profiles of these types are one vendor's, whatever their type's name.
-constexpr int32_t KRAMER_TYPE_FIRST = 6;
-constexpr int32_t KRAMER_TYPE_LAST = 9;
 
 constexpr int VLAN_ID_LAST = 4096;
 constexpr size_t MAP_FIRST_CAPACITY = 32;
@@ -252,7 +249,7 @@ const VENDOR_RECORD_T *profileVendor(const PROFILE_MAP_ROW_T &profile)
 
 bool profileSelects(const PROFILE_MAP_ROW_T &profile, const VENDOR_RECORD_T &vendor)
 {
-    if (profile.vlanType >= KRAMER_TYPE_FIRST && profile.vlanType <= KRAMER_TYPE_LAST)
+    if (isKramerType(profile.vlanType)) // whatever the type's name
         return strcmp(vendor.key, "kramer") == 0;
     for (const char *profileType : vendor.profileTypes) {
         if (profileType != nullptr && strcasecmp(profileType, profile.profileType) == 0)

@@ -16,6 +16,13 @@ struct VLAN_INFO_ENTRY_T {
     char color[8]; // "#rrggbb"
 };
 
+// Profile types of these numbers are variants of one profile.
+inline constexpr char KRAMER_PROFILE[] = "Kramer AV";
+[[nodiscard]] constexpr bool isKramerType(int32_t vlanType)
+{
+    return vlanType >= 6 && vlanType <= 9;
+}
+
 constexpr uint32_t VLAN_INFO_CAPACITY = 4096;
 
 // All rows, up to the capacity.

@@ -140,6 +140,11 @@ int modelPortCapabilityGet(const char *model, uint32_t port, uint32_t *capabilit
     return RESULT_OK;
 }
 
+bool modelIsSfpCard(const char *model)
+{
+    return strcmp(model, "QMD-K6") == 0 || strcmp(model, "QMD-K7") == 0 || strcmp(model, "QMD-K8") == 0;
+}
+
 int modelPortCountGet(const char *model, uint32_t *count)
 {
     const MODEL_T *record = modelFind(model);

@@ -6,6 +6,14 @@
 #include <cstddef>
 #include <cstdint>
 
+// Models that differ in kind from the others.
+inline constexpr char MODEL_CARD_CHASSIS[] = "TK700-S13"; // cards in slots 1 to 12, nothing in slot 0
+inline constexpr char MODEL_MODULAR[] = "TK830-T03";      // the unit's own ports in slot 0, one card in slot 1
+inline constexpr char MODEL_FANOUT_CARD[] = "QMD-K1";     // of the card chassis; its 40G ports fan out
+
+// Whether a card's ports are shown as SFP whatever is in them.
+[[nodiscard]] bool modelIsSfpCard(const char *model);
+
 // Speed class of a port by model and port number: 3 gigabit, 4 multi-gigabit, 6 10G, 8 25G, 9 40G, 10 50G, 11 100G, 0
 // for a number without a port of its own. Preset to 3; 10000 when the model or the port is not in the table.
 [[nodiscard]] int modelPortCapabilityGet(const char *model, uint32_t port, uint32_t *capability);

@@ -17,8 +17,6 @@
 namespace {
 constexpr size_t MODEL_SIZE = 256;
 constexpr char READER[] = "slotModelGet"; // whose name the lines of the row readers carry
-constexpr char MODULAR_MODEL[] = "TK830-T03";
-constexpr char SFP_MODEL[] = "TK700-S13"; // its ports are classed by what is plugged in
 
 // Slot table of modular units, from their first look-up to the end of the process.
 struct SLOT_CACHE_T {
@@ -83,12 +81,12 @@ int ifCapabilitiesGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *c
     (void)rpcclt_openapiHashIntfUnitSlotPortGet(clientHandle, ifNum, &usp);
     int result = stackUnitMgrPreconfigModelIdGet(clientHandle, usp.unit, model);
 
-    if (strcmp(model, MODULAR_MODEL) == 0) {
+    if (strcmp(model, MODEL_MODULAR) == 0) {
         slotCacheFill(clientHandle, model);
         if (moduleCapabilityGet(ifNum, usp, capability))
             return RESULT_OK;
     }
-    if (strcmp(model, SFP_MODEL) == 0) {
+    if (strcmp(model, MODEL_CARD_CHASSIS) == 0) { // its ports are classed by what is plugged in
         int sfpResult = sfpCapabilityGet(clientHandle, ifNum, capability);
         return sfpResult != RESULT_OK ? sfpResult : result;
     }

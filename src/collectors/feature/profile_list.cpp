@@ -272,10 +272,9 @@ static VLAN_INFO_ENTRY_T profileGet(ROWS_T *rows, uint32_t vlanId)
     return profile;
 }
 
-// Four type numbers are variants of one profile.
 static const char *shownType(const VLAN_INFO_ENTRY_T &profile)
 {
-    return profile.vlanType >= 6 && profile.vlanType <= 9 ? "Kramer AV" : profile.profileType;
+    return isKramerType(profile.vlanType) ? KRAMER_PROFILE : profile.profileType;
 }
 
 // Follows the stored type, not the shown one.

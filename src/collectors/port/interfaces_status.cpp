@@ -8,6 +8,7 @@
 #include "runtime/result.h"
 #include "switch/columns.h"
 #include "switch/labels.h"
+#include "switch/models.h"
 #include "switch/swapi.h"
 #include "switch/walk.h"
 
@@ -174,7 +175,7 @@ static void slotModelGet(STATUS_BUILD_T *build, uint32_t unit, uint32_t slot, ch
     openclt_buffer_t buffer = {sizeof(card) - 1, card};
 
     textCopy(model, MODEL_SIZE, build->unit[unit].model);
-    if (strcmp(model, "TK830-T03") != 0)
+    if (strcmp(model, MODEL_MODULAR) != 0)
         return;
     if (rpcclt_openapiCardTypeGet(build->clientHandle, unit, slot, &cardType) != OPENCLT_OK || cardType == 0)
         return;

@@ -7,6 +7,7 @@
 #include "runtime/result.h"
 #include "switch/cli.h"
 #include "switch/columns.h"
+#include "switch/models.h"
 #include "switch/swapi.h"
 #include "switch/walk.h"
 
@@ -20,9 +21,6 @@ constexpr size_t CARD_MODEL_SIZE = 32;
 // Media types of the platform from here on are all shown as one.
 constexpr uint32_t SFP_TYPE_QSFP = 3;
 enum MODULE_TYPE : uint32_t { MODULE_NONE = 0, MODULE_SFP = 1, MODULE_QSFP = 4 };
-
-// Cards whose ports are shown as SFP whatever is in them.
-static const char *const sfpCards[] = {"QMD-K6", "QMD-K7", "QMD-K8"};
 
 static char stackCapable[STACK_TABLE_SIZE][STACK_TEXT_SIZE];
 
@@ -118,9 +116,5 @@ static bool onSfpCard(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
     if (rpcclt_openapiCardSupportedCardModelIdGet(clientHandle, cardType, &buffer) != OPENCLT_OK)
         return false;
     strTrimRight(model);
-    for (const char *card : sfpCards) {
-        if (strcmp(model, card) == 0)
-            return true;
-    }
-    return false;
+    return modelIsSfpCard(model);
 }

@@ -17,13 +17,8 @@
 #include <strings.h>
 
 constexpr uint32_t FRAME_SIZE_DEFAULT = 9198;
-constexpr size_t OPTIONS_SIZE = 32;                            // fan-out modes of a port, 31 characters
-constexpr int32_t VENDOR_TYPE_FIRST = 6, VENDOR_TYPE_LAST = 9; // VLAN types of the one vendor whose name is shown
+constexpr size_t OPTIONS_SIZE = 32; // fan-out modes of a port, 31 characters
 constexpr uint32_t SFP_TYPE_QSFP = 3;
-
-// Chassis whose ports are those of their modules.
-static const char EXPANSION_MODEL[] = "TK700-S13"; // slot 0 has none
-static const char MODULAR_MODEL[] = "TK830-T03";   // slot 0 is the unit itself
 
 // Progress of the document that tells it.
 #define TRACE(source, ...)                                                                                             \
@@ -120,9 +115,9 @@ static int unitPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODEL
 {
     int result;
 
-    if (strcmp(record->model, MODULAR_MODEL) == 0)
+    if (strcmp(record->model, MODEL_MODULAR) == 0)
         return modularPortsCount(source, unit, slots, record, total);
-    if (strcmp(record->model, EXPANSION_MODEL) == 0) {
+    if (strcmp(record->model, MODEL_CARD_CHASSIS) == 0) {
         result = expansionPortsCount(slots, unit, &record->physicalPorts);
         *total += record->physicalPorts;
         return result;
@@ -390,11 +385,11 @@ static void optionsGet(const PORT_LIST_T *list, const PORT_ROW_T *row, char opti
     uint32_t sfpType = 0;
 
     options[0] = '\0';
-    if (strcmp(model, EXPANSION_MODEL) == 0) {
+    if (strcmp(model, MODEL_CARD_CHASSIS) == 0) {
         if (rpcclt_openapiBoxsSfpTypeGet(list->clientHandle, row->ifNum, &sfpType) != OPENCLT_OK ||
             sfpType != SFP_TYPE_QSFP)
             return;
-        model = "QMD-K1";
+        model = MODEL_FANOUT_CARD;
     }
     (void)modelFanoutModesGet(model, row->usp.port, options, OPTIONS_SIZE); // none: the text stays empty
 }
@@ -450,8 +445,8 @@ static void profileSelect(uint32_t vlanId, VLAN_INFO_READS_T *reads, PORT_PROFIL
 
 static void profileFrom(int32_t vlanType, const char *type, const char *name, PORT_PROFILE_T *profile)
 {
-    if (vlanType >= VENDOR_TYPE_FIRST && vlanType <= VENDOR_TYPE_LAST)
-        snprintf(profile->profileTemplate, sizeof(profile->profileTemplate), "%s: %s", "Kramer AV", type);
+    if (isKramerType(vlanType))
+        snprintf(profile->profileTemplate, sizeof(profile->profileTemplate), "%s: %s", KRAMER_PROFILE, type);
     else
         textCopy(profile->profileTemplate, sizeof(profile->profileTemplate), type);
     textCopy(profile->profileName, sizeof(profile->profileName), name);

@@ -18,9 +18,7 @@
 #include <algorithm>
 #include <cstring>
 
-constexpr char CHASSIS_700[] = "TK700-S13"; // cards in slots 1 to 12, which count as 8 ports each
-constexpr char CHASSIS_830[] = "TK830-T03"; // front ports in slot 0, one card in slot 1
-constexpr uint32_t CHASSIS_700_CARD_RECORDS = 8;
+constexpr uint32_t CHASSIS_CARD_RECORDS = 8; // of each card of the card chassis
 
 constexpr uint32_t IF_MAP_SIZE = 768;      // interface numbers whose VLANs are looked at
 constexpr uint32_t INTERFACES_MAX = 65536; // more is taken for a wrong answer and cut to this
@@ -140,14 +138,14 @@ static int unitCount(PORT_TABLE_T *table, uint32_t unitNumber)
     char(*slots)[SLOT_MODEL_SIZE] = table->slots.model[unitNumber];
     int result = RESULT_OK;
 
-    if (strcmp(unit->model, CHASSIS_700) == 0) {
+    if (strcmp(unit->model, MODEL_CARD_CHASSIS) == 0) {
         for (uint32_t slot = 1; slot < SLOT_COUNT && result == RESULT_OK; slot++) {
             if (slots[slot][0] != '\0')
-                result = modelAdd(unit, slots[slot], &CHASSIS_700_CARD_RECORDS);
+                result = modelAdd(unit, slots[slot], &CHASSIS_CARD_RECORDS);
         }
         return result;
     }
-    if (strcmp(unit->model, CHASSIS_830) == 0) {
+    if (strcmp(unit->model, MODEL_MODULAR) == 0) {
         if (slots[0][0] == '\0')
             textCopy(slots[0], SLOT_MODEL_SIZE, unit->model);
         result = modelAdd(unit, slots[0], nullptr);
@@ -328,7 +326,7 @@ static void modulesRead(PORT_TABLE_T *table)
 {
     uint32_t firstBySlot = 1;
 
-    while (firstBySlot <= PORT_TABLE_UNITS && strcmp(table->units[firstBySlot - 1].model, CHASSIS_830) != 0)
+    while (firstBySlot <= PORT_TABLE_UNITS && strcmp(table->units[firstBySlot - 1].model, MODEL_MODULAR) != 0)
         firstBySlot++;
     portRecordsVisit(table, [table, firstBySlot](PORT_RECORD_T *record) {
         (void)boxsSfpTypeGet(table->clientHandle, record->ifNum, &record->moduleType); // 0, logged
@@ -344,16 +342,11 @@ static void modulesRead(PORT_TABLE_T *table)
 // Optical cards give 1, all others 0. False for a slot without a model.
 static bool slotModuleTypeGet(const PORT_TABLE_T *table, const PORT_RECORD_T *record, uint32_t *type)
 {
-    static const char *const optical[] = {"QMD-K6", "QMD-K7", "QMD-K8"};
     const char *model = slotModelAt(&table->slots, record->unit, record->slot);
 
     if (model[0] == '\0')
         return false;
-    *type = 0;
-    for (const char *card : optical) {
-        if (strcmp(model, card) == 0)
-            *type = 1;
-    }
+    *type = modelIsSfpCard(model) ? 1 : 0;
     return true;
 }
 

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cstring>
 
-constexpr char FANOUT_CARD[] = "QMD-K1";
 constexpr uint32_t PORTS_A_ROOT = 4; // of the card: the first of four is the front port
 constexpr uint32_t MODULE_QSFP = 3, MODULE_SUB_PORT = 2;
 constexpr uint32_t SPEED_40G = 9, SPEED_10G = 6; // classes
@@ -88,7 +87,7 @@ static SLOT_SHOWN_T slotAdd(const PORT_TABLE_T *table, const PORT_UNIT_T &unit, 
     slot.unit = &unit;
     slot.open = true;
     slot.id = record.slot;
-    slot.isFanoutCard = strcmp(model, FANOUT_CARD) == 0;
+    slot.isFanoutCard = strcmp(model, MODEL_FANOUT_CARD) == 0;
     slot.ports = jsonAddArray(object, "port");
     slot.fanout = jsonAddArray(object, "fanout");
     return slot;
@@ -117,7 +116,7 @@ static void cardRecordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot,
         portFill(table, {&record, MODULE_QSFP, SPEED_40G}, jsonAppendObject(slot.ports));
         return;
     }
-    if (record.linkState == OPENCLT_LINK_DETACHED || modelFanoutRootGet(FANOUT_CARD, record.port, &root) != 0)
+    if (record.linkState == OPENCLT_LINK_DETACHED || modelFanoutRootGet(MODEL_FANOUT_CARD, record.port, &root) != 0)
         return;
     if (record.port % PORTS_A_ROOT == 2 && slot.previous != nullptr)
         subPortAdd(table, {slot.previous, MODULE_SUB_PORT, SPEED_10G}, root, slot.fanout);

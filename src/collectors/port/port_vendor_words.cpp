@@ -7,6 +7,7 @@
 
 #include "runtime/result.h"
 #include "stores/oui.h"
+#include "stores/vlan_info.h"
 #include "switch/columns.h"
 #include "switch/lldp.h"
 
@@ -71,11 +72,6 @@ static_assert(sizeof ouiVendors / sizeof ouiVendors[0] == 33, "OUIs");
 // A vendor whose OUIs have words of their own, which begin with it.
 static constexpr char FAMILY[] = "harman";
 
-// Profiles of these types are one vendor's when the name of their type says nothing.
-constexpr uint32_t KRAMER_TYPE_FIRST = 6;
-constexpr uint32_t KRAMER_TYPE_LAST = 9;
-static constexpr char KRAMER[] = "kramer";
-
 static constexpr char AUDAC_KEYWORD[] = "Audac"; // in this case only
 
 static const PROFILE_VENDOR_T *profileVendorFind(const char *profileType);
@@ -100,8 +96,8 @@ const char *portVendorWordGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, con
         return nullptr;
     const PROFILE_VENDOR_T *row = profileVendorFind(profile->profileType);
     if (row == nullptr) {
-        bool isKramer = profile->vlanType >= KRAMER_TYPE_FIRST && profile->vlanType <= KRAMER_TYPE_LAST;
-        return isKramer ? wordByFdb(KRAMER, ifNum, fdb) : nullptr;
+        bool isKramer = isKramerType(static_cast<int32_t>(profile->vlanType)); // the type's name says nothing
+        return isKramer ? wordByFdb("kramer", ifNum, fdb) : nullptr;
     }
 
     const char *word = nullptr;
