@@ -116,9 +116,7 @@ constexpr char initCompleteText[] =
 static_assert(sizeof(initCompleteText) == 86 + 1, "readers compare it as text");
 
 constexpr uint32_t WATCHED_INTERFACES = 1000;
-constexpr uint8_t VENDOR_REPEATS = 2; // further builds after a port came up: its addresses are learned late
-constexpr uint32_t LINK_UP = 0;
-constexpr uint32_t LINK_DOWN = 1;
+constexpr uint8_t VENDOR_REPEATS = 2;    // further builds after a port came up: its addresses are learned late
 constexpr time_t FIBER_REQUEST_AGE = 60; // seconds
 constexpr uint32_t REFRESH_EVENT = 2;
 constexpr uint32_t EVENT_MASK = 3;
@@ -401,7 +399,7 @@ static bool linkScan()
     bool changed = false;
 
     for (IF_WALK_T port = ifWalkStart(&monitor.clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port)) {
-        uint32_t state = LINK_DOWN;
+        uint32_t state = OPENCLT_LINK_DOWN;
 
         if (port.ifNum >= WATCHED_INTERFACES ||
             openapiIfLinkStateGet(&monitor.clientHandle, port.ifNum, &state) != OPENCLT_OK)
@@ -417,11 +415,11 @@ static bool linkCameUp(uint32_t ifNum, uint32_t state)
 {
     uint8_t *countdown = &monitor.countdown[ifNum];
 
-    if (state != LINK_UP) {
+    if (state != OPENCLT_LINK_UP) {
         *countdown = 0;
         return false;
     }
-    if (monitor.firstScan || monitor.linkState[ifNum] != LINK_UP) {
+    if (monitor.firstScan || monitor.linkState[ifNum] != OPENCLT_LINK_UP) {
         *countdown = VENDOR_REPEATS;
         return true;
     }
