@@ -70,8 +70,9 @@ int fileOpenOwn(const char *path, int flags, mode_t mode, char aside[FILE_ASIDE_
             return file.release();
         // A kernel that protects such folders refuses to open what is another user's there: the name tells.
         bool there = lstat(path, &status) == 0;
-        bool failed = there && fileIsLaid(status) ? !fileMoveAside(path, aside)
-                                              : file.fd < 0 || (there && !S_ISREG(status.st_mode)); // root's, no file
+        bool failed = there && fileIsLaid(status)
+                          ? !fileMoveAside(path, aside)
+                          : file.fd < 0 || (there && !S_ISREG(status.st_mode)); // root's, no file
         if (failed) {
             errno = file.fd < 0 ? reason : EINVAL;
             return -1;

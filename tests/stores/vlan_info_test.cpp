@@ -5,8 +5,8 @@
 #include "support/root.h"
 
 #include <chrono>
-#include <csignal>
 #include <climits>
+#include <csignal>
 
 using namespace std::string_literals;
 
@@ -129,10 +129,11 @@ TEST_F(VlanInfo, WriteOfAKilledProgramIsTakenBack)
     EXPECT_EQ(childRun([] {
                   OWNED_DB other = sqlOpen(PATH_VLANINFO_DB);
                   // beyond the cache, so that pages of the unfinished write are in the file
-                  for (const char *sql : {"pragma cache_size = 1", "begin exclusive", "pragma cache_spill = 1",
-                                          "update vlanInfo set profileName = 'half'",
-                                          "with recursive n(i) as (select 100 union all select i + 1 from n where i < 4000)"
-                                          "insert into vlanInfo select i, 1, hex(zeroblob(100)), '', '' from n"})
+                  for (const char *sql :
+                       {"pragma cache_size = 1", "begin exclusive", "pragma cache_spill = 1",
+                        "update vlanInfo set profileName = 'half'",
+                        "with recursive n(i) as (select 100 union all select i + 1 from n where i < 4000)"
+                        "insert into vlanInfo select i, 1, hex(zeroblob(100)), '', '' from n"})
                       (void)sqlite3_exec(other.get(), sql, nullptr, nullptr, nullptr);
                   raise(SIGKILL);
                   return 0;
@@ -150,9 +151,8 @@ TEST_F(VlanInfo, ViewsAndTriggersDoNotRun)
     sqlRun(PATH_VLANINFO_DB, "create trigger t after insert on vlanInfo begin update vlanInfo set color = 'red'; end");
     EXPECT_EQ(vlanInfoReplace(1, 1, "n", "t", "#000000"), 0);
     EXPECT_EQ(row(1), "1|n|t|#000000");
-    sqlRun(PATH_VLANINFO_DB,
-           "drop table vlanInfo; create view vlanInfo as"
-           " select 1 as id, 2 as vlanType, 'n' as profileName, 't' as profileType, '' as color");
+    sqlRun(PATH_VLANINFO_DB, "drop table vlanInfo; create view vlanInfo as"
+                             " select 1 as id, 2 as vlanType, 'n' as profileName, 't' as profileType, '' as color");
     EXPECT_EQ(listLoad(), -1);
     EXPECT_NE(logText().find("access to view \"vlanInfo\" prohibited"), std::string::npos) << logText();
 }
