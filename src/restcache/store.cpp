@@ -103,9 +103,9 @@ bool restDbAnnounce(const char *apiName)
     const char *path = PathGet(PATH_REST_DELTA);
     struct stat status;
 
-    // whatever is no file of the daemon's would freeze the cache
-    if (lstat(path, &status) == 0 && !fileIsOwn(status))
-        (void)ownFileClear(path); // what stays there does not open
+    // whatever is no file of the daemon's would freeze the cache; what stays there does not open
+    if (lstat(path, &status) == 0 && !fileIsOwn(status) && ownFileClear(path) && !fileIsForeign(status))
+        restDbNamesAnnounce(); // perhaps the list itself, to which somebody has made a link: its names were not read
     OWNED_FD_T list(ownFileOpen(path, O_APPEND, 0666));
     size_t length = strlen(apiName) + 1;
     OWNED_TEXT line(static_cast<char *>(malloc(length + 1)));

@@ -33,7 +33,6 @@ constexpr size_t REASON_SIZE = 128;
 
 static bool isFile(const char *path);
 static int checkRun(sqlite3 *db, const char *sql, char *reason);
-static void namesAnnounce();
 static bool nameTake(const char *text, char *name);
 static bool moveAside(PATH_ID from, PATH_ID to);
 static bool recordBadFind(RESTDB_NAME_T isOurs, char *name);
@@ -74,7 +73,7 @@ bool restDbSetAside(const char *reason)
     const char *path = PathGet(PATH_REST_DB);
     const char *aside = PathGet(PATH_REST_DB_BAD);
 
-    namesAnnounce();
+    restDbNamesAnnounce();
     restDbChanged = 1;
     (void)moveAside(PATH_REST_JOURNAL, PATH_REST_JOURNAL_BAD); // seldom there: other programs may keep one
     if (moveAside(PATH_REST_DB, PATH_REST_DB_BAD)) {
@@ -116,7 +115,7 @@ static int checkRun(sqlite3 *db, const char *sql, char *reason)
     return SQLITE_CORRUPT;
 }
 
-static void namesAnnounce()
+void restDbNamesAnnounce()
 {
     OWNED_DB db;
     sqlite3_stmt *prepared = nullptr;

@@ -21,3 +21,6 @@ void restDbCheck(RESTDB_NAME_T isOurs);
 // Move the file and its journal aside, in place of those moved there before, and announce the names that can still be
 // read from it: a reader then sees which records are gone. One error line. False when the file could not be moved away.
 [[nodiscard]] bool restDbSetAside(const char *reason);
+
+// Announce the names of all records, as far as they can be read.
+void restDbNamesAnnounce();

@@ -68,6 +68,10 @@ TEST_F(Store, WritesNothingThatCannotBeAnnounced)
     fileWrite(PathGet(PATH_REST_DELTA), "half a na"); // of a program that was killed
     write("a", "{}");
     EXPECT_EQ(changeList(), "half a na\na\n");
+    const std::string list = PathGet(PATH_REST_DELTA);
+    std::filesystem::create_hard_link(list, list + ".link"); // the list is left, none of its names is lost
+    write("b", "{}");
+    EXPECT_EQ(changeList(), "a\nb\n");
 }
 
 TEST_F(Store, ReportsADatabaseThatDoesNotServe)
