@@ -35,7 +35,7 @@ enum SHOW_OPEN_LINE : int {
 // *platformResult of the SHOW_FILE_T holds the platform's own result).
 enum SHOW_RUN : int { SHOW_RUN_RUNNER, SHOW_RUN_PLATFORM };
 
-// One show command as a collector wants it.
+// One show command as a collector wants it. What differs from the presets is set by name.
 struct SHOW_REQUEST_T {
     const char *caller; // function name in the log lines
     const char *command;
@@ -44,6 +44,11 @@ struct SHOW_REQUEST_T {
     SHOW_AFTER after = SHOW_AFTER_REMOVE;
     SHOW_OPEN_LINE openLine = SHOW_OPEN_LOWER;
     SHOW_RUN run = SHOW_RUN_RUNNER;
+
+    SHOW_REQUEST_T(const char *callerName, const char *showCommand, PATH_ID outputFile)
+        : caller(callerName), command(showCommand), file(outputFile)
+    {
+    }
 };
 
 // An output file being read. Closes, and removes as asked, when it goes out of scope.

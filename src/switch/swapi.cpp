@@ -227,9 +227,10 @@ int swPortsModeGet(CLIENT_HANDLE_T *clientHandle, uint32_t *modes, uint32_t leng
 {
     memset(modes, 0, length * sizeof *modes);
     SHOW_FILE_T show;
-    int result = showFileRun(&show, clientHandle,
-                             {__func__, "show interfaces switchport trunk", PATH_SHOW_TRUNK, SHOW_NAME_RANDOM,
-                              SHOW_AFTER_REMOVE, SHOW_OPEN_UPPER});
+    SHOW_REQUEST_T request = {__func__, "show interfaces switchport trunk", PATH_SHOW_TRUNK};
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_UPPER;
+    int result = showFileRun(&show, clientHandle, request);
     if (result != RESULT_OK)
         return result == RESULT_FAILED ? RESULT_OK : result;
 

@@ -55,10 +55,10 @@ TEST_F(CLI, OpenFailureIsLoggedUnderTheReadersName)
     for (int line = SHOW_OPEN_LOWER; line <= SHOW_OPEN_SILENT; line++) {
         logClear();
         SHOW_FILE_T show;
-        EXPECT_EQ(showFileRun(&show, &handle,
-                              {"reader", "show slot", PATH_SHOW_SLOT, SHOW_NAME_RANDOM, SHOW_AFTER_REMOVE,
-                               static_cast<SHOW_OPEN_LINE>(line)}),
-                  RESULT_OPEN_FAILED);
+        SHOW_REQUEST_T request = {"reader", "show slot", PATH_SHOW_SLOT};
+        request.name = SHOW_NAME_RANDOM;
+        request.openLine = static_cast<SHOW_OPEN_LINE>(line);
+        EXPECT_EQ(showFileRun(&show, &handle, request), RESULT_OPEN_FAILED);
         std::string numbered = show.path; // the number comes straight after the name
         ASSERT_EQ(numbered.compare(0, path.size(), path), 0);
         std::string log = logText();

@@ -161,12 +161,12 @@ static void modeAdd(cJSON *array, double number, MULTICAST_MODE mode)
 
 static void deniedAddressesAdd(CLIENT_HANDLE_T *clientHandle, cJSON *addresses)
 {
-    SHOW_REQUEST_T request = {"getDenyList",     "show ip access-list NET-BLOCK",
-                              PATH_SHOW_ACL,     SHOW_NAME_RANDOM,
-                              SHOW_AFTER_REMOVE, SHOW_OPEN_UPPER};
+    SHOW_REQUEST_T request = {"getDenyList", "show ip access-list NET-BLOCK", PATH_SHOW_ACL};
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
 
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_UPPER;
     if (showFileRun(&show, clientHandle, request) != RESULT_OK)
         return; // its line is logged
     LOG_DEBUG_AS("getDenyList", "Analysis cli output\r\n");

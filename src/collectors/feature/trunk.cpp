@@ -19,12 +19,12 @@ static bool isEnabled(const char *line);
 
 int getAutoLagCfg(CLIENT_HANDLE_T *clientHandle, char **out)
 {
-    SHOW_REQUEST_T request = {__func__,           "show port-channel auto all",
-                              PATH_SHOW_AUTO_LAG, SHOW_NAME_RANDOM,
-                              SHOW_AFTER_REMOVE,  SHOW_OPEN_UPPER};
+    SHOW_REQUEST_T request = {__func__, "show port-channel auto all", PATH_SHOW_AUTO_LAG};
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
 
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_UPPER;
     *out = nullptr;
     int result = showFileRun(&show, clientHandle, request);
     if (result != RESULT_OK)
@@ -41,12 +41,12 @@ int getAutoLagCfg(CLIENT_HANDLE_T *clientHandle, char **out)
 // Global Auto-Trunk Mode........................ Enabled
 int switchTrunkModeGet(CLIENT_HANDLE_T *clientHandle, char **out)
 {
-    SHOW_REQUEST_T request = {__func__,        "show interfaces switchport trunk",
-                              PATH_SHOW_TRUNK, SHOW_NAME_FIXED,
-                              SHOW_AFTER_KEEP, SHOW_OPEN_UPPER};
+    SHOW_REQUEST_T request = {__func__, "show interfaces switchport trunk", PATH_SHOW_TRUNK};
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
 
+    request.after = SHOW_AFTER_KEEP;
+    request.openLine = SHOW_OPEN_UPPER;
     *out = nullptr;
     OWNED_JSON trunk(cJSON_CreateObject());
     if (trunk == nullptr) {

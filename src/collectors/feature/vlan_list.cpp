@@ -44,8 +44,9 @@ int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[V
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
 
-    const SHOW_REQUEST_T request = {__func__,         "show ip interface brief", PATH_SHOW_IP_INTERFACE,
-                                    SHOW_NAME_RANDOM, SHOW_AFTER_REMOVE,         SHOW_OPEN_UPPER};
+    SHOW_REQUEST_T request = {__func__, "show ip interface brief", PATH_SHOW_IP_INTERFACE};
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_UPPER;
     int result = showFileRun(&show, clientHandle, request);
     if (result == RESULT_FAILED) { // no output is left: a command that failed shows as a file that does not open
         LOG_ERROR("Can not open file:%s\r\n", show.path);

@@ -270,8 +270,9 @@ static int clockPrioritiesGet(CLIENT_HANDLE_T *clientHandle, CLOCK_PRIORITIES_T 
     bool found1 = false, found2 = false;
 
     *clock = {};
-    int result = showFileRun(&show, clientHandle,
-                             {__func__, "show dot1as summary", PATH_SHOW_DOT1AS, SHOW_NAME_FIXED, SHOW_AFTER_KEEP});
+    SHOW_REQUEST_T request = {__func__, "show dot1as summary", PATH_SHOW_DOT1AS};
+    request.after = SHOW_AFTER_KEEP;
+    int result = showFileRun(&show, clientHandle, request);
     if (result != RESULT_OK)
         return result;
     while (showFileLine(&show, line, sizeof(line))) {

@@ -103,9 +103,11 @@ static int outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_I
 {
     SHOW_FILE_T show;
 
-    int result = showFileRun(
-        &show, clientHandle,
-        {"fiberOpticsGet", command, path, SHOW_NAME_FIXED, SHOW_AFTER_KEEP, SHOW_OPEN_SILENT, SHOW_RUN_PLATFORM});
+    SHOW_REQUEST_T request = {"fiberOpticsGet", command, path};
+    request.after = SHOW_AFTER_KEEP;
+    request.openLine = SHOW_OPEN_SILENT;
+    request.run = SHOW_RUN_PLATFORM;
+    int result = showFileRun(&show, clientHandle, request);
     return result == RESULT_FAILED ? result : cutFileLoad(file, show.stream);
 }
 

@@ -126,8 +126,8 @@ static void commandsRead(STATUS_T *status)
 
     for (const COMMAND_T &one : commands) {
         SHOW_FILE_T show;
-        const SHOW_REQUEST_T request = {"getPortStatusListFast", one.command,      one.file,       SHOW_NAME_FIXED,
-                                        SHOW_AFTER_REMOVE,       SHOW_OPEN_SILENT, SHOW_RUN_RUNNER};
+        SHOW_REQUEST_T request = {"getPortStatusListFast", one.command, one.file};
+        request.openLine = SHOW_OPEN_SILENT;
         if (showFileRun(&show, status->list->clientHandle, request) != RESULT_OK)
             continue;
         status->selected = nullptr;

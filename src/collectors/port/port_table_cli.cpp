@@ -129,9 +129,11 @@ int portStatsGetFromCli(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, PORT_LOAD
         return RESULT_OK;
     }
     snprintf(command, sizeof(command), "show interface %s", name);
-    int result = showFileRun(&show, clientHandle,
-                             {__func__, command, PATH_SHOW_INTERFACE, SHOW_NAME_RANDOM, SHOW_AFTER_REMOVE,
-                              SHOW_OPEN_SILENT, SHOW_RUN_PLATFORM});
+    SHOW_REQUEST_T request = {__func__, command, PATH_SHOW_INTERFACE};
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_SILENT;
+    request.run = SHOW_RUN_PLATFORM;
+    int result = showFileRun(&show, clientHandle, request);
     if (show.platformResult != OPENCLT_OK) {
         LOG_ERROR("Bad return code trying to execute CLI show command. (result = %d) (command = %s)\r\n",
                   show.platformResult, command);

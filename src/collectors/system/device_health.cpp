@@ -58,9 +58,10 @@ int deviceHealthGet(CLIENT_HANDLE_T *clientHandle, char **out)
 
 int environmentGet(CLIENT_HANDLE_T *clientHandle, FAN_TABLE_T *fans, SENSOR_TABLE_T *sensors, uint32_t *fanControlMode)
 {
-    SHOW_REQUEST_T request = {__func__, "show environment", PATH_SHOW_ENVIRONMENT, SHOW_NAME_RANDOM};
+    SHOW_REQUEST_T request = {__func__, "show environment", PATH_SHOW_ENVIRONMENT};
     SHOW_FILE_T show;
 
+    request.name = SHOW_NAME_RANDOM;
     *fans = {};
     *sensors = {};
     *fanControlMode = 0;
@@ -85,12 +86,13 @@ int environmentGet(CLIENT_HANDLE_T *clientHandle, FAN_TABLE_T *fans, SENSOR_TABL
 // Total CPU Utilization           7.24%    6.91%    7.03%
 int cpuMemoryUsageGet(CLIENT_HANDLE_T *clientHandle, USAGE_TABLE_T *table)
 {
-    SHOW_REQUEST_T request = {__func__, "show process cpu all", PATH_SHOW_PROCESS_CPU, SHOW_NAME_RANDOM};
+    SHOW_REQUEST_T request = {__func__, "show process cpu all", PATH_SHOW_PROCESS_CPU};
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
     int unit = 0;
     int64_t allocated = 0, free = 0;
 
+    request.name = SHOW_NAME_RANDOM;
     *table = {};
     int result = showFileRun(&show, clientHandle, request);
     if (result != RESULT_OK)

@@ -96,10 +96,11 @@ int configuredTimezoneGet(char text[CONFIGURED_TIMEZONE_SIZE])
 // Summer Time............................ Recurring (EU)
 int getSummerTime(CLIENT_HANDLE_T *clientHandle, int *rule)
 {
-    SHOW_REQUEST_T request = {__func__, "show clock detail", PATH_SHOW_CLOCK_DETAIL, SHOW_NAME_FIXED, SHOW_AFTER_KEEP};
+    SHOW_REQUEST_T request = {__func__, "show clock detail", PATH_SHOW_CLOCK_DETAIL};
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
 
+    request.after = SHOW_AFTER_KEEP;
     *rule = 0;
     int result = showFileRun(&show, clientHandle, request);
     if (result != RESULT_OK)

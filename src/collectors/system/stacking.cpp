@@ -91,11 +91,12 @@ int getStacking(CLIENT_HANDLE_T *clientHandle, char **out)
 // Up Time........................... 0 days 1 hrs 2 mins 3 secs
 void unitInfoGet(CLIENT_HANDLE_T *clientHandle, UNIT_INFO_RECORD_T records[STACK_UNITS])
 {
-    SHOW_REQUEST_T request = {__func__, "show switch detail", PATH_SHOW_SWITCH_DETAIL, SHOW_NAME_RANDOM};
+    SHOW_REQUEST_T request = {__func__, "show switch detail", PATH_SHOW_SWITCH_DETAIL};
     SHOW_FILE_T show;
     char line[CLI_LINE_SIZE];
     UNIT_INFO_RECORD_T *record = &records[0];
 
+    request.name = SHOW_NAME_RANDOM;
     if (showFileRun(&show, clientHandle, request) != RESULT_OK)
         return;
     while (showFileLine(&show, line, sizeof(line))) {
