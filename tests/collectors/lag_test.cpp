@@ -1,4 +1,4 @@
-#include "collectors/feature/lag.h"
+#include "collectors/feature/sw_lag_cfg.h"
 #include "support/build.h"
 
 // Ports 10 (1/0/1), 20 (1/2/3) and 30 (2/0/5); LAG 100 has two of them and a phantom, LAG 101 nothing.

@@ -1,4 +1,4 @@
-#include "collectors/feature/logging_config.h"
+#include "collectors/feature/logging.h"
 #include "support/build.h"
 #include "switch/fixture.h"
 

@@ -1,5 +1,5 @@
 #include "collectors/feature/multicast.h"
-#include "collectors/feature/multicast_groups.h"
+#include "collectors/feature/multicast_groups_ex.h"
 #include "restcache/store.h"
 #include "support/build.h"
 

@@ -1,5 +1,5 @@
-#include "collectors/port/neighbor_rows.h"
-#include "collectors/port/neighbors.h"
+#include "collectors/port/neighbor_ex.h"
+#include "collectors/port/neighbor_ex_rows.h"
 #include "restcache/store.h"
 #include "stores/sql.h"
 #include "support/build.h"

@@ -1,4 +1,4 @@
-#include "collectors/feature/poe_schedule.h"
+#include "collectors/feature/schedule_list.h"
 #include "support/build.h"
 
 // Ports 101 (1/0/5) and 105 (1/0/6) on "night", 201 (2/0/5) on "nightly"; "night" is weekly with three entries.

@@ -1,4 +1,4 @@
-#include "collectors/feature/poe.h"
+#include "collectors/feature/swcfg_poe.h"
 #include "support/build.h"
 
 // Two units; ports 10 (1/0/5, feeds a camera on a schedule), 20 (1/1/5, switched off) and 30 (2/0/1, no PoE).

@@ -1,4 +1,4 @@
-#include "collectors/port/port_hardware.h"
+#include "collectors/port/port_hardware_info.h"
 #include "support/build.h"
 
 // A modular unit: a copper port of its own and two optical ones on a card.

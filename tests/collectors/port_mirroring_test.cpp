@@ -1,4 +1,4 @@
-#include "collectors/feature/port_mirroring.h"
+#include "collectors/feature/sw_portmirroring.h"
 #include "support/build.h"
 #include "switch/fixture.h"
 

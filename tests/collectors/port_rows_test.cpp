@@ -1,5 +1,5 @@
-#include "collectors/port/port_settings.h"
-#include "collectors/port/port_status.h"
+#include "collectors/port/swcfg_ports_settings.h"
+#include "collectors/port/swcfg_ports_status.h"
 #include "stores/sql.h"
 #include "support/build.h"
 

@@ -1,4 +1,4 @@
-#include "collectors/port/port_statistics.h"
+#include "collectors/port/port_stats.h"
 #include "support/build.h"
 
 // Interface numbers are hundreds and the clock stands at 15 s: there the virtual switch's rates are exactly the set

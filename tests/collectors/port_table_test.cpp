@@ -1,4 +1,4 @@
-#include "collectors/port/port_table.h"
+#include "collectors/port/swcfg_port.h"
 #include "stores/sql.h"
 #include "support/build.h"
 

@@ -1,4 +1,4 @@
-#include "collectors/feature/profile_list.h"
+#include "collectors/feature/profile_list_ex.h"
 #include "stores/sql.h"
 #include "support/build.h"
 

@@ -1,4 +1,4 @@
-#include "collectors/feature/profile_templates.h"
+#include "collectors/feature/profile.h"
 #include "support/build.h"
 
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "collectors/feature/ptp.h"
+#include "collectors/feature/sw_ptp_cfg.h"
 #include "stores/sql.h"
 #include "support/build.h"
 #include "switch/fixture.h"

@@ -1,4 +1,4 @@
-#include "collectors/system/special_interface.h"
+#include "collectors/system/special_interface_route.h"
 #include "support/build.h"
 
 using SpecialInterface = BUILDER_TEST;

@@ -1,4 +1,4 @@
-#include "collectors/feature/trunk.h"
+#include "collectors/feature/sw_trunk_cfg.h"
 #include "support/build.h"
 
 static const char autoLagCommand[] = "show port-channel auto all";

@@ -1,0 +1,358 @@
+#include "collectors/feature/profile_list_ex.h"
+
+// Three sources are read once each into tables by VLAN ID: the profile database, the ports and LAGs, the routing
+// interfaces. One walk over the VLANs then joins them; the database's rows ascend as the walk does, so a cursor that
+// only moves forward finds them. Exported configurations are parsed when a VLAN first needs them and kept to the end of
+// the build.
+
+#include "runtime/clock.h"
+#include "runtime/database.h"
+#include "runtime/json.h"
+#include "runtime/log.h"
+#include "runtime/paths.h"
+#include "runtime/result.h"
+#include "stores/vlan_info.h"
+#include "switch/columns.h"
+#include "switch/walk.h"
+
+#include <algorithm>
+#include <bitset>
+#include <cstring>
+#include <new>
+
+constexpr uint32_t VLAN_LAST = 4096;
+constexpr uint32_t ROWS_FIRST = 64;
+constexpr uint32_t EXPORTS_FIRST = 16;
+constexpr int TYPE_DATA = 1; // VLANs of this type have no exported configuration
+
+struct ROWS_T {
+    OWNED_ARRAY<VLAN_INFO_ENTRY_T> entries; // ascending ID
+    uint32_t count = 0;
+    uint32_t capacity = 0;
+    uint32_t cursor = 0;
+};
+
+// One exported configuration; the document is null when its file is missing or is not JSON.
+struct EXPORT_T {
+    char profileType[256];
+    cJSON *document; // owned by EXPORTS_T
+};
+struct EXPORTS_T {
+    OWNED_ARRAY<EXPORT_T> entries;
+    uint32_t count = 0;
+    uint32_t capacity = 0;
+
+    EXPORTS_T() = default;
+    EXPORTS_T(const EXPORTS_T &) = delete;
+    EXPORTS_T &operator=(const EXPORTS_T &) = delete;
+    ~EXPORTS_T()
+    {
+        for (uint32_t i = 0; i < count; i++)
+            cJSON_Delete(entries[i].document);
+    }
+};
+
+// One build: what is known of each VLAN ID.
+struct PROFILE_BUILD_T {
+    CLIENT_HANDLE_T *clientHandle = nullptr;
+    ROWS_T rows;
+    EXPORTS_T exports;
+    OWNED_JSON tagged[VLAN_LAST + 1], untagged[VLAN_LAST + 1]; // interface numbers; null for none
+    char ip[VLAN_LAST + 1][16] = {}, mask[VLAN_LAST + 1][16] = {};
+};
+
+static bool rowsRead(ROWS_T *rows);
+static void bucketsFill(PROFILE_BUILD_T *build);
+static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum);
+static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum);
+static void routingFill(PROFILE_BUILD_T *build);
+static void vlansAdd(PROFILE_BUILD_T *build, cJSON *array);
+static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId);
+static VLAN_INFO_ENTRY_T profileGet(ROWS_T *rows, uint32_t vlanId);
+static const char *shownType(const VLAN_INFO_ENTRY_T &profile);
+static bool routingAllowed(const char *profileType);
+static OWNED_JSON bucketTake(OWNED_JSON *buckets, uint32_t vlanId);
+static OWNED_JSON assignedPorts(EXPORTS_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId);
+static const cJSON *assignedFind(const cJSON *document, uint32_t vlanId);
+static const cJSON *exportGet(EXPORTS_T *exports, const char *profileType);
+static OWNED_JSON exportLoad(const char *profileType);
+static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t size);
+static long milliseconds(int64_t from, int64_t to);
+
+// Room for one more element: doubled when full. False without memory; what is there stays.
+template <typename T> static bool roomMake(OWNED_ARRAY<T> *array, uint32_t count, uint32_t *capacity, uint32_t first)
+{
+    if (count < *capacity)
+        return true;
+    const uint32_t wanted = *capacity == 0 ? first : *capacity * 2;
+    T *grown = static_cast<T *>(realloc(array->get(), wanted * sizeof(T)));
+    if (grown == nullptr)
+        return false;
+    (void)array->release(); // realloc has taken it
+    array->reset(grown);
+    *capacity = wanted;
+    return true;
+}
+
+int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
+{
+    const int64_t start = ClockMicroseconds();
+
+    if (out == nullptr)
+        return RESULT_INVALID_POINTER;
+    *out = nullptr;
+    OWNED_JSON array(cJSON_CreateArray());
+    std::unique_ptr<PROFILE_BUILD_T> build(new (std::nothrow) PROFILE_BUILD_T);
+    if (array == nullptr || build == nullptr)
+        return RESULT_INVALID_POINTER;
+
+    build->clientHandle = clientHandle;
+    if (!rowsRead(&build->rows))
+        return RESULT_FAILED;
+    const int64_t rowsDone = ClockMicroseconds();
+    bucketsFill(build.get());
+    routingFill(build.get());
+    const int64_t tablesDone = ClockMicroseconds();
+    // A port that was lost for want of memory would be missed by somebody; a VLAN without memory is left out.
+    const bool portsLost = jsonIncomplete();
+    vlansAdd(build.get(), array.get());
+    const int64_t end = ClockMicroseconds();
+    build.reset();
+    LOG_DEBUG("profileListExGet: vlanInfo=%ld ms, portBuckets=%ld ms, vlanWalk=%ld ms, total=%ld ms\n",
+              milliseconds(start, rowsDone), milliseconds(rowsDone, tablesDone), milliseconds(tablesDone, end),
+              milliseconds(start, end));
+
+    if (!portsLost)
+        *out = jsonPrint(array.get(), JSON_COMPACT);
+    return *out == nullptr ? RESULT_FAILED : RESULT_OK;
+}
+
+// The rows that a VLAN ID can find: one an ID. No file, no table: no rows, and every VLAN shows its defaults. False
+// when the read breaks off (logged): with defaults in their place the document would look whole.
+static bool rowsRead(ROWS_T *rows)
+{
+    OWNED_DB db;
+    sqlite3_stmt *prepared = nullptr;
+    std::bitset<VLAN_LAST + 1> seen;
+
+    // sorted here: SQLite would keep all the rows of a database that somebody has filled with millions
+    if (databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db) != SQLITE_OK ||
+        sqlite3_prepare_v2(db.get(), "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo", -1,
+                           &prepared, nullptr) != SQLITE_OK)
+        return true;
+    OWNED_STATEMENT statement(prepared);
+    int result;
+    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
+        const int id = sqlite3_column_int(prepared, 0);
+        if (id < 1 || id > static_cast<int>(VLAN_LAST) || seen.test(static_cast<size_t>(id)))
+            continue;
+        if (!roomMake(&rows->entries, rows->count, &rows->capacity, ROWS_FIRST))
+            break; // what was read so far
+        seen.set(static_cast<size_t>(id));
+        VLAN_INFO_ENTRY_T &entry = rows->entries[rows->count++];
+        entry.id = id;
+        entry.vlanType = sqlite3_column_int(prepared, 1);
+        columnCopy(prepared, 2, entry.profileName, sizeof(entry.profileName));
+        columnCopy(prepared, 3, entry.profileType, sizeof(entry.profileType));
+        columnCopy(prepared, 4, entry.color, sizeof(entry.color));
+    }
+    std::sort(rows->entries.get(), rows->entries.get() + rows->count,
+              [](const VLAN_INFO_ENTRY_T &one, const VLAN_INFO_ENTRY_T &other) { return one.id < other.id; });
+    if (result == SQLITE_ROW)
+        return true;
+    if (result == SQLITE_DONE)
+        return true;
+    LOG_ERROR_AS("profileListExGet", "vlanInfo error: %s\n", sqlite3_errmsg(db.get()));
+    return false;
+}
+
+static void bucketsFill(PROFILE_BUILD_T *build)
+{
+    uint32_t maxMembers = 0;
+
+    for (IF_WALK_T port = ifWalkStart(build->clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
+        interfaceEnter(build, port.ifNum);
+
+    IF_WALK_T lag = ifWalkStart(build->clientHandle, OPENCLT_IF_LAG);
+    if (!lag.valid || rpcclt_openapiLagMaxMemberCountGet(build->clientHandle, &maxMembers) != OPENCLT_OK)
+        return;
+    for (; lag.valid && maxMembers > 0; ifWalkNext(&lag)) {
+        LAG_MEMBERS_T members;
+        if (lagMembersGet(build->clientHandle, lag.ifNum, maxMembers, &members) == RESULT_OK && members.count > 0)
+            interfaceEnter(build, lag.ifNum);
+    }
+}
+
+static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum)
+{
+    openclt_vlan_list_t list;
+    openclt_buffer_t buffer = {sizeof(list), reinterpret_cast<char *>(&list)};
+    uint32_t pvid = 0;
+
+    list.count = 0;
+    if (rpcclt_openapiDot1qSwPortTaggedVlanListGet(build->clientHandle, ifNum, &buffer) == OPENCLT_OK) {
+        for (uint32_t i = 0; i < list.count && i < OPENCLT_VLAN_LIST_MAX; i++) {
+            if (list.ids[i] <= VLAN_LAST)
+                bucketAdd(&build->tagged[list.ids[i]], ifNum);
+        }
+    }
+    if (openapiVlanIfPvidGet(build->clientHandle, ifNum, &pvid) == OPENCLT_OK && pvid <= VLAN_LAST)
+        bucketAdd(&build->untagged[pvid], ifNum);
+}
+
+static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum)
+{
+    if (*bucket == nullptr)
+        bucket->reset(cJSON_CreateArray());
+    jsonAppendNumber(bucket->get(), ifNum);
+}
+
+static void routingFill(PROFILE_BUILD_T *build)
+{
+    uint32_t rtrIfNum = 0;
+    uint32_t next = 0;
+
+    while (rpcclt_openapiRtrIntfNextGet(build->clientHandle, rtrIfNum, &next) == OPENCLT_OK && next > rtrIfNum) {
+        uint32_t vlanId = 0, address = 0, prefixLength = 0;
+        rtrIfNum = next;
+        if (rpcclt_openapiRtrIntfVlanIdGet(build->clientHandle, rtrIfNum, &vlanId) != OPENCLT_OK || vlanId < 1 ||
+            vlanId > VLAN_LAST)
+            continue;
+        if (rpcclt_openapiRtrIntfIpAddrGet(build->clientHandle, OPENCLT_AF_IPV4, rtrIfNum, &address, &prefixLength) !=
+                OPENCLT_OK ||
+            address == 0)
+            continue;
+        ipv4Text(address, build->ip[vlanId]);
+        prefixLenMaskText(prefixLength, build->mask[vlanId]);
+    }
+}
+
+static void vlansAdd(PROFILE_BUILD_T *build, cJSON *array)
+{
+    for (VLAN_WALK_T walk = vlanWalkStart(build->clientHandle); walk.valid; vlanWalkNext(&walk)) {
+        jsonBuildBegin(); // each VLAN is whole or left out
+        OWNED_JSON object = vlanObject(build, walk.vlanId);
+        if (!jsonIncomplete())
+            jsonAppend(array, std::move(object));
+    }
+    jsonBuildBegin();
+}
+
+static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId)
+{
+    const VLAN_INFO_ENTRY_T profile = profileGet(&build->rows, vlanId);
+    OWNED_JSON object(cJSON_CreateObject());
+
+    jsonAddNumber(object.get(), "vlanId", vlanId);
+    jsonAddNumber(object.get(), "vlanType", profile.vlanType);
+    jsonAddBool(object.get(), "static", openapiVlanIsStatic(build->clientHandle, vlanId) != 0);
+    jsonAddText(object.get(), "name", profile.profileName);
+    jsonAddText(object.get(), "profileType", shownType(profile));
+    jsonAddText(object.get(), "color", profile.color);
+    jsonAddText(object.get(), "ip", vlanId <= VLAN_LAST ? build->ip[vlanId] : "");
+    jsonAddText(object.get(), "ipMask", vlanId <= VLAN_LAST ? build->mask[vlanId] : "");
+    jsonAddBool(object.get(), "routing", routingAllowed(profile.profileType));
+    jsonAddItem(object.get(), "tagged", bucketTake(build->tagged, vlanId));
+    jsonAddItem(object.get(), "untagged", bucketTake(build->untagged, vlanId));
+    jsonAddItem(object.get(), "assignedPort", assignedPorts(&build->exports, profile, vlanId));
+    return object;
+}
+
+// The VLAN's row, to which the cursor moves; the defaults when it has none.
+static VLAN_INFO_ENTRY_T profileGet(ROWS_T *rows, uint32_t vlanId)
+{
+    while (rows->cursor < rows->count && rows->entries[rows->cursor].id < static_cast<int64_t>(vlanId))
+        rows->cursor++;
+    if (rows->cursor < rows->count && rows->entries[rows->cursor].id == static_cast<int64_t>(vlanId))
+        return rows->entries[rows->cursor];
+
+    VLAN_INFO_ENTRY_T profile = {static_cast<int32_t>(vlanId), TYPE_DATA, "", "", "#000000"};
+    snprintf(profile.profileName, sizeof(profile.profileName), "VLAN%u", vlanId);
+    textCopy(profile.profileType, sizeof(profile.profileType), vlanId == 1 ? "Default" : "Data");
+    return profile;
+}
+
+static const char *shownType(const VLAN_INFO_ENTRY_T &profile)
+{
+    return isKramerType(profile.vlanType) ? KRAMER_PROFILE : profile.profileType;
+}
+
+// Follows the stored type, not the shown one.
+static bool routingAllowed(const char *profileType)
+{
+    return strcmp(profileType, "Allen & Heath gigaACEGX") != 0 && strcmp(profileType, "Audio Basalte Multiroom") != 0;
+}
+
+static OWNED_JSON bucketTake(OWNED_JSON *buckets, uint32_t vlanId)
+{
+    if (vlanId <= VLAN_LAST && buckets[vlanId] != nullptr)
+        return std::move(buckets[vlanId]);
+    return OWNED_JSON(cJSON_CreateArray());
+}
+
+static OWNED_JSON assignedPorts(EXPORTS_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId)
+{
+    const char *type = profile.profileType;
+    const cJSON *assigned = nullptr;
+
+    if (profile.vlanType != TYPE_DATA && type[0] != '\0' && strcmp(type, "Default") != 0)
+        assigned = assignedFind(exportGet(exports, type), vlanId);
+    return OWNED_JSON(cJSON_IsArray(assigned) ? cJSON_Duplicate(assigned, 1) : cJSON_CreateArray());
+}
+
+// profileConfig.vlans[first of this VLAN].ports.assignedPort; null when a member is missing.
+static const cJSON *assignedFind(const cJSON *document, uint32_t vlanId)
+{
+    const cJSON *vlans = cJSON_GetObjectItem(cJSON_GetObjectItem(document, "profileConfig"), "vlans");
+    const cJSON *vlan;
+
+    if (!cJSON_IsArray(vlans))
+        return nullptr;
+    cJSON_ArrayForEach(vlan, vlans)
+    {
+        const cJSON *id = cJSON_GetObjectItem(vlan, "vlanId");
+        if (cJSON_IsNumber(id) && id->valuedouble == static_cast<double>(vlanId))
+            return cJSON_GetObjectItem(cJSON_GetObjectItem(vlan, "ports"), "assignedPort");
+    }
+    return nullptr;
+}
+
+// The exported configuration of a profile type, parsed at its first use; null when there is none.
+static const cJSON *exportGet(EXPORTS_T *exports, const char *profileType)
+{
+    for (uint32_t i = 0; i < exports->count; i++) {
+        if (strcmp(exports->entries[i].profileType, profileType) == 0)
+            return exports->entries[i].document;
+    }
+    OWNED_JSON document = exportLoad(profileType);
+    if (!roomMake(&exports->entries, exports->count, &exports->capacity, EXPORTS_FIRST))
+        return nullptr;
+    EXPORT_T &entry = exports->entries[exports->count++];
+    textCopy(entry.profileType, sizeof(entry.profileType), profileType);
+    entry.document = document.release(); // the cache's now
+    return entry.document;
+}
+
+static OWNED_JSON exportLoad(const char *profileType)
+{
+    char name[256];
+    char path[512];
+
+    if (!profileFileName(profileType, name, sizeof(name)))
+        return nullptr;
+    snprintf(path, sizeof(path), "%s%s", PathGet(PATH_EXPORT_DIR), name);
+    return jsonFileLoad(path);
+}
+
+// A text column, cut to size-1; NULL is an empty text.
+static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t size)
+{
+    const unsigned char *text = sqlite3_column_text(statement, column);
+
+    textCopy(out, size, text == nullptr ? "" : reinterpret_cast<const char *>(text));
+}
+
+static long milliseconds(int64_t from, int64_t to)
+{
+    return static_cast<long>((to - from) / 1000);
+}
