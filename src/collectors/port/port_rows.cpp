@@ -1,7 +1,7 @@
 #include "collectors/port/port_rows.h"
 
 // The steps of a build in their order: units, tables, LAG members, rows. A row's record is put together from the
-// status table, the platform and the document's own settings, and printed by the one routine rowPrint. Uses the tables
+// status table, the platform and the document's own settings, and shaped by the one routine rowPrint. Uses the tables
 // of interfaces_table.h, the walks, models and wrappers of switch/, the VLAN profiles of stores/.
 
 #include "runtime/json.h"
@@ -54,11 +54,10 @@ static void profileSelect(uint32_t vlanId, VLAN_INFO_READS_T *reads, PORT_PROFIL
 static void profileFrom(int32_t vlanType, const char *type, const char *name, PORT_PROFILE_T *profile);
 static const char *enableText(bool on);
 
-int portRowsBuild(CLIENT_HANDLE_T *clientHandle, const PORT_SOURCE_T &source, char **out)
+int portRowsBuild(CLIENT_HANDLE_T *clientHandle, const PORT_SOURCE_T &source, OWNED_JSON *document)
 {
     PORT_LIST_T list = {};
 
-    *out = nullptr;
     list.clientHandle = clientHandle;
     OWNED_JSON root(cJSON_CreateObject());
     cJSON *rows = jsonAddArray(root.get(), "rows");
@@ -81,7 +80,17 @@ int portRowsBuild(CLIENT_HANDLE_T *clientHandle, const PORT_SOURCE_T &source, ch
     jsonAddNumber(root.get(), "indexPage", source.indexPage);
     jsonAddNumber(root.get(), "pageSize", count);
     jsonAddNumber(root.get(), "total", count);
-    return jsonToStr(root.get(), JSON_FORMATTED, out);
+    *document = std::move(root);
+    return RESULT_OK;
+}
+
+int portRowsPrint(CLIENT_HANDLE_T *clientHandle, const PORT_SOURCE_T &source, char **out)
+{
+    OWNED_JSON document;
+
+    *out = nullptr;
+    int result = portRowsBuild(clientHandle, source, &document);
+    return result == RESULT_OK ? jsonToStr(document.get(), JSON_FORMATTED, out) : result;
 }
 
 const char *portAutoNegText(uint32_t mode)

@@ -1,5 +1,5 @@
 // port_rows.h - the rows that the documents "swcfg_ports_status" and "swcfg_ports_settings" have in common: one for
-// each port and LAG of the interfaces status table, printed once from one record.
+// each port and LAG of the interfaces status table, put together in one place.
 //
 // The two documents differ in where a row's settings come from: whole tables of show commands, or calls for each
 // interface. Each hands in how it reads them (PORT_SOURCE_T); all else happens here.
@@ -90,10 +90,13 @@ struct PORT_SOURCE_T {
     void (*settingsRead)(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context, PORT_SETTINGS_T *settings);
 };
 
-// Build the document: 0 with a newly allocated text, which the caller frees. 10002 when root or rows cannot be created;
-// -7 when a table cannot be allocated; 10000 when the LAG size is not known or the print fails; the model tables'
-// result when they do not know a unit or module, or that of prepare.
-[[nodiscard]] int portRowsBuild(CLIENT_HANDLE_T *clientHandle, const PORT_SOURCE_T &source, char **out);
+// Build the document's tree: 0 with it in *document. 10002 when root or rows cannot be created; -7 when a table cannot
+// be allocated; 10000 when the LAG size is not known; the model tables' result when they do not know a unit or module,
+// or that of prepare.
+[[nodiscard]] int portRowsBuild(CLIENT_HANDLE_T *clientHandle, const PORT_SOURCE_T &source, OWNED_JSON *document);
+
+// The same, printed: 0 with a newly allocated text in *out, which the caller frees; 10000 when the print fails.
+[[nodiscard]] int portRowsPrint(CLIENT_HANDLE_T *clientHandle, const PORT_SOURCE_T &source, char **out);
 
 // Text of the platform's auto-negotiation mode.
 [[nodiscard]] const char *portAutoNegText(uint32_t mode);

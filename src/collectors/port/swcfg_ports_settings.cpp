@@ -45,6 +45,7 @@ static const READ_T readBpduFilter = {rpcclt_openapiDot1SIntfBPDUFilterModeGet, 
 static const READ_T readAutoNeg = {openapiIfAutoNegGet, 1, "auto-negotiation mode of physical interface."};
 static const READ_T readStormControl = {stormControlGet, 0, "storm control mode on an interface."};
 
+static PORT_SOURCE_T sourceOfPage(uint32_t pageIndex);
 static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context, PORT_SETTINGS_T *settings);
 static void descriptionRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char description[PORT_DESCRIPTION_SIZE]);
 static uint32_t adminStateRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
@@ -58,20 +59,15 @@ static uint32_t portNumberOf(const char *name);
 int getPortsSettings(CLIENT_HANDLE_T *clientHandle, char **out)
 {
     UNIT_MODELS_T models = {};
-    char *text = nullptr;
+    OWNED_JSON document;
     cJSON *row;
 
     if (out == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *out = nullptr;
-    int result = getPortStatusList(clientHandle, 0, 0, &text);
-    OWNED_TEXT owned(text);
+    int result = portRowsBuild(clientHandle, sourceOfPage(0), &document);
     if (result != RESULT_OK)
         return result;
-    OWNED_JSON document(cJSON_Parse(text));
-    if (document == nullptr)
-        return RESULT_FAILED;
-    owned.reset();
 
     unitModelsRead(clientHandle, &models);
     cJSON_ArrayForEach(row, cJSON_GetObjectItemCaseSensitive(document.get(), "rows"))
@@ -85,9 +81,12 @@ int getPortsSettings(CLIENT_HANDLE_T *clientHandle, char **out)
 
 int getPortStatusList(CLIENT_HANDLE_T *clientHandle, uint32_t pageIndex, uint32_t, char **out)
 {
-    const PORT_SOURCE_T source = {CALLER, true, 0, pageIndex, nullptr, nullptr, callsSettingsRead};
+    return portRowsPrint(clientHandle, sourceOfPage(pageIndex), out);
+}
 
-    return portRowsBuild(clientHandle, source, out);
+static PORT_SOURCE_T sourceOfPage(uint32_t pageIndex)
+{
+    return {CALLER, true, 0, pageIndex, nullptr, nullptr, callsSettingsRead};
 }
 
 static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *, PORT_SETTINGS_T *settings)

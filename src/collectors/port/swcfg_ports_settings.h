@@ -13,9 +13,9 @@
 #include <cstdint>
 
 // Builder of the document. 0 with a newly allocated text, which the caller frees; 10003 without a place for it; the
-// result of getPortStatusList; 10000 when its text cannot be parsed; -7 when the edited document cannot be printed.
+// result of portRowsBuild; -7 when the document cannot be printed.
 [[nodiscard]] int getPortsSettings(CLIENT_HANDLE_T *clientHandle, char **out);
 
-// All rows with settings and state, read by calls. 0 with a newly allocated text, which the caller frees; else as
-// portRowsBuild. `pageIndex` only goes into the text, and `pageSize` is not used: there is one page.
+// All rows with settings and state, read by calls; uncalled. 0 with a newly allocated text, which the caller frees;
+// else as portRowsPrint. `pageIndex` only goes into the text, and `pageSize` is not used: there is one page.
 [[nodiscard]] int getPortStatusList(CLIENT_HANDLE_T *clientHandle, uint32_t pageIndex, uint32_t pageSize, char **out);

@@ -65,7 +65,7 @@ int getPortStatusListFast(CLIENT_HANDLE_T *clientHandle, char **out)
     if (out == nullptr)
         return RESULT_INVALID_ARGUMENT;
     const PORT_SOURCE_T source = {__func__, false, FURTHER_ENTRIES, 1, &status, statusPrepare, statusSettingsRead};
-    return portRowsBuild(clientHandle, source, out);
+    return portRowsPrint(clientHandle, source, out);
 }
 
 static int statusPrepare(PORT_LIST_T *list, void *context)
