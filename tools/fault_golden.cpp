@@ -1,7 +1,7 @@
 #include "fault_golden.h"
 
+#include "cache/json_difference.h"
 #include "faults.h"
-#include "json_difference.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
 

@@ -10,8 +10,9 @@
 //
 //     no fault
 //           DEBUG [namesGet] 4 names                        what a cold build of the document logs
-//     rows[0].name: "a" -> ""                               what becomes different in the document (json_difference.h),
-//     rows[1-3] gone                                        in other records that it writes with their name
+//     rows[0].name: "a" -> ""                               what becomes different in the document
+//     (cache/json_difference.h), rows[1-3] gone                                        in other records that it writes
+//     with their name
 //       when openapiIfNameGet fails for its first key 1
 //           ERROR [namesGet] no name of interface 1         ... and in the log
 //       when openapiIfNameGet fails

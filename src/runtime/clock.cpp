@@ -56,6 +56,22 @@ int64_t ClockMicroseconds()
     return static_cast<int64_t>(now.tv_sec) * 1000000 + now.tv_nsec / 1000;
 }
 
+int64_t ClockSteady()
+{
+    const CLOCK_SOURCE_T *source = currentSource.load();
+    struct timespec now = {};
+
+    if (source != nullptr && source->now != nullptr)
+        return ClockMicroseconds();
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<int64_t>(now.tv_sec) * 1000000 + now.tv_nsec / 1000;
+}
+
+uint32_t ClockTick()
+{
+    return tickMilliseconds.load();
+}
+
 void ClockSleep(uint32_t seconds)
 {
     uint64_t milliseconds = static_cast<uint64_t>(seconds) * tickMilliseconds.load();

@@ -21,5 +21,11 @@ void ClockNow(struct timespec *now);
 [[nodiscard]] time_t ClockSeconds();
 [[nodiscard]] int64_t ClockMicroseconds();
 
+// A clock that nobody sets, for durations: microseconds from some moment on. A replaced time of day replaces it, too.
+[[nodiscard]] int64_t ClockSteady();
+
+// Milliseconds of a tick.
+[[nodiscard]] uint32_t ClockTick();
+
 // Wait so many ticks of ClockTickSet.
 void ClockSleep(uint32_t seconds);

@@ -35,6 +35,7 @@ constexpr PATH_ROW_T PATH_TABLE[] = {
     {PATH_LOCK_DIR, ROLE_FILE, "/tmp/api_lock"},
     {PATH_WS_PID, ROLE_FILE, "/tmp/resourse_pid.txt"},
     {PATH_FIBER_REQUEST, ROLE_FILE, "/tmp/fiberOptics_req"},
+    {PATH_STATUS, ROLE_FILE, "/tmp/devmgr_status.json"},
     {PATH_VLANINFO_DB, ROLE_FILE, "/tmp/vlanInfo.db"},
     {PATH_OUI_DB, ROLE_FILE, "/usr/local/appmgr/usr/share/kelo/oui/oui.db"},
     {PATH_TEMPLATE_DIR, ROLE_FILE, "/usr/local/appmgr/usr/share/kelo/profileTemplate/"},

@@ -20,6 +20,7 @@ enum PATH_ID : int {
     PATH_LOCK_DIR,      // lock files
     PATH_WS_PID,        // process and thread id of the websocket server
     PATH_FIBER_REQUEST, // fiber-optics request stamp
+    PATH_STATUS,        // the daemon's account of itself
     PATH_VLANINFO_DB,   // VLAN profiles
     PATH_OUI_DB,        // vendor OUIs
     PATH_TEMPLATE_DIR,  // profile templates, ends with '/'

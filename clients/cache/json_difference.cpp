@@ -1,4 +1,4 @@
-#include "json_difference.h"
+#include "cache/json_difference.h"
 
 // Both trees are walked side by side to a list of changes, each at a path of keys and indices. Then changes that agree
 // in all but one index, and in what they change to, become one, from the innermost index to the outermost.
@@ -10,17 +10,14 @@
 #include <cstring>
 #include <map>
 
-struct CHANGE_T {
-    std::vector<std::string> path; // keys, and "[3]" of list elements; "[0-3,7]" when folded
-    std::vector<std::string> was;  // values without repetition, in the order of their first use
-    std::vector<std::string> now;  // likewise; one that begins with a word says what became of the place
-};
-using CHANGES_T = std::vector<CHANGE_T>;
+// Folded, a path may hold "[0-3,7]", and `was` and `now` several values without repetition.
+using CHANGES_T = std::vector<JSON_CHANGE_T>;
 using PATH_T = std::vector<std::string>;
 using NODES_T = std::vector<const cJSON *>;
 
-static constexpr size_t VALUES = 4;       // shown of folded changes
-static constexpr size_t VALUE_SIZE = 160; // of a value that is shown
+static constexpr size_t VALUES = 4;           // shown of folded changes
+static constexpr size_t PAIRED_MAX = 1000000; // elements times elements; longer lists are compared by index
+static constexpr size_t VALUE_SIZE = 160;     // of a value that is shown
 
 static void nodesCompare(const cJSON *was, const cJSON *now, const PATH_T &path, CHANGES_T *changes);
 static void objectsCompare(const cJSON *was, const cJSON *now, const PATH_T &path, CHANGES_T *changes);
@@ -37,7 +34,7 @@ static CHANGES_T folded(const CHANGES_T &changes, size_t depth);
 static std::string nowKind(const std::string &now);
 static void valuesMerge(const std::vector<std::string> &more, std::vector<std::string> *values);
 static std::string indexText(const std::string &part);
-static std::string changeText(const CHANGE_T &change);
+static std::string changeText(const JSON_CHANGE_T &change);
 static std::string valuesText(const std::vector<std::string> &values);
 
 std::vector<std::string> jsonDifference(const std::string &was, const std::string &now)
@@ -53,15 +50,73 @@ std::vector<std::string> jsonDifference(const std::string &was, const std::strin
     if (wasTree == nullptr || nowTree == nullptr)
         return {"no JSON: " + (nowTree == nullptr ? now : was).substr(0, VALUE_SIZE)};
     nodesCompare(wasTree.get(), nowTree.get(), {}, &changes);
-    for (const CHANGE_T &change : changes)
+    for (const JSON_CHANGE_T &change : changes)
         depth = std::max(depth, change.path.size());
     while (depth-- > 0)
         changes = folded(changes, depth);
-    for (const CHANGE_T &change : changes)
+    for (const JSON_CHANGE_T &change : changes)
         lines.push_back(changeText(change));
     if (lines.empty())
         lines.push_back("the same values as another text");
     return lines;
+}
+
+std::vector<JSON_CHANGE_T> jsonChanges(const std::string &was, const std::string &now)
+{
+    OWNED_JSON wasTree(cJSON_Parse(was.c_str()));
+    OWNED_JSON nowTree(cJSON_Parse(now.c_str()));
+    CHANGES_T changes;
+
+    if (wasTree != nullptr && nowTree != nullptr)
+        nodesCompare(wasTree.get(), nowTree.get(), {}, &changes);
+    return changes;
+}
+
+std::string jsonPointer(const std::vector<std::string> &path, size_t first)
+{
+    std::string pointer;
+
+    for (size_t i = first; i < path.size(); i++) {
+        pointer += '/';
+        if (path[i].front() == '[') {
+            pointer += path[i].substr(1, path[i].size() - 2);
+            continue;
+        }
+        for (char character : path[i])
+            pointer += character == '~' ? "~0" : character == '/' ? "~1" : std::string(1, character);
+    }
+    return pointer;
+}
+
+// One part of a pointer: "~1" is a slash, "~0" a tilde.
+static std::string partPlain(const std::string &part)
+{
+    std::string plain;
+
+    for (size_t i = 0; i < part.size(); i++) {
+        bool escaped = part[i] == '~' && i + 1 < part.size() && (part[i + 1] == '0' || part[i + 1] == '1');
+        plain += !escaped ? part[i] : part[++i] == '0' ? '~' : '/';
+    }
+    return plain;
+}
+
+const cJSON *jsonPointed(const cJSON *tree, const std::string &pointer)
+{
+    size_t at = 0;
+
+    while (tree != nullptr && at < pointer.size()) {
+        size_t end = std::min(pointer.find('/', at + 1), pointer.size());
+        std::string part = partPlain(pointer.substr(at + 1, end - at - 1));
+        bool index = !part.empty() && part.size() < 10 && part.find_first_not_of("0123456789") == std::string::npos;
+        if (pointer[at] != '/')
+            return nullptr;
+        if (cJSON_IsArray(tree))
+            tree = index ? cJSON_GetArrayItem(tree, std::stoi(part)) : nullptr;
+        else
+            tree = cJSON_GetObjectItemCaseSensitive(tree, part.c_str());
+        at = end;
+    }
+    return tree;
 }
 
 static void nodesCompare(const cJSON *was, const cJSON *now, const PATH_T &path, CHANGES_T *changes)
@@ -119,16 +174,16 @@ static void listsCompare(const cJSON *was, const cJSON *now, const PATH_T &path,
 // way from one to the other, where an element that goes or comes costs a little more than half of its values.
 static std::vector<std::pair<int, int>> elementsPair(const NODES_T &was, const NODES_T &now)
 {
-    std::vector<std::vector<size_t>> cost(was.size() + 1, std::vector<size_t>(now.size() + 1, 0));
     std::vector<std::pair<int, int>> pairs;
     size_t i = 0;
     size_t j = 0;
 
-    if (was.size() == now.size()) {
-        for (; i < was.size(); i++)
-            pairs.emplace_back(i, i);
+    if (was.size() == now.size() || was.size() * now.size() > PAIRED_MAX) {
+        for (; i < std::max(was.size(), now.size()); i++)
+            pairs.emplace_back(i < was.size() ? i : -1, i < now.size() ? i : -1);
         return pairs;
     }
+    std::vector<std::vector<size_t>> cost(was.size() + 1, std::vector<size_t>(now.size() + 1, 0));
     for (i = was.size() + 1; i-- > 0;) { // of the way from these elements to the ends
         for (j = now.size() + 1; j-- > 0;) {
             size_t gone = i < was.size() ? cost[i + 1][j] + alone(was[i]) : SIZE_MAX;
@@ -225,7 +280,7 @@ static CHANGES_T folded(const CHANGES_T &changes, size_t depth)
     std::map<std::pair<PATH_T, std::string>, size_t> places;
     CHANGES_T few;
 
-    for (const CHANGE_T &change : changes) {
+    for (const JSON_CHANGE_T &change : changes) {
         std::pair<PATH_T, std::string> key(change.path, nowKind(change.now.front()));
         bool index = depth < change.path.size() && change.path[depth].front() == '[';
         if (index)
@@ -235,7 +290,7 @@ static CHANGES_T folded(const CHANGES_T &changes, size_t depth)
             few.push_back(change);
             continue;
         }
-        CHANGE_T &first = few[place->second];
+        JSON_CHANGE_T &first = few[place->second];
         std::string &indices = first.path[depth];
         indices = indices.substr(0, indices.size() - 1) + "," + change.path[depth].substr(1);
         valuesMerge(change.was, &first.was);
@@ -283,7 +338,7 @@ static std::string indexText(const std::string &part)
     return text + "]";
 }
 
-static std::string changeText(const CHANGE_T &change)
+static std::string changeText(const JSON_CHANGE_T &change)
 {
     std::string text;
 
