@@ -15,6 +15,7 @@
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
 #include "runtime/result.h"
+#include "runtime/sql.h"
 
 #include <cerrno>
 #include <climits>
@@ -270,12 +271,10 @@ static int recordLookUp(sqlite3 *db, const char *apiName, const char *data, bool
     *same = false;
     if (result != SQLITE_OK)
         return result;
-    if (sqlite3_bind_text(select.get(), 1, apiName, -1, SQLITE_STATIC) != SQLITE_OK ||
-        sqlite3_step(select.get()) != SQLITE_ROW || data == nullptr)
-        return SQLITE_OK;
-    const void *stored = sqlite3_column_text(select.get(), 0);
-    size_t length = static_cast<size_t>(sqlite3_column_bytes(select.get(), 0));
-    *same = stored != nullptr && length == strlen(data) && memcmp(stored, data, length) == 0;
+    if (sqlBind(select, {apiName}) == SQLITE_OK && sqlStep(select) == SQLITE_ROW && data != nullptr) {
+        std::string_view stored = sqlText(select, 0);
+        *same = stored.data() != nullptr && stored == data;
+    }
     return SQLITE_OK;
 }
 
@@ -303,11 +302,9 @@ static int recordReplace(sqlite3 *db, const char *apiName, const char *data)
 
     if (result != SQLITE_OK)
         return result;
-    result = sqlite3_bind_text(replace.get(), 1, apiName, -1, SQLITE_STATIC);
+    result = sqlBind(replace, {apiName, data});
     if (result == SQLITE_OK)
-        result = sqlite3_bind_text(replace.get(), 2, data, -1, SQLITE_STATIC);
-    if (result == SQLITE_OK)
-        result = sqlite3_step(replace.get());
+        result = sqlStep(replace);
     if (result != SQLITE_DONE)
         LOG_ERROR_AS(OPERATION, "Execution failed: %s\n", sqlite3_errmsg(db));
     return result;
@@ -315,14 +312,13 @@ static int recordReplace(sqlite3 *db, const char *apiName, const char *data)
 
 static int recordDelete(sqlite3 *db, const char *apiName)
 {
-    sqlite3_stmt *prepared = nullptr;
-    int result = sqlite3_prepare_v2(db, "DELETE FROM restapi_db WHERE api_name = ?;", -1, &prepared, nullptr);
-    OWNED_STATEMENT erase(prepared);
+    OWNED_STATEMENT erase;
+    int result = sqlPrepare(db, "DELETE FROM restapi_db WHERE api_name = ?;", &erase);
 
     if (result == SQLITE_OK)
-        result = sqlite3_bind_text(erase.get(), 1, apiName, -1, SQLITE_STATIC);
+        result = sqlBind(erase, {apiName});
     if (result == SQLITE_OK)
-        result = sqlite3_step(erase.get());
+        result = sqlStep(erase);
     bool gone = result == SQLITE_DONE || (result & 0xFF) == SQLITE_IOERR; // which may come after the deletion
     if (gone) {
         (void)restDbAnnounce(apiName); // the record is gone whether or not that can be told; the flag still signals it
@@ -333,10 +329,8 @@ static int recordDelete(sqlite3 *db, const char *apiName)
 
 static int statementPrepare(sqlite3 *db, const char *sql, OWNED_STATEMENT *statement)
 {
-    sqlite3_stmt *prepared = nullptr;
-    int result = sqlite3_prepare_v2(db, sql, -1, &prepared, nullptr);
+    int result = sqlPrepare(db, sql, statement);
 
-    statement->reset(prepared);
     if (result != SQLITE_OK)
         LOG_ERROR_AS(OPERATION, "prepare failed: %s\n", sqlite3_errmsg(db));
     return result;

@@ -8,7 +8,9 @@
 #include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
+#include "runtime/sql.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -33,10 +35,10 @@ constexpr size_t REASON_SIZE = 128;
 
 static bool isFile(const char *path);
 static int checkRun(sqlite3 *db, const char *sql, char *reason);
-static bool nameTake(const char *text, char *name);
+static bool isListable(std::string_view name);
 static bool moveAside(PATH_ID from, PATH_ID to);
 static bool recordBadFind(RESTDB_NAME_T isOurs, char *name);
-static bool recordBad(sqlite3_stmt *select);
+static bool isJson(std::string_view text);
 
 void restDbCheck(RESTDB_NAME_T isOurs)
 {
@@ -96,20 +98,19 @@ static bool isFile(const char *path)
 // or missing memory kept from running says nothing, and would only wait again.
 static int checkRun(sqlite3 *db, const char *sql, char *reason)
 {
-    sqlite3_stmt *prepared = nullptr;
-    int result = sqlite3_prepare_v2(db, sql, -1, &prepared, nullptr);
-    OWNED_STATEMENT check(prepared);
+    OWNED_STATEMENT check;
+    int result = sqlPrepare(db, sql, &check);
 
     if (result == SQLITE_OK)
-        result = sqlite3_step(check.get());
+        result = sqlStep(check);
     if (result != SQLITE_ROW) {
         snprintf(reason, REASON_SIZE, "%s", sqlite3_errmsg(db));
         return result;
     }
-    const unsigned char *text = sqlite3_column_text(check.get(), 0);
-    if (text == nullptr || strcmp(reinterpret_cast<const char *>(text), "ok") == 0)
+    std::string_view text = sqlText(check, 0);
+    if (text.data() == nullptr || text == "ok")
         return SQLITE_OK;
-    snprintf(reason, REASON_SIZE, "%s", reinterpret_cast<const char *>(text));
+    snprintf(reason, REASON_SIZE, "%s", text.data());
     for (char *end = strchr(reason, '\n'); end != nullptr; end = strchr(end, '\n'))
         *end = ' ';
     return SQLITE_CORRUPT;
@@ -118,32 +119,21 @@ static int checkRun(sqlite3 *db, const char *sql, char *reason)
 void restDbNamesAnnounce()
 {
     OWNED_DB db;
-    sqlite3_stmt *prepared = nullptr;
-    char name[NAME_SIZE];
+    OWNED_STATEMENT select;
 
-    if (restDbOpen(SQLITE_OPEN_READONLY, &db) != SQLITE_OK)
-        return;
-    (void)sqlite3_prepare_v2(db.get(), namesLeft, -1, &prepared, nullptr); // often there is nothing left to read
-    OWNED_STATEMENT select(prepared);
-    while (select != nullptr && sqlite3_step(select.get()) == SQLITE_ROW) {
-        if (nameTake(reinterpret_cast<const char *>(sqlite3_column_text(select.get(), 0)), name))
-            (void)restDbAnnounce(name);
+    if (restDbOpen(SQLITE_OPEN_READONLY, &db) != SQLITE_OK || sqlPrepare(db.get(), namesLeft, &select) != SQLITE_OK)
+        return; // often there is nothing left to read
+    while (sqlStep(select) == SQLITE_ROW) {
+        if (isListable(sqlText(select, 0)))
+            (void)restDbAnnounce(sqlText(select, 0).data());
     }
 }
 
-// A name that can stand on a line of the change list.
-static bool nameTake(const char *text, char *name)
+// Whether a name can stand on a line of the change list.
+static bool isListable(std::string_view name)
 {
-    size_t length = text == nullptr ? 0 : strlen(text);
-
-    if (length == 0 || length >= NAME_SIZE)
-        return false;
-    for (size_t i = 0; i < length; i++) {
-        if (text[i] <= ' ' || text[i] > '~')
-            return false;
-    }
-    memcpy(name, text, length + 1);
-    return true;
+    return !name.empty() && name.size() < NAME_SIZE &&
+           std::all_of(name.begin(), name.end(), [](char character) { return character > ' ' && character <= '~'; });
 }
 
 // An older one at the target never stays: it would not belong to what is moved beside it.
@@ -160,29 +150,25 @@ static bool moveAside(PATH_ID from, PATH_ID to)
 static bool recordBadFind(RESTDB_NAME_T isOurs, char *name)
 {
     OWNED_DB db;
-    sqlite3_stmt *prepared = nullptr;
+    OWNED_STATEMENT select;
 
-    if (restDbOpen(SQLITE_OPEN_READWRITE, &db) != SQLITE_OK ||
-        sqlite3_prepare_v2(db.get(), recordsFrom, -1, &prepared, nullptr) != SQLITE_OK)
+    if (restDbOpen(SQLITE_OPEN_READWRITE, &db) != SQLITE_OK || sqlPrepare(db.get(), recordsFrom, &select) != SQLITE_OK)
         return false; // no table yet
-    OWNED_STATEMENT select(prepared);
-    if (sqlite3_bind_text(select.get(), 1, name, -1, SQLITE_TRANSIENT) != SQLITE_OK)
+    if (sqlBind(select, {name}) != SQLITE_OK)
         return false;
-    while (sqlite3_step(select.get()) == SQLITE_ROW) {
-        const char *text = reinterpret_cast<const char *>(sqlite3_column_text(select.get(), 0));
+    while (sqlStep(select) == SQLITE_ROW) {
+        std::string_view record = sqlText(select, 0);
 
-        if (text != nullptr && isOurs(text) && recordBad(select.get()) && nameTake(text, name))
+        if (isListable(record) && isOurs(record.data()) && !isJson(sqlText(select, 1))) {
+            snprintf(name, NAME_SIZE, "%s", record.data());
             return true;
+        }
     }
     return false;
 }
 
-static bool recordBad(sqlite3_stmt *select)
+static bool isJson(std::string_view text)
 {
-    const char *text = reinterpret_cast<const char *>(sqlite3_column_text(select, 1));
-    int length = sqlite3_column_bytes(select, 1);
-
-    if (text == nullptr || strlen(text) != static_cast<size_t>(length))
-        return true;
-    return OWNED_JSON(cJSON_ParseWithOpts(text, nullptr, 1)) == nullptr;
+    return text.data() != nullptr && strlen(text.data()) == text.size() &&
+           OWNED_JSON(cJSON_ParseWithOpts(text.data(), nullptr, 1)) != nullptr;
 }
