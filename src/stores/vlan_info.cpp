@@ -1,7 +1,7 @@
 #include "stores/vlan_info.h"
 
-// The VLAN profile database. Every operation is one opening of the file, one statement, one closing, so that a file
-// which another program replaces is picked up at the next call. Opening never creates the file, and is read-only where
+// The VLAN profile database. The file is opened for one operation, or for the reads of one build, so that one which
+// another program replaces is picked up soon. Opening never creates the file, and is read-only where
 // nothing is written. Uses SQLite, and the logger and paths of runtime/.
 
 #include "runtime/database.h"
@@ -10,6 +10,7 @@
 #include "switch/columns.h"
 
 #include <algorithm>
+#include <climits>
 #include <sys/mman.h>
 
 namespace {
@@ -93,24 +94,48 @@ VLAN_INFO_LIST_T *vlanInfoListCreate()
     return list.release();
 }
 
-int vlanInfoSelectAll(VLAN_INFO_LIST_T *list, VLAN_INFO_READS_T *reads)
+static int allSelect(VLAN_INFO_LIST_T *list, VLAN_INFO_READS_T *reads, bool typesOnly)
 {
+    static const char caller[] = "vlanInfoSelectAll";
+
     if (list == nullptr || list->entries == nullptr)
         return -1;
     list->count = 0;
-    int result = rowsRead(__func__, __func__, "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo",
-                          reads, [list](sqlite3_stmt *row) {
+    int result = rowsRead(caller, caller, "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo", reads,
+                          [list, typesOnly](sqlite3_stmt *row) {
                               VLAN_INFO_ENTRY_T *entry = &list->entries[list->count++];
                               entry->id = cellNumber(row, 0);
-                              entry->vlanType = cellNumber(row, 1);
-                              textTake(entry->profileName, sizeof entry->profileName, row, 2);
                               textTake(entry->profileType, sizeof entry->profileType, row, 3);
-                              textTake(entry->color, sizeof entry->color, row, 4);
+                              if (!typesOnly) {
+                                  entry->vlanType = cellNumber(row, 1);
+                                  textTake(entry->profileName, sizeof entry->profileName, row, 2);
+                                  textTake(entry->color, sizeof entry->color, row, 4);
+                              }
                               return list->count < list->capacity;
                           });
     if (result != SQLITE_OK)
         list->count = 0;
     return result == SQLITE_OK ? static_cast<int>(list->count) : -1;
+}
+
+int vlanInfoSelectAll(VLAN_INFO_LIST_T *list, VLAN_INFO_READS_T *reads)
+{
+    return allSelect(list, reads, false);
+}
+
+int vlanInfoSelectTypes(VLAN_INFO_LIST_T *list)
+{
+    return allSelect(list, nullptr, true);
+}
+
+OWNED_VLAN_INFO_LIST vlanInfoSortedLoad(VLAN_INFO_READS_T *reads)
+{
+    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+
+    if (list == nullptr || vlanInfoSelectAll(list.get(), reads) < 0)
+        return nullptr;
+    vlanInfoListSortById(list.get());
+    return list;
 }
 
 void vlanInfoListSortById(VLAN_INFO_LIST_T *list)
@@ -167,8 +192,8 @@ int rowsRead(const char *caller, const char *title, const char *statement, VLAN_
         reads = &alone;
     reads->failed = true; // until it has succeeded
 
-    OWNED_DB db;
-    int result = databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db);
+    OWNED_DB db = std::move(reads->db); // back only after a success: after a failure the next read opens anew
+    int result = db != nullptr ? SQLITE_OK : databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db);
     if (result != SQLITE_OK) {
         LOG_ERROR_AS(caller, "Can't open database: %s\r\n", sqlite3_errmsg(db.get()));
         return result;
@@ -178,11 +203,15 @@ int rowsRead(const char *caller, const char *title, const char *statement, VLAN_
     result = rowsGive(db.get(), caller, title, statement, row);
     reads->failed = result != SQLITE_OK;
     reads->gaveUp = reads->gaveUp || result == SQLITE_BUSY;
+    if (result == SQLITE_OK)
+        reads->db = std::move(db);
     return result;
 }
 
 int cellNumber(sqlite3_stmt *row, int column)
 {
+    if (sqlite3_column_type(row, column) == SQLITE_INTEGER)
+        return static_cast<int>(std::clamp<sqlite3_int64>(sqlite3_column_int64(row, column), INT_MIN, INT_MAX));
     return columnStrtol(cellText(row, column), 0);
 }
 

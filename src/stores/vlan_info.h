@@ -1,7 +1,7 @@
 // vlan_info.h - the VLAN profile database that the web interface keeps: type, name and colour of each VLAN's profile.
 //
-// Every operation opens the file itself, waits up to 3 seconds for another process, runs one statement and closes. The
-// file is never created here: its existence is what the monitor waits for.
+// Every operation, or all reads of one build together, open the file, wait up to 3 seconds for another process and
+// close it. The file is never created here: its existence is what the monitor waits for.
 #pragma once
 
 #include "runtime/owned.h"
@@ -45,8 +45,9 @@ using OWNED_VLAN_INFO_LIST = std::unique_ptr<VLAN_INFO_LIST_T, VLAN_INFO_LIST_DE
 [[nodiscard]] int vlanInfoReplace(int id, int vlanType, const char *profileName, const char *profileType,
                                   const char *color);
 
-// What the reads of one build share, zeroed at its begin: where one has waited in vain, the further ones do not wait.
+// What the reads of one build share: where one has waited in vain, the further ones do not wait.
 struct VLAN_INFO_READS_T {
+    OWNED_DB db; // stays open to the build's end
     bool failed; // the last read
     bool gaveUp; // a read has waited for another process in vain
 };
@@ -62,7 +63,13 @@ struct VLAN_INFO_READS_T {
 // Load all rows: their number, or -1 (logged). At most VLAN_INFO_CAPACITY. `reads` as above.
 [[nodiscard]] int vlanInfoSelectAll(VLAN_INFO_LIST_T *list, VLAN_INFO_READS_T *reads = nullptr);
 
+// The same with ID and profile type alone: the other fields stay empty.
+[[nodiscard]] int vlanInfoSelectTypes(VLAN_INFO_LIST_T *list);
+
 void vlanInfoListSortById(VLAN_INFO_LIST_T *list);
+
+// All rows, sorted: null when they cannot be read (logged) and without memory.
+[[nodiscard]] OWNED_VLAN_INFO_LIST vlanInfoSortedLoad(VLAN_INFO_READS_T *reads = nullptr);
 
 // Entry of an ID in a sorted list; null when there is none.
 [[nodiscard]] const VLAN_INFO_ENTRY_T *vlanInfoListFindById(const VLAN_INFO_LIST_T *list, int id);

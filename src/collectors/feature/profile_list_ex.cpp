@@ -11,6 +11,7 @@
 #include "runtime/log.h"
 #include "runtime/paths.h"
 #include "runtime/result.h"
+#include "stores/profile_template.h"
 #include "stores/vlan_info.h"
 #include "switch/columns.h"
 #include "switch/walk.h"
@@ -21,42 +22,21 @@
 #include <new>
 
 constexpr uint32_t VLAN_LAST = 4096;
-constexpr uint32_t ROWS_FIRST = 64;
-constexpr uint32_t EXPORTS_FIRST = 16;
+constexpr size_t ROWS_FIRST = 64;
 constexpr int TYPE_DATA = 1; // VLANs of this type have no exported configuration
 
 struct ROWS_T {
     OWNED_ARRAY<VLAN_INFO_ENTRY_T> entries; // ascending ID
     uint32_t count = 0;
-    uint32_t capacity = 0;
+    size_t capacity = 0;
     uint32_t cursor = 0;
-};
-
-// One exported configuration; the document is null when its file is missing or is not JSON.
-struct EXPORT_T {
-    char profileType[256];
-    cJSON *document; // owned by EXPORTS_T
-};
-struct EXPORTS_T {
-    OWNED_ARRAY<EXPORT_T> entries;
-    uint32_t count = 0;
-    uint32_t capacity = 0;
-
-    EXPORTS_T() = default;
-    EXPORTS_T(const EXPORTS_T &) = delete;
-    EXPORTS_T &operator=(const EXPORTS_T &) = delete;
-    ~EXPORTS_T()
-    {
-        for (uint32_t i = 0; i < count; i++)
-            cJSON_Delete(entries[i].document);
-    }
 };
 
 // One build: what is known of each VLAN ID.
 struct PROFILE_BUILD_T {
     CLIENT_HANDLE_T *clientHandle = nullptr;
     ROWS_T rows;
-    EXPORTS_T exports;
+    PROFILE_FILES_T exports{PATH_EXPORT_DIR};
     OWNED_JSON tagged[VLAN_LAST + 1], untagged[VLAN_LAST + 1]; // interface numbers; null for none
     char ip[VLAN_LAST + 1][16] = {}, mask[VLAN_LAST + 1][16] = {};
 };
@@ -72,27 +52,10 @@ static VLAN_INFO_ENTRY_T profileGet(ROWS_T *rows, uint32_t vlanId);
 static const char *shownType(const VLAN_INFO_ENTRY_T &profile);
 static bool routingAllowed(const char *profileType);
 static OWNED_JSON bucketTake(OWNED_JSON *buckets, uint32_t vlanId);
-static OWNED_JSON assignedPorts(EXPORTS_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId);
+static OWNED_JSON assignedPorts(PROFILE_FILES_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId);
 static const cJSON *assignedFind(const cJSON *document, uint32_t vlanId);
-static const cJSON *exportGet(EXPORTS_T *exports, const char *profileType);
-static OWNED_JSON exportLoad(const char *profileType);
 static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t size);
 static long milliseconds(int64_t from, int64_t to);
-
-// Room for one more element: doubled when full. False without memory; what is there stays.
-template <typename T> static bool roomMake(OWNED_ARRAY<T> *array, uint32_t count, uint32_t *capacity, uint32_t first)
-{
-    if (count < *capacity)
-        return true;
-    const uint32_t wanted = *capacity == 0 ? first : *capacity * 2;
-    T *grown = static_cast<T *>(realloc(array->get(), wanted * sizeof(T)));
-    if (grown == nullptr)
-        return false;
-    (void)array->release(); // realloc has taken it
-    array->reset(grown);
-    *capacity = wanted;
-    return true;
-}
 
 int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -141,12 +104,16 @@ static bool rowsRead(ROWS_T *rows)
                            &prepared, nullptr) != SQLITE_OK)
         return true;
     OWNED_STATEMENT statement(prepared);
+    rows->entries = ownedArray<VLAN_INFO_ENTRY_T>(ROWS_FIRST);
+    if (rows->entries == nullptr)
+        return true;
+    rows->capacity = ROWS_FIRST;
     int result;
     while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
         const int id = sqlite3_column_int(prepared, 0);
         if (id < 1 || id > static_cast<int>(VLAN_LAST) || seen.test(static_cast<size_t>(id)))
             continue;
-        if (!roomMake(&rows->entries, rows->count, &rows->capacity, ROWS_FIRST))
+        if (rows->count == rows->capacity && !ownedArrayDouble(&rows->entries, &rows->capacity))
             break; // what was read so far
         seen.set(static_cast<size_t>(id));
         VLAN_INFO_ENTRY_T &entry = rows->entries[rows->count++];
@@ -158,9 +125,7 @@ static bool rowsRead(ROWS_T *rows)
     }
     std::sort(rows->entries.get(), rows->entries.get() + rows->count,
               [](const VLAN_INFO_ENTRY_T &one, const VLAN_INFO_ENTRY_T &other) { return one.id < other.id; });
-    if (result == SQLITE_ROW)
-        return true;
-    if (result == SQLITE_DONE)
+    if (result == SQLITE_ROW || result == SQLITE_DONE)
         return true;
     LOG_ERROR_AS("profileListExGet", "vlanInfo error: %s\n", sqlite3_errmsg(db.get()));
     return false;
@@ -290,13 +255,13 @@ static OWNED_JSON bucketTake(OWNED_JSON *buckets, uint32_t vlanId)
     return OWNED_JSON(cJSON_CreateArray());
 }
 
-static OWNED_JSON assignedPorts(EXPORTS_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId)
+static OWNED_JSON assignedPorts(PROFILE_FILES_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId)
 {
     const char *type = profile.profileType;
     const cJSON *assigned = nullptr;
 
     if (profile.vlanType != TYPE_DATA && type[0] != '\0' && strcmp(type, "Default") != 0)
-        assigned = assignedFind(exportGet(exports, type), vlanId);
+        assigned = assignedFind(profileFileGet(exports, type), vlanId);
     return OWNED_JSON(cJSON_IsArray(assigned) ? cJSON_Duplicate(assigned, 1) : cJSON_CreateArray());
 }
 
@@ -315,33 +280,6 @@ static const cJSON *assignedFind(const cJSON *document, uint32_t vlanId)
             return cJSON_GetObjectItem(cJSON_GetObjectItem(vlan, "ports"), "assignedPort");
     }
     return nullptr;
-}
-
-// The exported configuration of a profile type, parsed at its first use; null when there is none.
-static const cJSON *exportGet(EXPORTS_T *exports, const char *profileType)
-{
-    for (uint32_t i = 0; i < exports->count; i++) {
-        if (strcmp(exports->entries[i].profileType, profileType) == 0)
-            return exports->entries[i].document;
-    }
-    OWNED_JSON document = exportLoad(profileType);
-    if (!roomMake(&exports->entries, exports->count, &exports->capacity, EXPORTS_FIRST))
-        return nullptr;
-    EXPORT_T &entry = exports->entries[exports->count++];
-    textCopy(entry.profileType, sizeof(entry.profileType), profileType);
-    entry.document = document.release(); // the cache's now
-    return entry.document;
-}
-
-static OWNED_JSON exportLoad(const char *profileType)
-{
-    char name[256];
-    char path[512];
-
-    if (!profileFileName(profileType, name, sizeof(name)))
-        return nullptr;
-    snprintf(path, sizeof(path), "%s%s", PathGet(PATH_EXPORT_DIR), name);
-    return jsonFileLoad(path);
 }
 
 // A text column, cut to size-1; NULL is an empty text.

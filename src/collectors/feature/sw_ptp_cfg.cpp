@@ -8,9 +8,6 @@
 #include "stores/profile_template.h"
 #include "stores/vlan_info.h"
 
-#include <algorithm>
-#include <cstring>
-
 constexpr uint32_t PTP_DOMAINS = 128;
 constexpr uint32_t DEFAULT_DOMAIN = 127; // alone enough for an active boundary clock
 constexpr uint32_t CLOCK_VLANS = 16;
@@ -26,7 +23,6 @@ static bool domainExists(CLIENT_HANDLE_T *clientHandle, uint32_t domain);
 static PTP_DOMAINS_T domainsRead(CLIENT_HANDLE_T *clientHandle);
 static int domainOfVlan(const PTP_DOMAINS_T &domains, uint32_t vlanId, uint32_t *domain);
 static uint32_t clockVlansGet(uint32_t vlans[CLOCK_VLANS]);
-static void clockRowsMark(const VLAN_INFO_LIST_T *list, const VLAN_INFO_ENTRY_T **byType, bool *wanted);
 
 int switchPtpModeGet(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -104,34 +100,15 @@ static int domainOfVlan(const PTP_DOMAINS_T &domains, uint32_t vlanId, uint32_t 
 static uint32_t clockVlansGet(uint32_t vlans[CLOCK_VLANS])
 {
     OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
-    OWNED_ARRAY<const VLAN_INFO_ENTRY_T *> byType = ownedArray<const VLAN_INFO_ENTRY_T *>(VLAN_INFO_CAPACITY);
-    OWNED_ARRAY<bool> wanted = ownedArray<bool>(VLAN_INFO_CAPACITY);
+    PROFILE_FILES_T templates(PATH_TEMPLATE_DIR);
     uint32_t count = 0;
 
-    if (list == nullptr || byType == nullptr || wanted == nullptr || vlanInfoSelectAll(list.get()) <= 0)
+    if (list == nullptr || vlanInfoSelectTypes(list.get()) <= 0)
         return 0;
-    clockRowsMark(list.get(), byType.get(), wanted.get());
     for (uint32_t row = 0; row < list->count && count < CLOCK_VLANS; row++) {
-        int32_t id = list->entries[row].id;
-        if (wanted[row])
-            vlans[count++] = id > 0 ? static_cast<uint32_t>(id) : 0;
+        const VLAN_INFO_ENTRY_T &entry = list->entries[row];
+        if (profileTemplateIsTrue(profileFileGet(&templates, entry.profileType), "PTP-BC"))
+            vlans[count++] = entry.id > 0 ? static_cast<uint32_t>(entry.id) : 0;
     }
     return count;
-}
-
-// Rows of one type are brought together, so that its template is read once.
-static void clockRowsMark(const VLAN_INFO_LIST_T *list, const VLAN_INFO_ENTRY_T **byType, bool *wanted)
-{
-    bool wants = false;
-
-    for (uint32_t row = 0; row < list->count; row++)
-        byType[row] = &list->entries[row];
-    std::sort(byType, byType + list->count, [](const VLAN_INFO_ENTRY_T *a, const VLAN_INFO_ENTRY_T *b) {
-        return strcmp(a->profileType, b->profileType) < 0;
-    });
-    for (uint32_t i = 0; i < list->count; i++) {
-        if (i == 0 || strcmp(byType[i]->profileType, byType[i - 1]->profileType) != 0)
-            wants = profileTemplateIsTrue(profileTemplateLoad(byType[i]->profileType).get(), "PTP-BC");
-        wanted[byType[i] - list->entries] = wants;
-    }
 }

@@ -27,8 +27,7 @@ struct CLOCK_PRIORITIES_T {
 
 // The profile database, read once; row by row when that could not be done.
 struct PROFILE_ROWS_T {
-    OWNED_VLAN_INFO_LIST list;
-    bool loaded;
+    OWNED_VLAN_INFO_LIST list; // sorted; null when it could not be read
     VLAN_INFO_READS_T reads;
 };
 
@@ -39,7 +38,6 @@ static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, PROFILE_ROWS_T *rows, 
 static int portArraysAttach(const VLAN_PORT_LIST_T *ports, VLAN_INFO_T *vlan);
 static void defaultsSet(VLAN_INFO_T *vlan, uint32_t managementVlan, const CLOCK_PRIORITIES_T &clock);
 static uint32_t managementVlanRead(CLIENT_HANDLE_T *clientHandle);
-static PROFILE_ROWS_T profileRowsLoad();
 static bool profileRowGet(PROFILE_ROWS_T *rows, uint32_t vlanId, VLAN_INFO_ENTRY_T *row);
 static bool defaultMissing(PROFILE_ROWS_T *rows);
 static void profileRowApply(const VLAN_INFO_ENTRY_T *row, VLAN_INFO_T *vlan);
@@ -83,11 +81,12 @@ int vlanListAllInfoGetFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_LIST *lis
 
     uint32_t managementVlan = managementVlanRead(clientHandle);
     (void)clockPrioritiesGet(clientHandle, &clock); // 0 when they are not there: not every switch has the clock
-    PROFILE_ROWS_T rows = profileRowsLoad();
+    PROFILE_ROWS_T rows = {};
+    rows.list = vlanInfoSortedLoad(&rows.reads);
     for (uint32_t i = 0; i < made->count; i++) {
         VLAN_INFO_T *vlan = made->ids[i];
         defaultsSet(vlan, managementVlan, clock);
-        if (rows.loaded)
+        if (rows.list != nullptr)
             profileRowApply(vlanInfoListFindById(rows.list.get(), static_cast<int>(vlan->vlanId)), vlan);
     }
 
@@ -119,7 +118,8 @@ static int vlanListBaseInfoGetEX(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_
         return result;
 
     uint32_t managementVlan = managementVlanRead(clientHandle);
-    PROFILE_ROWS_T rows = profileRowsLoad();
+    PROFILE_ROWS_T rows = {};
+    rows.list = vlanInfoSortedLoad(&rows.reads);
     for (uint32_t i = 0; i < list->count; i++) {
         VLAN_INFO_T *vlan = list->ids[i];
         defaultsSet(vlan, managementVlan, clock);
@@ -215,21 +215,11 @@ static uint32_t managementVlanRead(CLIENT_HANDLE_T *clientHandle)
     return static_cast<uint32_t>(vlan);
 }
 
-static PROFILE_ROWS_T profileRowsLoad()
-{
-    PROFILE_ROWS_T rows = {OWNED_VLAN_INFO_LIST(vlanInfoListCreate()), false, {}};
-
-    rows.loaded = rows.list != nullptr && vlanInfoSelectAll(rows.list.get(), &rows.reads) >= 0;
-    if (rows.loaded)
-        vlanInfoListSortById(rows.list.get());
-    return rows;
-}
-
 static bool profileRowGet(PROFILE_ROWS_T *rows, uint32_t vlanId, VLAN_INFO_ENTRY_T *row)
 {
     int id = static_cast<int>(vlanId);
 
-    if (!rows->loaded)
+    if (rows->list == nullptr)
         return vlanInfoSelectById(id, &row->vlanType, row->profileName, row->profileType, row->color, &rows->reads) ==
                1;
     const VLAN_INFO_ENTRY_T *found = vlanInfoListFindById(rows->list.get(), id);
@@ -241,7 +231,7 @@ static bool profileRowGet(PROFILE_ROWS_T *rows, uint32_t vlanId, VLAN_INFO_ENTRY
 // Whether VLAN 1, which the rows lack, has no row in the database either: one beyond a full list must not be replaced.
 static bool defaultMissing(PROFILE_ROWS_T *rows)
 {
-    if (!rows->loaded)
+    if (rows->list == nullptr)
         return false;
     return rows->list->count < rows->list->capacity ||
            (vlanInfoSelectById(DEFAULT_VLAN, nullptr, nullptr, nullptr, nullptr, &rows->reads) == 0 &&

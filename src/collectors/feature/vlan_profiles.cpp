@@ -12,7 +12,7 @@
 
 #include <cstring>
 
-constexpr uint32_t TEMPLATE_TYPES = 32;
+constexpr size_t TEMPLATE_TYPES = 32; // VLANs of further types have no flags
 
 // Bits of the flags and of their mask.
 constexpr uint32_t FLAG_PTP = 1U << 0;
@@ -39,20 +39,10 @@ static const struct {
     {"Audio Video AVB MILAN with Dante PTPv1 PTPv2 or AES67", 1U << 6},
 };
 
-// Flags of the profile types met so far.
-struct TEMPLATE_CACHE_T {
-    struct {
-        char profileType[sizeof(VLAN_PROFILE_T::profileType)];
-        uint32_t flags, mask;
-    } types[TEMPLATE_TYPES];
-    uint32_t count;
-};
-
 static int vlansRead(CLIENT_HANDLE_T *clientHandle, VLAN_PROFILE_LIST_T *list);
 static void profileRowsApply(VLAN_PROFILE_LIST_T *list);
 static void templatesApply(VLAN_PROFILE_LIST_T *list);
-static void flagsGet(TEMPLATE_CACHE_T *cache, VLAN_PROFILE_T *profile);
-static void flagsRead(const char *profileType, uint32_t *flags, uint32_t *mask);
+static void flagsRead(const cJSON *profileTemplate, uint32_t *flags, uint32_t *mask);
 static uint32_t variantGet(const char *profileType);
 
 int vlanListProfileCreateFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_PROFILES *list)
@@ -82,10 +72,10 @@ static int vlansRead(CLIENT_HANDLE_T *clientHandle, VLAN_PROFILE_LIST_T *list)
 
 static void profileRowsApply(VLAN_PROFILE_LIST_T *list)
 {
-    OWNED_VLAN_INFO_LIST rows(vlanInfoListCreate());
-    if (rows == nullptr || vlanInfoSelectAll(rows.get()) < 0)
+    OWNED_VLAN_INFO_LIST rows = vlanInfoSortedLoad();
+
+    if (rows == nullptr)
         return;
-    vlanInfoListSortById(rows.get());
     for (uint32_t i = 0; i < list->count; i++) {
         VLAN_PROFILE_T *profile = list->ids[i];
         const VLAN_INFO_ENTRY_T *row = vlanInfoListFindById(rows.get(), static_cast<int>(profile->vlanId));
@@ -100,49 +90,27 @@ static void profileRowsApply(VLAN_PROFILE_LIST_T *list)
 
 static void templatesApply(VLAN_PROFILE_LIST_T *list)
 {
-    OWNED_ARRAY<TEMPLATE_CACHE_T> cache = ownedArray<TEMPLATE_CACHE_T>(1);
+    PROFILE_FILES_T templates(PATH_TEMPLATE_DIR, TEMPLATE_TYPES);
 
     for (uint32_t i = 0; i < list->count; i++) {
         VLAN_PROFILE_T *profile = list->ids[i];
         if (profile->profileType[0] == '\0')
             continue;
-        if (cache != nullptr) // without memory no VLAN has flags
-            flagsGet(cache.get(), profile);
+        flagsRead(profileFileGet(&templates, profile->profileType), &profile->profileFlags, &profile->profileFlagMask);
         profile->profileVariant = variantGet(profile->profileType);
     }
 }
 
-// Types beyond the room of the cache get no flags.
-static void flagsGet(TEMPLATE_CACHE_T *cache, VLAN_PROFILE_T *profile)
+static void flagsRead(const cJSON *profileTemplate, uint32_t *flags, uint32_t *mask)
 {
-    uint32_t at = 0;
-
-    while (at < cache->count && strcmp(cache->types[at].profileType, profile->profileType) != 0)
-        at++;
-    if (at == TEMPLATE_TYPES)
-        return;
-    auto &type = cache->types[at];
-    if (at == cache->count) {
-        textCopy(type.profileType, sizeof(type.profileType), profile->profileType);
-        flagsRead(type.profileType, &type.flags, &type.mask);
-        cache->count++;
-    }
-    profile->profileFlags = type.flags;
-    profile->profileFlagMask = type.mask;
-}
-
-static void flagsRead(const char *profileType, uint32_t *flags, uint32_t *mask)
-{
-    OWNED_JSON profileTemplate = profileTemplateLoad(profileType);
-
     for (const auto &row : templateFlags) {
-        if (profileTemplateIsTrue(profileTemplate.get(), row.member)) {
+        if (profileTemplateIsTrue(profileTemplate, row.member)) {
             *flags |= row.flags;
             *mask |= row.mask;
         }
     }
     // Flow control is set either way when the template names it.
-    const cJSON *flowControl = cJSON_GetObjectItem(profileTemplate.get(), "flowControl");
+    const cJSON *flowControl = cJSON_GetObjectItem(profileTemplate, "flowControl");
     if (flowControl != nullptr)
         *mask |= FLAG_FLOW_CONTROL;
     if (cJSON_IsTrue(flowControl))

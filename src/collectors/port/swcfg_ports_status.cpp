@@ -37,7 +37,6 @@ static void statusSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, v
                                PORT_SETTINGS_T *settings);
 static void settingsDefault(STATUS_T *status);
 static void commandsRead(STATUS_T *status);
-static void profileCacheLoad(PORT_PROFILES_T *profiles);
 static PORT_SETTINGS_T *settingsFind(const STATUS_T *status, const char *name);
 static PORT_SETTINGS_T *rowSettings(const STATUS_T *status, const char *line, size_t shortest, const char *titles);
 static void descriptionLine(const char *line, STATUS_T *status);
@@ -79,7 +78,7 @@ static int statusPrepare(PORT_LIST_T *list, void *context)
         return RESULT_NO_MEMORY;
     settingsDefault(status);
     commandsRead(status);
-    profileCacheLoad(&list->profiles);
+    list->profiles.cache = vlanInfoSortedLoad(&list->profiles.reads);
     return RESULT_OK;
 }
 
@@ -134,17 +133,6 @@ static void commandsRead(STATUS_T *status)
         while (showFileLineCut(&show, line, sizeof(line)))
             one.rule(line, status);
     }
-}
-
-static void profileCacheLoad(PORT_PROFILES_T *profiles)
-{
-    profiles->cache.reset(vlanInfoListCreate());
-    if (profiles->cache == nullptr)
-        return;
-    if (vlanInfoSelectAll(profiles->cache.get(), &profiles->reads) < 0)
-        profiles->cache.reset();
-    else
-        vlanInfoListSortById(profiles->cache.get());
 }
 
 static PORT_SETTINGS_T *settingsFind(const STATUS_T *status, const char *name)
