@@ -3,11 +3,10 @@
 // What is counted happens inside benchMeasured; the counter writes one profile whenever that function ends. A line on
 // standard output, "cycle" or a document's name, then "cost" or "floor", says which profile comes next.
 
-#include "builders.h"
 #include "documents.h"
 #include "floor.h"
-#include "restcache/builder.h"
-#include "restcache/monitor.h"
+#include "harness.h"
+#include "restcache/cycle.h"
 #include "runtime/paths.h"
 
 #include <cstdio>
@@ -26,7 +25,7 @@ struct MEASURED_T {
 
 extern "C" void benchMeasured(const BODY_T *body);
 
-static bool formattedPayload(const char *name);
+static bool formattedPayload(const BUILDER_T &builder);
 static std::vector<MEASURED_T> measuredList();
 static void measure(const char *name, const char *what, const BODY_T &body);
 static bool floorsRun(const MEASURED_T &one);
@@ -39,7 +38,7 @@ int main(int argc, char **argv)
         return 2;
     }
     std::set<std::string> names(argv + 2, argv + argc);
-    buildersRegister();
+    documentsRegister();
     std::string root = scenarioBegin(argv[1]);
     if (root.empty())
         return 2;
@@ -64,20 +63,20 @@ extern "C" __attribute__((noinline)) void benchMeasured(const BODY_T *body)
     (*body)();
 }
 
-// All items of a cycle, whether due in the same one or not; nothing has changed.
+// All rows of a cycle, whether due in the same one or not; nothing has changed.
 static bool cycleMeasure(const std::vector<MEASURED_T> &list)
 {
     bool good = true;
 
     measure("cycle", "cost", [&list] {
         for (const MEASURED_T &one : list) {
-            if (one.document.cycleItem >= 0)
+            if (documentIsInCycle(one.document))
                 documentRun(one.document);
         }
     });
     measure("cycle", "floor", [&list, &good] {
         for (const MEASURED_T &one : list) {
-            if (one.document.cycleItem >= 0)
+            if (documentIsInCycle(one.document))
                 good &= floorsRun(one);
         }
     });
@@ -101,7 +100,7 @@ static std::vector<MEASURED_T> measuredList()
         list.push_back({document, {}});
         for (const auto &[name, text] : recordsRead()) {
             FLOOR_T floor;
-            if (floorPrepare(name, text, formattedPayload(document.name), &floor))
+            if (floorPrepare(name, text, formattedPayload(document.builder), &floor))
                 list.back().floors.push_back(std::move(floor));
         }
     }
@@ -110,22 +109,22 @@ static std::vector<MEASURED_T> measuredList()
 }
 
 // A builder that writes its own records is taken to print the shorter form.
-static bool formattedPayload(const char *name)
+static bool formattedPayload(const BUILDER_T &builder)
 {
     static char buffer[65536];
     char *text = nullptr;
-    bool formatted = builderFind(name, BUILDER_OBJECT) != nullptr;
 
-    if (const BUILDER_T *builder = builderFind(name, BUILDER_TEXT)) {
-        (void)builder->text(monitorClientHandle(), &text); // no text: no line ends either
+    if (builder.kind == BUILDER_TEXT) {
+        (void)builder.text(monitorClientHandle(), &text); // no text: no line ends either
         OWNED_TEXT owned(text);
-        formatted = text != nullptr && strchr(text, '\n') != nullptr;
-    } else if (const BUILDER_T *filler = builderFind(name, BUILDER_BUFFER)) {
-        memset(buffer, 0, sizeof(buffer));
-        (void)filler->buffer(monitorClientHandle(), buffer, sizeof(buffer)); // likewise
-        formatted = strchr(buffer, '\n') != nullptr;
+        return text != nullptr && strchr(text, '\n') != nullptr;
     }
-    return formatted;
+    if (builder.kind == BUILDER_BUFFER) {
+        memset(buffer, 0, sizeof(buffer));
+        (void)builder.buffer(monitorClientHandle(), buffer, sizeof(buffer)); // likewise
+        return strchr(buffer, '\n') != nullptr;
+    }
+    return builder.kind == BUILDER_OBJECT;
 }
 
 static void measure(const char *name, const char *what, const BODY_T &body)

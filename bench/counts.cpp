@@ -5,9 +5,8 @@
 // Calls and commands are seen by the virtual switch's observer, allocations and processes through the linker's --wrap;
 // the switch's own are in neither.
 
-#include "builders.h"
 #include "documents.h"
-#include "restcache/builder.h"
+#include "harness.h"
 #include "support/alloc.h"
 
 #include <control.h>
@@ -65,7 +64,7 @@ int main(int argc, char **argv)
         return 2;
     }
     allocInstall();
-    buildersRegister();
+    documentsRegister();
     std::string root = scenarioBegin(argv[1]);
     if (root.empty())
         return 2;

@@ -6,10 +6,9 @@
 // of each run, "|" and those of the handling alone (each command's file had, read and removed, the finished text
 // stored: what would be left if parsing and JSON cost nothing), and "|" before each command.
 
-#include "builders.h"
 #include "documents.h"
-#include "restcache/builder.h"
-#include "restcache/monitor.h"
+#include "harness.h"
+#include "restcache/cycle.h"
 #include "restcache/store.h"
 #include "switch/cli.h"
 
@@ -40,7 +39,7 @@ int main(int argc, char **argv)
         fputs("usage: texts SCENARIO DIR NAME\n", stderr);
         return 2;
     }
-    buildersRegister();
+    documentsRegister();
     std::string root = scenarioBegin(argv[1]);
     if (root.empty())
         return 2;

@@ -4,6 +4,7 @@
 #include "target.h"
 
 #include "restcache/chunks.h"
+#include "restcache/notify.h"
 #include "restcache/store.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"

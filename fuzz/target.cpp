@@ -3,7 +3,7 @@
 // Setting up and judging. The store is replaced by one that looks at each text and forgets it (the linker's --wrap), so
 // a run writes no database; signals to the websocket server are swallowed, since their target comes from the input.
 
-#include "builders.h"
+#include "documents.h"
 #include "restcache/store.h"
 #include "runtime/clock.h"
 #include "runtime/log.h"
@@ -47,7 +47,7 @@ void targetBegin()
         return;
     const std::string scenario = FUZZ_DIR "/switch.json";
     root = rootSeed(scenario);
-    buildersRegister();
+    documentsRegister();
     if (root.empty() || !switchUse(root, scenario))
         abort();
     ClockSourceSet(&stillClock);

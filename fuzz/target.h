@@ -5,7 +5,7 @@
 // and keep their meaning when documents are added. A name that nobody knows stands for any one, always the same.
 #pragma once
 
-#include "documents.h"
+#include "harness.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // main.cpp - process entry: options, the task table, start-up.
 
-#include "builders.h"
+#include "documents.h"
 #include "restcache/monitor.h"
 #include "runtime/clock.h"
 #include "runtime/paths.h"
@@ -136,6 +136,6 @@ int main(int argc, char **argv)
     standardStreamsOpen();
     if (PathsInit(nullptr, nullptr) != 0 || !optionsTake(argc, argv, &status))
         return status;
-    buildersRegister();
+    documentsRegister();
     return DmMain(dmTaskTable);
 }

@@ -1,21 +1,23 @@
 #!/usr/bin/python3
-"""Write docs/documents.md from the schemas and from the schedule of src/restcache/monitor.cpp.
+"""Write docs/documents.md from the schemas and from the daemon's table of documents.
 
 What a document holds, its fields and where they come from stand in docs/schemas ("description", "x-source"); when it is
-rebuilt stands in the monitor's table. With --check nothing is written: status 1 when the page is not what would be
+rebuilt stands in src/documents.cpp, which tools/docnames of a build tells. With --check nothing is written: status 1 when the page is not what would be
 written, or when a source is named that the daemon does not use.
 """
 
 import argparse
+import glob
 import os
 import re
+import subprocess
 import sys
 
 import validate
 
 HOME = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")
 PAGE = os.path.join(HOME, "docs", "documents.md")
-MONITOR = os.path.join(HOME, "src", "restcache", "monitor.cpp")
+MONITOR = os.path.join(HOME, "src", "restcache", "monitor.h")
 CALLS = os.path.join(HOME, "platform", "openclt", "openclt.h")
 TICK_SECONDS = 1
 LARGEST = 4294967295  # a limit of the type, not of the value: not shown
@@ -67,30 +69,22 @@ What holds for all of them:
 
 # ---- the schedule ----
 
-def schedule():
-    """(seconds between cycles, API name -> in words when it is rebuilt), from the monitor's tables."""
+def schedule(docnames):
+    """(seconds between cycles, API name -> in words when it is rebuilt), from the daemon's table."""
     with open(MONITOR, encoding="utf-8") as file:
-        source = file.read()
-    table = source[source.index("cadenceTable[] = {"):source.index("constexpr size_t CADENCE_COUNT")]
-    items = re.findall(r'\w+Item\("([^"]+)", ()(\d+), (\d+)|\{"([^"]+)",\s*(CADENCE_\w+),\s*(\d+),\s*(\d+),', table)
-    items = [tuple(part for part in item if part) for item in items]
-    count = int(re.search(r"static_assert\(CADENCE_COUNT == (\d+)", source).group(1))
-    if len(items) != count:
-        sys.exit("documents_md: %d of the %d items of the schedule are understood" % (len(items), count))
-    at_start = re.findall(r'"([^"]+)"', re.search(r"startDocuments\[\] = \{(.*?)\};", source, re.S).group(1))
-    seconds = TICK_SECONDS * int(re.search(r"REFRESH_PERIOD = (\d+);", source).group(1))
-
-    words = {"init_complete": "once, at start"}
-    for item in items:
-        name, kind, period, phase = (item[0], "", *item[1:]) if len(item) == 3 else item
-        if kind == "CADENCE_FIBER":
-            words[name] = "on request ([consuming.md](consuming.md#fresh-optics))"
-        elif kind != "CADENCE_SIGNAL":
-            words[name] = cycles(int(period), int(phase), seconds)
-        if kind == "CADENCE_LINK_WATCH":
-            words["port_vendor_detect"] = "in the cycle in which a port came up, and in the next two"
-    for name in at_start:
-        words[name] = "at start, then " + words[name] if name in words else "at start"
+        seconds = TICK_SECONDS * int(re.search(r"REFRESH_PERIOD = (\d+);", file.read()).group(1))
+    words = {}
+    for row in subprocess.run([docnames, "--rows"], check=True, capture_output=True, text=True).stdout.splitlines():
+        name, due, period, phase, start, _ = row.split("\t")
+        words[name] = {
+            "no cycle": "" if int(start) else "only when its writeback is asked for (`./dev doc %s`)" % name,
+            "port up": "in the cycle in which a port came up, and in the next two",
+            "request": "on request ([consuming.md](consuming.md#fresh-optics))",
+        }.get(due, cycles(int(period), int(phase), seconds))
+        if name == "init_complete":
+            words[name] = "once, at start"
+        elif int(start):
+            words[name] = "at start" + (", then " + words[name] if words[name] else "")
     return seconds, words
 
 
@@ -189,24 +183,24 @@ def document_lines(name, schema, file, rebuilt):
                                              " From %s." % source if source else "")]
 
 
-def page():
-    seconds, rebuilt = schedule()
+def page(docnames):
+    seconds, rebuilt = schedule(docnames)
     schemas = validate.documents()
     grouped = [name for _, names in GROUPS for name in names]
+    if set(rebuilt) != {name.removesuffix("/N") for name in schemas}:
+        sys.exit("documents_md: not in both the table and the schemas: %s" %
+                 sorted(set(rebuilt) ^ {name.removesuffix("/N") for name in schemas}))
     if sorted(grouped) != sorted(schemas):
         sys.exit("documents_md: not in both the groups and the schemas: %s" % sorted(set(grouped) ^ set(schemas)))
     head, body = HEAD % seconds, []
     for group, names in GROUPS:
         body += ["", "## " + group]
         for name in names:
-            words = rebuilt.get(name.removesuffix("/N"), "only when its writeback is asked for (`./dev doc %s`)" % name)
+            words = rebuilt[name.removesuffix("/N")]
             file = name.removesuffix("/N").replace("/", "_") + ".json"
             key, _ = payload_of(schemas[name])
             head += "| [%s](#%s) | `%s` | %s | %s |\n" % (name, anchor(name), key, words, schemas[name]["title"])
             body += document_lines(name, schemas[name], file, words)
-    unknown = set(rebuilt) - {name.removesuffix("/N") for name in schemas}
-    if unknown:
-        sys.exit("documents_md: on the schedule, but without a schema: %s" % sorted(unknown))
     return head + "\n".join(body) + "\n"
 
 
@@ -236,11 +230,14 @@ def unused_sources():
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--check", action="store_true", help="write nothing; status 1 when the page is out of date")
+    built = sorted(glob.glob(os.path.join(HOME, "build", "*", "tools", "docnames")), key=os.path.getmtime)
+    parser.add_argument("--docnames", default=built[-1] if built else "docnames",
+                        help="the program that tells the table; default: the one built last")
     options = parser.parse_args()
     unused = unused_sources()
     if unused:
         sys.exit("documents_md: the daemon does not use: %s" % ", ".join(unused))
-    text = page()
+    text = page(options.docnames)
     if not options.check:
         with open(PAGE, "w", encoding="utf-8") as file:
             file.write(text)

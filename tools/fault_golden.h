@@ -1,7 +1,7 @@
 // fault_golden.h - what each fault of what a document asks for changes in the document and in the log, as a text.
 #pragma once
 
-#include "documents.h"
+#include "harness.h"
 
 #include <set>
 

@@ -3,7 +3,7 @@
 // was, and the fault goldens, which hold what becomes different. Knows no builder.
 #pragma once
 
-#include "documents.h"
+#include "harness.h"
 
 #include <control.h>
 #include <set>

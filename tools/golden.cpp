@@ -7,9 +7,9 @@
 // Scenarios under tests/golden/faults are made for faults: there <scenario>/<API name>.txt holds what each fault of
 // what the document asks for changes in it and in the log (fault_golden.h).
 
-#include "builders.h"
 #include "documents.h"
 #include "fault_golden.h"
+#include "harness.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -79,9 +79,7 @@ int main(int argc, char **argv)
         for (const std::string &scenario : filesOf(FAULT_GOLDENS, ".json"))
             options.scenarios.push_back(scenario);
     }
-    buildersRegister();
-    for (const std::string &name : documentsNotLinked())
-        printf("not linked, skipped: %s\n", name.c_str());
+    documentsRegister();
     for (const std::string &scenario : options.scenarios) {
         if (!scenarioCompare(options, scenario, &tally))
             return 2;

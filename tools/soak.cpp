@@ -4,10 +4,10 @@
 // hold what the cache holds at the end. One hour runs at the most talkative log level. What is judged after the first
 // hour (when every item has run twice and every buffer has its size): memory, descriptors, files, error lines.
 
-#include "documents.h"
+#include "harness.h"
 
-#include "builders.h"
-#include "restcache/monitor.h"
+#include "documents.h"
+#include "restcache/cycle.h"
 #include "runtime/clock.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
@@ -135,7 +135,7 @@ int main(int argc, char **argv)
 
 static bool begin(const std::string &root, const std::string &scenario)
 {
-    buildersRegister();
+    documentsRegister();
     if (!switchUse(root, scenario))
         return false;
     vsFaultsClear(); // a fault of the scenario would be an announced error; here there is none

@@ -1,7 +1,7 @@
 #include "restcache/chunks.h"
 
 // The chunk writer. The two chunked documents share record layout and limits; where they differ stands in their row of
-// the table: names, what a row or chunk that cannot be held does, and how many chunks an earlier process may have left.
+// the rules: what a row or chunk that cannot be held does, and how many chunks an earlier process may have left.
 
 #include "restcache/store.h"
 #include "runtime/log.h"
@@ -19,8 +19,6 @@ enum CHUNK_TROUBLE : int {
 };
 
 struct CHUNK_RULES_T {
-    const char *apiName;
-    const char *payloadKey;
     const char *rowFunction; // name in the line about a dropped row
     CHUNK_TROUBLE trouble;
     int firstPrevious; // chunks taken as written before the first push of a process
@@ -28,10 +26,11 @@ struct CHUNK_RULES_T {
 
 // Records of neighbours that an earlier process left stay until a push outgrows them; those of groups are deleted.
 constexpr CHUNK_RULES_T chunkRules[] = {
-    {"neighbor_ex", "lldpRemoteDevice", "", CHUNK_TROUBLE_FAILS, 0},
-    {"multicast_groups_ex", "multicastGroups", "mgeSinkEmitRow", CHUNK_TROUBLE_DROPS, 256},
+    {}, // CHUNK_NONE
+    {"", CHUNK_TROUBLE_FAILS, 0},
+    {"mgeSinkEmitRow", CHUNK_TROUBLE_DROPS, 256},
 };
-static_assert(std::size(chunkRules) == CHUNK_KIND_COUNT, "one row for each chunked document");
+static_assert(std::size(chunkRules) == CHUNK_KIND_COUNT, "one row for each kind");
 
 constexpr size_t CHUNK_NAME_SIZE = 48;
 constexpr size_t CHUNK_FRAME_SIZE = 256; // room for what stands around the rows
@@ -39,24 +38,53 @@ constexpr size_t CHUNK_BYTES_MAX = CHUNK_BUFFER_SIZE - 1;
 constexpr size_t ROW_OVERHEAD = 2; // counted on top of each row: its comma and a terminator
 
 // Chunks that the previous push left in the cache.
-static int previousCount[CHUNK_KIND_COUNT] = {chunkRules[0].firstPrevious, chunkRules[1].firstPrevious};
+static int previousCount[CHUNK_KIND_COUNT] = {0, chunkRules[1].firstPrevious, chunkRules[2].firstPrevious};
 
-static bool rowFits(const CHUNK_SINK_T *sink, size_t length);
-static void rowRefuse(CHUNK_SINK_T *sink, size_t length);
-static void rowAppend(CHUNK_SINK_T *sink, const char *row, size_t length);
-static void chunkFlush(CHUNK_SINK_T *sink);
-static void chunkWrite(CHUNK_SINK_T *sink, bool last);
-static void chunkName(const CHUNK_RULES_T *rules, int index, char name[CHUNK_NAME_SIZE]);
-static void chunksReset();
-
+static void chunksReset()
+{
+    for (size_t kind = 0; kind < CHUNK_KIND_COUNT; kind++)
+        previousCount[kind] = chunkRules[kind].firstPrevious;
+}
 static PROCESS_STATE_T chunkState(chunksReset);
+
+static const CHUNK_RULES_T &rulesOf(const CHUNK_SINK_T *sink)
+{
+    return chunkRules[sink->document->chunks];
+}
+
+static void chunkName(const CHUNK_SINK_T *sink, int index, char name[CHUNK_NAME_SIZE])
+{
+    snprintf(name, CHUNK_NAME_SIZE, "%s/%d", sink->document->name, index);
+}
+
+static void chunkWrite(CHUNK_SINK_T *sink, bool last)
+{
+    size_t size = sink->length + CHUNK_FRAME_SIZE;
+    char name[CHUNK_NAME_SIZE];
+    OWNED_TEXT text(static_cast<char *>(malloc(size)));
+
+    if (text == nullptr) {
+        sink->error = rulesOf(sink).trouble == CHUNK_TROUBLE_FAILS;
+        return;
+    }
+    snprintf(text.get(), size,
+             "{\"%s\":{\"rows\":[%.*s],\"chunkIndex\":%d,\"isLastChunk\":%s},"
+             "\"resp\":{\"respCode\":0,\"respMsg\":\"Success\",\"status\":\"success\"}}",
+             sink->document->payloadKey, static_cast<int>(sink->length), sink->buffer.get(), sink->chunkIndex,
+             last ? "true" : "false");
+    chunkName(sink, sink->chunkIndex, name);
+    (void)restapi_db_operation(REST_DB_WRITE, name, text.get()); // logs its own failure
+}
 
 int chunkBegin(CHUNK_SINK_T *sink, CHUNK_KIND kind)
 {
     *sink = CHUNK_SINK_T();
-    sink->kind = kind;
+    for (const DOCUMENT_T &row : documentTable()) {
+        if (row.chunks == kind)
+            sink->document = &row;
+    }
     sink->buffer.reset(static_cast<char *>(malloc(CHUNK_BUFFER_SIZE)));
-    sink->error = sink->buffer == nullptr;
+    sink->error = sink->document == nullptr || sink->buffer == nullptr;
     return sink->error ? RESULT_FAILED : RESULT_OK;
 }
 
@@ -64,56 +92,21 @@ void chunkRowAdd(CHUNK_SINK_T *sink, const char *row, size_t length)
 {
     if (sink->error)
         return;
-    if (length + ROW_OVERHEAD > CHUNK_BYTES_MAX) {
-        rowRefuse(sink, length);
+    if (length + ROW_OVERHEAD > CHUNK_BYTES_MAX) { // even an empty chunk cannot hold it
+        sink->error = rulesOf(sink).trouble == CHUNK_TROUBLE_FAILS;
+        if (!sink->error)
+            LOG_ERROR_AS(rulesOf(sink).rowFunction, "%s: oversized row %zu >= %d bytes, dropping\n",
+                         sink->document->name, length, static_cast<int>(CHUNK_BUFFER_SIZE));
         return;
     }
-    if (!rowFits(sink, length))
-        chunkFlush(sink);
-    if (!sink->error)
-        rowAppend(sink, row, length);
-}
-
-int chunkEnd(CHUNK_SINK_T *sink)
-{
-    const CHUNK_RULES_T *rules = &chunkRules[sink->kind];
-    int *previous = &previousCount[sink->kind];
-    char name[CHUNK_NAME_SIZE];
-
-    if (!sink->error)
-        chunkWrite(sink, true);
-    if (sink->error) {
-        *previous = std::max(*previous, sink->chunkIndex); // a later push deletes what this one left behind
-        return RESULT_FAILED;
+    if (sink->chunkRows >= CHUNK_ROW_LIMIT || sink->length + length + ROW_OVERHEAD > CHUNK_BYTES_MAX) {
+        chunkWrite(sink, false);
+        if (sink->error)
+            return;
+        sink->length = 0;
+        sink->chunkRows = 0;
+        sink->chunkIndex++;
     }
-    for (int index = sink->chunkIndex + 1; index < *previous; index++) {
-        chunkName(rules, index, name);
-        (void)restapi_db_operation(REST_DB_DELETE, name, nullptr); // logs its own failure
-    }
-    *previous = sink->chunkIndex + 1;
-    return RESULT_OK;
-}
-
-static bool rowFits(const CHUNK_SINK_T *sink, size_t length)
-{
-    return sink->chunkRows < CHUNK_ROW_LIMIT && sink->length + length + ROW_OVERHEAD <= CHUNK_BYTES_MAX;
-}
-
-// A row that even an empty chunk cannot hold.
-static void rowRefuse(CHUNK_SINK_T *sink, size_t length)
-{
-    const CHUNK_RULES_T *rules = &chunkRules[sink->kind];
-
-    if (rules->trouble == CHUNK_TROUBLE_FAILS) {
-        sink->error = 1;
-        return;
-    }
-    LOG_ERROR_AS(rules->rowFunction, "%s: oversized row %zu >= %d bytes, dropping\n", rules->apiName, length,
-                 static_cast<int>(CHUNK_BUFFER_SIZE));
-}
-
-static void rowAppend(CHUNK_SINK_T *sink, const char *row, size_t length)
-{
     if (sink->length != 0)
         sink->buffer.get()[sink->length++] = ',';
     memcpy(sink->buffer.get() + sink->length, row, length);
@@ -122,43 +115,23 @@ static void rowAppend(CHUNK_SINK_T *sink, const char *row, size_t length)
     sink->rowCount++;
 }
 
-static void chunkFlush(CHUNK_SINK_T *sink)
+int chunkEnd(CHUNK_SINK_T *sink)
 {
-    chunkWrite(sink, false);
-    if (sink->error)
-        return;
-    sink->length = 0;
-    sink->chunkRows = 0;
-    sink->chunkIndex++;
-}
-
-static void chunkWrite(CHUNK_SINK_T *sink, bool last)
-{
-    const CHUNK_RULES_T *rules = &chunkRules[sink->kind];
-    size_t size = sink->length + CHUNK_FRAME_SIZE;
     char name[CHUNK_NAME_SIZE];
-    OWNED_TEXT text(static_cast<char *>(malloc(size)));
 
-    if (text == nullptr) {
-        sink->error = rules->trouble == CHUNK_TROUBLE_FAILS;
-        return;
+    if (sink->document == nullptr)
+        return RESULT_FAILED;
+    int *previous = &previousCount[sink->document->chunks];
+    if (!sink->error)
+        chunkWrite(sink, true);
+    if (sink->error) {
+        *previous = std::max(*previous, sink->chunkIndex); // a later push deletes what this one left behind
+        return RESULT_FAILED;
     }
-    snprintf(text.get(), size,
-             "{\"%s\":{\"rows\":[%.*s],\"chunkIndex\":%d,\"isLastChunk\":%s},"
-             "\"resp\":{\"respCode\":0,\"respMsg\":\"Success\",\"status\":\"success\"}}",
-             rules->payloadKey, static_cast<int>(sink->length), sink->buffer.get(), sink->chunkIndex,
-             last ? "true" : "false");
-    chunkName(rules, sink->chunkIndex, name);
-    (void)restapi_db_operation(REST_DB_WRITE, name, text.get()); // logs its own failure
-}
-
-static void chunkName(const CHUNK_RULES_T *rules, int index, char name[CHUNK_NAME_SIZE])
-{
-    snprintf(name, CHUNK_NAME_SIZE, "%s/%d", rules->apiName, index);
-}
-
-static void chunksReset()
-{
-    for (size_t kind = 0; kind < CHUNK_KIND_COUNT; kind++)
-        previousCount[kind] = chunkRules[kind].firstPrevious;
+    for (int index = sink->chunkIndex + 1; index < *previous; index++) {
+        chunkName(sink, index, name);
+        (void)restapi_db_operation(REST_DB_DELETE, name, nullptr); // logs its own failure
+    }
+    *previous = sink->chunkIndex + 1;
+    return RESULT_OK;
 }

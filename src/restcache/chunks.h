@@ -9,6 +9,7 @@
 // One push at a time, on the monitor task; no lock is taken here.
 #pragma once
 
+#include "restcache/document.h"
 #include "runtime/owned.h"
 
 #include <cstddef>
@@ -17,15 +18,9 @@
 constexpr int CHUNK_ROW_LIMIT = 500;
 constexpr size_t CHUNK_BUFFER_SIZE = 0x30000; // rows of one chunk, in bytes: at most one less
 
-enum CHUNK_KIND : int {
-    CHUNK_NEIGHBORS,        // "neighbor_ex/%d"; a row that cannot be added fails the push
-    CHUNK_MULTICAST_GROUPS, // "multicast_groups_ex/%d"; a row that cannot be added is left out
-    CHUNK_KIND_COUNT
-};
-
 // Rows on their way into chunks.
 struct CHUNK_SINK_T {
-    CHUNK_KIND kind = CHUNK_NEIGHBORS;
+    const DOCUMENT_T *document = nullptr;
     OWNED_TEXT buffer; // rows of the current chunk, joined by commas
     size_t length = 0; // bytes used of it
     int chunkRows = 0;
@@ -34,7 +29,8 @@ struct CHUNK_SINK_T {
     int error = 0;         // set: the push has failed and accepts no more rows
 };
 
-// Start a push. 0, or 10000 when the row buffer cannot be allocated.
+// Start a push of the document whose row is marked with this kind. 0, or 10000 when there is no such row or the row
+// buffer cannot be allocated.
 [[nodiscard]] int chunkBegin(CHUNK_SINK_T *sink, CHUNK_KIND kind);
 
 // Add one row (a JSON value of so many bytes), writing the current chunk first when it is full.

@@ -1,8 +1,10 @@
-// store.h - the REST cache: one JSON document per API name in an SQLite file, with a change list beside it.
+// store.h - the REST cache: one JSON document per API name in an SQLite file.
 //
 // Every operation opens, configures and closes its own connection; a database locked by another process is waited for
 // up to 3 seconds. Only the monitor task writes.
 #pragma once
+
+#include "restcache/recovery.h"
 
 enum REST_DB_OP : int {
     REST_DB_CREATE = 1, // create the table; name and data are not used
@@ -12,33 +14,27 @@ enum REST_DB_OP : int {
     REST_DB_DELETE = 6,
 };
 
-// One operation on the cache.
-// Writing: 1 when the text is the stored one (nothing written); 101 when it was written, its name appended to the
-// change list first and the changed flag set; 0 when the change list cannot be opened (nothing written); else SQLite's
-// code. Deleting: 0 (name appended, flag set, also when there was no record), else SQLite's code. Any other operation:
-// -1. An operation that meets a damaged file sets it aside, creates the table anew and is done once more.
+enum STORE_RESULT : int {
+    STORE_DONE = 0,          // of all operations but a write
+    STORE_NOT_ANNOUNCED = 0, // of a write: the change list cannot be written, so the record was not either
+    STORE_UNCHANGED = 1,     // of a write: the text is the stored one
+    STORE_WRITTEN = 101,     // of a write: announced, the changed flag set, then written
+};
+
+// One operation on the cache: a STORE_RESULT, else SQLite's code; -1 for another operation, or one without its name or
+// text. A deletion announces its name and sets the changed flag also when there was no record. An operation that meets
+// a damaged file sets it aside, creates the table anew and is done once more.
 int restapi_db_operation(int operation, const char *apiName, const char *data);
 
-// Set by every change; read and cleared by the refresh cycle.
-extern int restDbChanged;
+// At start, before the table is created: a damaged file is set aside (logged), and a record of this daemon's that is
+// not JSON is deleted and announced (logged): one that is on no schedule would stay for ever. What other programs keep
+// in the file is left alone.
+void restDbCheck(RESTDB_NAME_T isOurs);
 
 // How often the cache was begun anew since the process started: its table was made, a damaged file was set aside, or
 // another file stood in the place of the one last used. What was written before is gone then.
 [[nodiscard]] unsigned restDbBeginnings();
 
-// How many documents could not be stored so far: their lock could not be had, or the operation failed.
+// How many documents could not be stored so far: the write failed, or it was said so (the lock could not be had).
 [[nodiscard]] unsigned restDbNotStored();
-
-// Lock of one name, shared with every other process that writes it: waits as long as it takes, and is named in the log
-// meanwhile. 0 with the descriptor, or -1 (logged) with -1. Release unlocks and closes; descriptors below 1 are
-// ignored.
-[[nodiscard]] int rest_db_lock_acquire(const char *name, int *fd);
-void rest_db_lock_release(int fd);
-
-// Create the lock directory if needed; one that belongs to another user than root or the daemon's is moved aside
-// first. 0 or -1 (logged).
-[[nodiscard]] int ensure_lock_dir();
-
-// Send SIGINT to the thread of the websocket server that its id file names; nothing when there is none, or when the
-// file belongs to a user who could not send it either (logged).
-void send_signal_to_ws();
+void restDbNotStoredSay();

@@ -7,6 +7,8 @@
 
 #include "change_list.h"
 #include "proof.h"
+#include "restcache/lock.h"
+#include "restcache/notify.h"
 #include "restcache/store.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"

@@ -8,6 +8,7 @@
 
 #include "change_list.h"
 #include "proof.h"
+#include "restcache/notify.h"
 #include "restcache/store.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"

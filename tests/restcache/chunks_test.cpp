@@ -7,25 +7,32 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-static const char *const documentNames[] = {"neighbor_ex", "multicast_groups_ex"};
-static const char *const payloadKeys[] = {"lldpRemoteDevice", "multicastGroups"};
+static constexpr DOCUMENT_T table[] = {
+    document("neighbors", "devices", BUILDER(fakeWrites), EVERY_CYCLE).inChunks(CHUNK_NEIGHBORS),
+    document("groups", "groupList", BUILDER(fakeWrites), EVERY_CYCLE).inChunks(CHUNK_MULTICAST_GROUPS),
+};
+static const DOCUMENT_T &rowOf(CHUNK_KIND kind)
+{
+    return table[kind == CHUNK_NEIGHBORS ? 0 : 1];
+}
 
 struct Chunks : testing::TestWithParam<CHUNK_KIND> {
     TEST_ROOT_T root;
     void SetUp() override
     {
+        documentTableSet(table, std::size(table));
         ASSERT_EQ(restapi_db_operation(REST_DB_CREATE, nullptr, nullptr), 0);
     }
 
     std::string name(int index) const
     {
-        return documentNames[GetParam()] + ("/" + std::to_string(index));
+        return rowOf(GetParam()).name + ("/" + std::to_string(index));
     }
 
     // The record that so many rows give; "" when there is none.
     std::string record(int index, const std::vector<std::string> &rows, bool last) const
     {
-        std::string text = std::string("{\"") + payloadKeys[GetParam()] + "\":{\"rows\":[";
+        std::string text = std::string("{\"") + rowOf(GetParam()).payloadKey + "\":{\"rows\":[";
         for (size_t i = 0; i < rows.size(); i++)
             text += (i == 0 ? "" : ",") + rows[i];
         return text + "],\"chunkIndex\":" + std::to_string(index) + ",\"isLastChunk\":" + (last ? "true" : "false") +
@@ -41,7 +48,7 @@ struct Chunks : testing::TestWithParam<CHUNK_KIND> {
     }
 };
 INSTANTIATE_TEST_SUITE_P(Documents, Chunks, testing::Values(CHUNK_NEIGHBORS, CHUNK_MULTICAST_GROUPS),
-                         [](const auto &kind) { return std::string(documentNames[kind.param]); });
+                         [](const auto &kind) { return std::string(rowOf(kind.param).name); });
 
 TEST_P(Chunks, HoldFiveHundredRowsEach)
 {
@@ -85,7 +92,7 @@ TEST_P(Chunks, RowBeyondEveryChunk)
     } else {
         EXPECT_EQ(result, 0);
         EXPECT_EQ(cacheRead(name(0)), record(0, {"1", "2"}, true));
-        EXPECT_EQ(logText(), "(ERROR) mgeSinkEmitRow: multicast_groups_ex: oversized row 196606 >= 196608 bytes, "
+        EXPECT_EQ(logText(), "(ERROR) mgeSinkEmitRow: groups: oversized row 196606 >= 196608 bytes, "
                              "dropping\n");
     }
 }

@@ -2,9 +2,9 @@
 // stands for the websocket server.
 #pragma once
 
-#include "restcache/builder.h"
+#include "restcache/notify.h"
+#include "restcache/run.h"
 #include "restcache/store.h"
-#include "runtime/document.h"
 #include "runtime/paths.h"
 #include "support/root.h"
 
@@ -91,20 +91,6 @@ inline int fakeWrites(CLIENT_HANDLE_T *)
 {
     fakeNote();
     return fake.result;
-}
-
-// A builder for every document, whatever way it is given: one row of each kind a name may be asked for.
-inline void fakesRegister(const std::vector<const char *> &names)
-{
-    static std::vector<BUILDER_T> table;
-    table.clear();
-    for (const char *name : names) {
-        table.push_back(builderText(name, fakeText));
-        table.push_back(builderBuffer(name, fakeBuffer));
-        table.push_back(builderObject(name, fakeObject));
-        table.push_back(builderWrites(name, fakeWrites));
-    }
-    builderTableSet(table.data(), table.size());
 }
 
 // A thread waiting for SIGINT as the websocket server does; its ids stand in the id file.

@@ -1,6 +1,7 @@
 #include "restcache/store.h"
 
 #include "fakes.h"
+#include "restcache/lock.h"
 #include "runtime/owned.h"
 
 #include <filesystem>

@@ -93,9 +93,9 @@ def refusals(checker, schemas, records):
 
 
 def names_made(program):
-    """API names of the daemon's builders, as schemas name them."""
-    names = subprocess.run([program], check=True, capture_output=True, text=True).stdout.split()
-    return {name + "/N" if name in ("neighbor_ex", "multicast_groups_ex") else name for name in names}
+    """API names of the daemon's table, as schemas name them."""
+    rows = subprocess.run([program, "--rows"], check=True, capture_output=True, text=True).stdout.splitlines()
+    return {row.split("\t")[0] + ("/N" if row.endswith("\tchunks") else "") for row in rows}
 
 
 def main():

@@ -2,7 +2,8 @@
 // texts.
 #pragma once
 
-#include "restcache/builder.h"
+#include "documents.h"
+#include "restcache/document.h"
 #include "runtime/json.h"
 #include "runtime/paths.h"
 #include "support/alloc.h"
@@ -21,6 +22,7 @@
 struct BUILDER_TEST : testing::Test {
     BUILDER_TEST()
     {
+        documentsRegister(); // chunks are named by their rows
         EXPECT_EQ(vsLoadText("{}"), "");
         state = VS_STATE_T();
     }

@@ -3,7 +3,7 @@
 // What must hold after each run, whatever the fault was: the checks look at the cache, the root and the process from
 // outside and share nothing with the code that they judge but the paths.
 
-#include "restcache/monitor.h"
+#include "restcache/cycle.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 

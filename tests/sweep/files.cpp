@@ -5,6 +5,7 @@
 // then the old one or, where the operation says so, the new one.
 
 #include "fileops.h"
+#include "restcache/notify.h"
 #include "restcache/store.h"
 #include "runtime/paths.h"
 #include "support/alloc.h"

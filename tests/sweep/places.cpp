@@ -5,7 +5,7 @@
 // outside the root is made or changed, documents that do not need the file are as they were, and all recover once it
 // has gone.
 
-#include "restcache/monitor.h"
+#include "restcache/cycle.h"
 #include "restcache/store.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"

@@ -4,7 +4,7 @@
 
 #include "sweep.h"
 
-#include "builders.h"
+#include "documents.h"
 #include "fileops.h"
 #include "support/alloc.h"
 
@@ -86,7 +86,7 @@ int main(int argc, char **argv)
     }
     allocInstall();
     fileopsInstall();
-    buildersRegister();
+    documentsRegister();
     for (const std::string &scenario : options.scenarios) {
         if (!scenarioRun(options, scenario, faultJobs(options), &total))
             return 2;

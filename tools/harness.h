@@ -1,6 +1,8 @@
-// documents.h - the daemon's documents, made in a tool's own process: a seeded root, a scenario at a frozen time, one
+// harness.h - the daemon's documents, made in a tool's own process: a seeded root, a scenario at a frozen time, one
 // document or all of them, and what the cache holds afterwards. Knows no builder.
 #pragma once
+
+#include "restcache/document.h"
 
 #include <map>
 #include <string>
@@ -12,12 +14,6 @@ constexpr double FROZEN_AT = 600;
 // Text of each record by its API name.
 using RECORDS_T = std::map<std::string, std::string>;
 
-// What can be run by itself: an item of the refresh cycle, or (cycleItem -1) the writeback of a name on no schedule.
-struct DOCUMENT_T {
-    const char *name;
-    int cycleItem;
-};
-
 // A fresh root with the files that other programs leave there for this scenario, with vendors that are the same on
 // every host; "" (said on stderr) when it cannot be made. rootCopy makes a second one of it. Removed by rootRemove.
 [[nodiscard]] std::string rootSeed(const std::string &scenario);
@@ -25,7 +21,7 @@ struct DOCUMENT_T {
 void rootRemove(const std::string &root);
 
 // Put the process on a root and, when `scenario` is not "", on a scenario frozen at so many seconds since its epoch.
-// False (said on stderr) when the scenario is refused. The builders must be registered.
+// False (said on stderr) when the scenario is refused. The table must be registered.
 [[nodiscard]] bool switchUse(const std::string &root, const std::string &scenario, double seconds = FROZEN_AT);
 
 // All of that for a scenario, and every document built once: its root, "" (said on stderr) when it cannot be.
@@ -38,12 +34,12 @@ void timeMove(double seconds);
 // table.
 void processBegin();
 
-// Every document that has a builder, the cycle's items in their order first; and the names that have none.
+// Every document that says something of the switch, in the table's order.
 std::vector<DOCUMENT_T> documentsListed();
-std::vector<std::string> documentsNotLinked();
 
-// Build and store: one document; and what the monitor stores at its start, with one cycle, and each other name.
-void documentRun(const DOCUMENT_T &document);
+// Build and store: one document, as a cycle does; and what the monitor stores at its start, with one cycle, and each
+// document that no cycle builds.
+void documentRun(const DOCUMENT_T &row);
 void documentsRunAll();
 
 RECORDS_T recordsRead();

@@ -1,4 +1,4 @@
-#include "restcache/store_recovery.h"
+#include "restcache/recovery.h"
 
 #include "fakes.h"
 #include "runtime/owned.h"

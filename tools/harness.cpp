@@ -1,17 +1,16 @@
-#include "documents.h"
+#include "harness.h"
 
 // Stands between the tools that judge documents (goldens, sweep, bench) and the daemon's rooms. The time of day moves
 // with the waiting that the daemon does; the switch's time stands still but for timeMove.
 
-#include "restcache/builder.h"
-#include "restcache/monitor.h"
+#include "restcache/cycle.h"
 #include "restcache/store.h"
-#include "restcache/writeback.h"
 #include "runtime/clock.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
+#include "runtime/sql.h"
 #include "switch/session.h"
 
 #include <control.h>
@@ -32,10 +31,8 @@ static std::string rootMake();
 static bool programRun(const std::vector<std::string> &arguments);
 static void timeNow(struct timespec *now);
 static void timeSleep(uint32_t milliseconds);
-static bool hasBuilder(const char *name);
-static std::vector<DOCUMENT_T> documentsOfTables();
 static OWNED_DB cacheOpen();
-static void cacheRun(sqlite3 *db, const char *sql, const char *name, const char *data);
+static void cacheRun(sqlite3 *db, const char *sql, std::initializer_list<const char *> texts);
 
 static const CLOCK_SOURCE_T frozenClock = {timeNow, timeSleep};
 
@@ -126,32 +123,18 @@ void processBegin()
 
 std::vector<DOCUMENT_T> documentsListed()
 {
-    std::vector<DOCUMENT_T> linked;
+    std::vector<DOCUMENT_T> listed;
 
-    for (const DOCUMENT_T &document : documentsOfTables()) {
-        if (hasBuilder(document.name))
-            linked.push_back(document);
+    for (const DOCUMENT_T &row : documentTable()) {
+        if (row.start != START_MARK)
+            listed.push_back(row);
     }
-    return linked;
+    return listed;
 }
 
-std::vector<std::string> documentsNotLinked()
+void documentRun(const DOCUMENT_T &row)
 {
-    std::vector<std::string> names;
-
-    for (const DOCUMENT_T &document : documentsOfTables()) {
-        if (!hasBuilder(document.name))
-            names.push_back(document.name);
-    }
-    return names;
-}
-
-void documentRun(const DOCUMENT_T &document)
-{
-    if (document.cycleItem >= 0)
-        cycleItemRun(static_cast<unsigned>(document.cycleItem));
-    else
-        (void)rest_db_writeback(monitorClientHandle(), document.name); // logs its own failures
+    cycleRow(*documentFind(row.name));
 }
 
 void documentsRunAll()
@@ -159,9 +142,9 @@ void documentsRunAll()
     initCompleteWrite();
     startDocumentsWrite();
     GetAllRestApiData();
-    for (const DOCUMENT_T &document : documentsListed()) {
-        if (document.cycleItem < 0)
-            documentRun(document);
+    for (const DOCUMENT_T &row : documentsListed()) {
+        if (!documentIsInCycle(row))
+            documentRun(row);
     }
 }
 
@@ -169,16 +152,12 @@ RECORDS_T recordsRead()
 {
     RECORDS_T records;
     OWNED_DB db = cacheOpen();
-    sqlite3_stmt *prepared = nullptr;
+    OWNED_STATEMENT select;
 
-    (void)sqlite3_prepare_v2(db.get(), "SELECT api_name, data FROM restapi_db;", -1, &prepared, nullptr);
-    OWNED_STATEMENT select(prepared);
-    while (prepared != nullptr && sqlite3_step(prepared) == SQLITE_ROW) {
-        const unsigned char *name = sqlite3_column_text(prepared, 0);
-        const unsigned char *data = sqlite3_column_text(prepared, 1);
-        if (name != nullptr && data != nullptr)
-            records[reinterpret_cast<const char *>(name)] = reinterpret_cast<const char *>(data);
-    }
+    if (sqlPrepare(db.get(), "SELECT api_name, data FROM restapi_db;", &select) != SQLITE_OK)
+        return records;
+    while (sqlStep(select) == SQLITE_ROW)
+        records[std::string(sqlText(select, 0))] = sqlText(select, 1);
     return records;
 }
 
@@ -186,11 +165,11 @@ void recordsWrite(const RECORDS_T &records)
 {
     OWNED_DB db = cacheOpen();
 
-    cacheRun(db.get(), "BEGIN;", nullptr, nullptr);
-    cacheRun(db.get(), "DELETE FROM restapi_db;", nullptr, nullptr);
+    cacheRun(db.get(), "BEGIN;", {});
+    cacheRun(db.get(), "DELETE FROM restapi_db;", {});
     for (const auto &[name, data] : records)
-        cacheRun(db.get(), "INSERT INTO restapi_db (api_name, data) VALUES (?, ?);", name.c_str(), data.c_str());
-    cacheRun(db.get(), "COMMIT;", nullptr, nullptr);
+        cacheRun(db.get(), "INSERT INTO restapi_db (api_name, data) VALUES (?, ?);", {name.c_str(), data.c_str()});
+    cacheRun(db.get(), "COMMIT;", {});
 }
 
 void recordsDelete(const std::vector<std::string> &names)
@@ -198,7 +177,7 @@ void recordsDelete(const std::vector<std::string> &names)
     OWNED_DB db = cacheOpen();
 
     for (const std::string &name : names)
-        cacheRun(db.get(), "DELETE FROM restapi_db WHERE api_name = ?;", name.c_str(), nullptr);
+        cacheRun(db.get(), "DELETE FROM restapi_db WHERE api_name = ?;", {name.c_str()});
 }
 
 std::string textRead(const std::string &path)
@@ -255,37 +234,6 @@ static void timeSleep(uint32_t milliseconds)
     sleptMilliseconds += milliseconds;
 }
 
-static bool hasBuilder(const char *name)
-{
-    for (BUILDER_KIND kind : {BUILDER_TEXT, BUILDER_BUFFER, BUILDER_OBJECT, BUILDER_WRITES}) {
-        if (builderFind(name, kind) != nullptr)
-            return true;
-    }
-    return false;
-}
-
-static std::vector<DOCUMENT_T> documentsOfTables()
-{
-    std::vector<DOCUMENT_T> documents;
-    auto listed = [&documents](const char *name) {
-        for (const DOCUMENT_T &document : documents) {
-            if (strcmp(document.name, name) == 0)
-                return true;
-        }
-        return false;
-    };
-
-    for (unsigned i = 0; cycleItemName(i) != nullptr; i++) {
-        if (strcmp(cycleItemName(i), "change signal") != 0)
-            documents.push_back({cycleItemName(i), static_cast<int>(i)});
-    }
-    for (unsigned i = 0; writebackName(i) != nullptr; i++) {
-        if (!listed(writebackName(i)))
-            documents.push_back({writebackName(i), -1});
-    }
-    return documents;
-}
-
 static OWNED_DB cacheOpen()
 {
     sqlite3 *opened = nullptr;
@@ -296,16 +244,11 @@ static OWNED_DB cacheOpen()
     return OWNED_DB(opened);
 }
 
-static void cacheRun(sqlite3 *db, const char *sql, const char *name, const char *data)
+static void cacheRun(sqlite3 *db, const char *sql, std::initializer_list<const char *> texts)
 {
-    sqlite3_stmt *prepared = nullptr;
+    OWNED_STATEMENT statement;
 
-    (void)sqlite3_prepare_v2(db, sql, -1, &prepared, nullptr);
-    OWNED_STATEMENT statement(prepared);
-    if (name != nullptr)
-        sqlite3_bind_text(prepared, 1, name, -1, SQLITE_STATIC);
-    if (data != nullptr)
-        sqlite3_bind_text(prepared, 2, data, -1, SQLITE_STATIC);
-    if (prepared == nullptr || sqlite3_step(prepared) != SQLITE_DONE)
+    if (sqlPrepare(db, sql, &statement) != SQLITE_OK || sqlBind(statement, texts) != SQLITE_OK ||
+        sqlStep(statement) != SQLITE_DONE)
         fprintf(stderr, "%s: %s\n", sql, sqlite3_errmsg(db));
 }
