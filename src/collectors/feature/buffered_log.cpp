@@ -26,11 +26,71 @@ struct LOG_DOCUMENT_T {
 
 static const char caller[] = "get_buffered_log";
 
-static void entriesAppend(CLIENT_HANDLE_T *clientHandle, char *entry, LOG_DOCUMENT_T *document);
-static bool entryNext(CLIENT_HANDLE_T *clientHandle, uint32_t *index, char *entry);
-static bool entryAppend(LOG_DOCUMENT_T *document, const char *entry, bool first);
-static bool roomMake(LOG_DOCUMENT_T *document, size_t need);
-static void textAppend(LOG_DOCUMENT_T *document, const char *text);
+// For texts whose room is made.
+static void textAppend(LOG_DOCUMENT_T *document, const char *text)
+{
+    size_t length = strlen(text);
+
+    memcpy(document->text.get() + document->length, text, length + 1);
+    document->length += length;
+}
+
+// Text of the next entry without its line feed. The index is the platform's cursor and says nothing else: it may rise,
+// fall or stay.
+static bool entryNext(CLIENT_HANDLE_T *clientHandle, uint32_t *index, char *entry)
+{
+    openclt_buffer_t buffer = {ENTRY_SIZE, entry};
+
+    entry[0] = '\0';
+    if (rpcclt_openapiBufferedLogEntryNextGet(clientHandle, index, &buffer) != OPENCLT_OK)
+        return false;
+    size_t length = strlen(entry);
+    if (length > 0 && entry[length - 1] == '\n')
+        entry[length - 1] = '\0';
+    return true;
+}
+
+// Double until `need` more bytes fit, terminator included. False without memory; the document is untouched then.
+static bool roomMake(LOG_DOCUMENT_T *document, size_t need)
+{
+    size_t size = document->size;
+
+    while (size - document->length < need)
+        size *= 2;
+    if (size == document->size)
+        return true;
+    char *text = static_cast<char *>(realloc(document->text.get(), size));
+    if (text == nullptr)
+        return false;
+    (void)document->text.release(); // realloc took it over
+    document->text.reset(text);
+    document->size = size;
+    return true;
+}
+
+static bool entryAppend(LOG_DOCUMENT_T *document, const char *entry, bool first)
+{
+    if (!roomMake(document, ESCAPED * strlen(entry) + sizeof(",\"\"")))
+        return false;
+    textAppend(document, first ? "\"" : ",\"");
+    document->length += jsonEscape(entry, JSON_CONTROLS_HEX, document->text.get() + document->length,
+                                   document->size - document->length);
+    textAppend(document, "\"");
+    return true;
+}
+
+static void entriesAppend(CLIENT_HANDLE_T *clientHandle, char *entry, LOG_DOCUMENT_T *document)
+{
+    uint32_t index = 0, count = 0;
+
+    while (count < ENTRIES_MAX && entryNext(clientHandle, &index, entry)) {
+        if (!entryAppend(document, entry, count == 0)) {
+            LOG_ERROR_AS(caller, "get_buffered_log: realloc failed at count=%u\n", count);
+            return;
+        }
+        count++;
+    }
+}
 
 int get_buffered_log(CLIENT_HANDLE_T *clientHandle)
 {
@@ -57,70 +117,4 @@ int get_buffered_log(CLIENT_HANDLE_T *clientHandle)
     textAppend(&document, footer);
     (void)restapi_db_operation(REST_DB_WRITE, "bufferedLog", document.text.get()); // logs; the next cycle tries again
     return RESULT_OK;
-}
-
-static void entriesAppend(CLIENT_HANDLE_T *clientHandle, char *entry, LOG_DOCUMENT_T *document)
-{
-    uint32_t index = 0, count = 0;
-
-    while (count < ENTRIES_MAX && entryNext(clientHandle, &index, entry)) {
-        if (!entryAppend(document, entry, count == 0)) {
-            LOG_ERROR_AS(caller, "get_buffered_log: realloc failed at count=%u\n", count);
-            return;
-        }
-        count++;
-    }
-}
-
-// Text of the next entry without its line feed. The index is the platform's cursor and says nothing else: it may rise,
-// fall or stay.
-static bool entryNext(CLIENT_HANDLE_T *clientHandle, uint32_t *index, char *entry)
-{
-    openclt_buffer_t buffer = {ENTRY_SIZE, entry};
-
-    entry[0] = '\0';
-    if (rpcclt_openapiBufferedLogEntryNextGet(clientHandle, index, &buffer) != OPENCLT_OK)
-        return false;
-    size_t length = strlen(entry);
-    if (length > 0 && entry[length - 1] == '\n')
-        entry[length - 1] = '\0';
-    return true;
-}
-
-static bool entryAppend(LOG_DOCUMENT_T *document, const char *entry, bool first)
-{
-    if (!roomMake(document, ESCAPED * strlen(entry) + sizeof(",\"\"")))
-        return false;
-    textAppend(document, first ? "\"" : ",\"");
-    document->length += jsonEscape(entry, JSON_CONTROLS_HEX, document->text.get() + document->length,
-                                   document->size - document->length);
-    textAppend(document, "\"");
-    return true;
-}
-
-// Double until `need` more bytes fit, terminator included. False without memory; the document is untouched then.
-static bool roomMake(LOG_DOCUMENT_T *document, size_t need)
-{
-    size_t size = document->size;
-
-    while (size - document->length < need)
-        size *= 2;
-    if (size == document->size)
-        return true;
-    char *text = static_cast<char *>(realloc(document->text.get(), size));
-    if (text == nullptr)
-        return false;
-    (void)document->text.release(); // realloc took it over
-    document->text.reset(text);
-    document->size = size;
-    return true;
-}
-
-// For texts whose room is made.
-static void textAppend(LOG_DOCUMENT_T *document, const char *text)
-{
-    size_t length = strlen(text);
-
-    memcpy(document->text.get() + document->length, text, length + 1);
-    document->length += length;
 }

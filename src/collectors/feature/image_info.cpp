@@ -43,44 +43,6 @@ static_assert(sizeof(BOOTVAR_ROW_T) == 64, "bytes of a row");
 
 static const char caller[] = "getImageInfo";
 
-static uint32_t managementUnitGet(CLIENT_HANDLE_T *clientHandle);
-static int namesAllocate(CLIENT_HANDLE_T *clientHandle, IMAGE_NAMES_T *names);
-static char *nameAt(const IMAGE_NAMES_T &names, IMAGE_NAME which);
-static void imageNamesRead(CLIENT_HANDLE_T *clientHandle, uint32_t unit, IMAGE_NAMES_T *names);
-static void imageLabelsRead(CLIENT_HANDLE_T *clientHandle, IMAGE_NAMES_T *names);
-static openclt_buffer_t nameBuffer(const IMAGE_NAMES_T &names, IMAGE_NAME which);
-static int runningImageRead(CLIENT_HANDLE_T *clientHandle, RUNNING_IMAGE_T *running);
-static int documentPrint(const cJSON *root, char *buffer, size_t size);
-
-int getImageInfo(CLIENT_HANDLE_T *clientHandle, char *buffer, size_t size)
-{
-    IMAGE_NAMES_T names;
-    RUNNING_IMAGE_T running;
-
-    uint32_t unit = managementUnitGet(clientHandle);
-    int result = namesAllocate(clientHandle, &names);
-    if (result != RESULT_OK)
-        return result;
-    imageNamesRead(clientHandle, unit, &names);
-    imageLabelsRead(clientHandle, &names);
-    result = runningImageRead(clientHandle, &running);
-    if (result != RESULT_OK)
-        return result;
-
-    OWNED_JSON root(cJSON_CreateObject());
-    if (root == nullptr) {
-        LOG_ERROR("Failed to create root JSON object\n");
-        return RESULT_INVALID_POINTER;
-    }
-    jsonAddText(root.get(), "activeImage", nameAt(names, IMAGE_ACTIVE));
-    jsonAddText(root.get(), "backupImage", nameAt(names, IMAGE_BACKUP));
-    jsonAddText(root.get(), "activeLabel", nameAt(names, IMAGE_ACTIVE_LABEL));
-    jsonAddText(root.get(), "backupLabel", nameAt(names, IMAGE_BACKUP_LABEL));
-    if (running.known)
-        jsonAddText(root.get(), "runningImage", running.name);
-    return documentPrint(root.get(), buffer, size);
-}
-
 static uint32_t managementUnitGet(CLIENT_HANDLE_T *clientHandle)
 {
     uint32_t unit = 1;
@@ -114,6 +76,11 @@ static char *nameAt(const IMAGE_NAMES_T &names, IMAGE_NAME which)
     return names.bytes.get() + size_t{which} * (names.length + 1);
 }
 
+static openclt_buffer_t nameBuffer(const IMAGE_NAMES_T &names, IMAGE_NAME which)
+{
+    return {names.length, nameAt(names, which)};
+}
+
 static void imageNamesRead(CLIENT_HANDLE_T *clientHandle, uint32_t unit, IMAGE_NAMES_T *names)
 {
     openclt_buffer_t active = nameBuffer(*names, IMAGE_ACTIVE);
@@ -142,11 +109,6 @@ static void imageLabelsRead(CLIENT_HANDLE_T *clientHandle, IMAGE_NAMES_T *names)
     }
     LOG_ERROR_AS(caller, "Bad return code trying to get code image labels. (result = %d)\n", result);
     *active.bytes = *backup.bytes = '\0';
-}
-
-static openclt_buffer_t nameBuffer(const IMAGE_NAMES_T &names, IMAGE_NAME which)
-{
-    return {names.length, nameAt(names, which)};
 }
 
 // A stack whose members cannot be counted is taken for one unit. A reader that failed gives no row, whatever it left.
@@ -184,4 +146,33 @@ static int documentPrint(const cJSON *root, char *buffer, size_t size)
     }
     memcpy(buffer, text.get(), length + 1);
     return RESULT_OK;
+}
+
+int getImageInfo(CLIENT_HANDLE_T *clientHandle, char *buffer, size_t size)
+{
+    IMAGE_NAMES_T names;
+    RUNNING_IMAGE_T running;
+
+    uint32_t unit = managementUnitGet(clientHandle);
+    int result = namesAllocate(clientHandle, &names);
+    if (result != RESULT_OK)
+        return result;
+    imageNamesRead(clientHandle, unit, &names);
+    imageLabelsRead(clientHandle, &names);
+    result = runningImageRead(clientHandle, &running);
+    if (result != RESULT_OK)
+        return result;
+
+    OWNED_JSON root(cJSON_CreateObject());
+    if (root == nullptr) {
+        LOG_ERROR("Failed to create root JSON object\n");
+        return RESULT_INVALID_POINTER;
+    }
+    jsonAddText(root.get(), "activeImage", nameAt(names, IMAGE_ACTIVE));
+    jsonAddText(root.get(), "backupImage", nameAt(names, IMAGE_BACKUP));
+    jsonAddText(root.get(), "activeLabel", nameAt(names, IMAGE_ACTIVE_LABEL));
+    jsonAddText(root.get(), "backupLabel", nameAt(names, IMAGE_BACKUP_LABEL));
+    if (running.known)
+        jsonAddText(root.get(), "runningImage", running.name);
+    return documentPrint(root.get(), buffer, size);
 }

@@ -13,8 +13,22 @@
 // Characters of a line in which the severity is looked for, terminator included.
 constexpr size_t SEVERITY_LINE_SIZE = 512;
 
-static int loggingLineGet(CLIENT_HANDLE_T *clientHandle, const char *caller, const char *label, char *line,
-                          size_t size);
+// First line of "show logging" that has the label; "" when there is none.
+static int loggingLineGet(CLIENT_HANDLE_T *clientHandle, const char *caller, const char *label, char *line, size_t size)
+{
+    SHOW_FILE_T show;
+
+    line[0] = '\0';
+    int result = showFileRun(&show, clientHandle, {caller, "show logging", PATH_SHOW_LOGGING});
+    if (result != RESULT_OK)
+        return result == RESULT_OPEN_FAILED ? static_cast<int>(OPENCLT_NOT_FOUND) : result;
+    while (showFileLine(&show, line, size)) {
+        if (strstr(line, label) != nullptr)
+            return RESULT_OK;
+    }
+    line[0] = '\0';
+    return RESULT_OK;
+}
 
 int getLogConfig(CLIENT_HANDLE_T *clientHandle, LOG_CONFIG_T *config)
 {
@@ -90,22 +104,5 @@ int bufferedLogseverityGet(CLIENT_HANDLE_T *clientHandle, uint32_t *level)
             break;
         }
     }
-    return RESULT_OK;
-}
-
-// First line of "show logging" that has the label; "" when there is none.
-static int loggingLineGet(CLIENT_HANDLE_T *clientHandle, const char *caller, const char *label, char *line, size_t size)
-{
-    SHOW_FILE_T show;
-
-    line[0] = '\0';
-    int result = showFileRun(&show, clientHandle, {caller, "show logging", PATH_SHOW_LOGGING});
-    if (result != RESULT_OK)
-        return result == RESULT_OPEN_FAILED ? static_cast<int>(OPENCLT_NOT_FOUND) : result;
-    while (showFileLine(&show, line, size)) {
-        if (strstr(line, label) != nullptr)
-            return RESULT_OK;
-    }
-    line[0] = '\0';
     return RESULT_OK;
 }

@@ -28,14 +28,89 @@ constexpr int SLOT_PORTS = 8;
 
 enum MULTICAST_MODE : int { MULTICAST_MODE_ROUTER = 1, MULTICAST_MODE_BLOCKED = 2 };
 
-static int blockListFind(CLIENT_HANDLE_T *clientHandle, uint32_t *aclId);
+static int blockListFind(CLIENT_HANDLE_T *clientHandle, uint32_t *aclId)
+{
+    char name[32];
+
+    textCopy(name, sizeof(name), BLOCK_LIST);
+    openclt_buffer_t buffer = {sizeof(BLOCK_LIST), name};
+    return rpcclt_openapiAclGet(clientHandle, ACL_IPV4, &buffer, aclId);
+}
+
+static void modeAdd(cJSON *array, double number, MULTICAST_MODE mode)
+{
+    cJSON *entry = jsonAppendObject(array);
+
+    jsonAddNumber(entry, "portNum", number);
+    jsonAddNumber(entry, "multicastMode", mode);
+}
+
 static void blockedInterfacesAdd(CLIENT_HANDLE_T *clientHandle, uint32_t firstLag, cJSON *physicalPorts,
-                                 cJSON *lagPorts);
-static bool isRouterPort(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static int routerPortNumber(const openclt_usp_t *usp);
-static void modeAdd(cJSON *array, double number, MULTICAST_MODE mode);
-static void deniedAddressesAdd(CLIENT_HANDLE_T *clientHandle, cJSON *addresses);
-static void deniedLineAdd(const char *line, cJSON *addresses);
+                                 cJSON *lagPorts)
+{
+    openclt_if_list_t list = {};
+    uint32_t aclId = 0;
+
+    if (blockListFind(clientHandle, &aclId) != OPENCLT_OK ||
+        rpcclt_openapiAclAssignedIntfDirListGet(clientHandle, aclId, DIRECTION_INBOUND, &list) != OPENCLT_OK)
+        return;
+    uint32_t count = std::min<uint32_t>(list.count, OPENCLT_IF_LIST_MAX);
+    for (uint32_t i = 0; i < count; i++) {
+        uint32_t ifNum = list.ifNums[i];
+        if (ifNum < firstLag)
+            modeAdd(physicalPorts, ifNum, MULTICAST_MODE_BLOCKED);
+        else
+            modeAdd(lagPorts, lagNumber(ifNum, firstLag), MULTICAST_MODE_BLOCKED);
+    }
+}
+
+static bool isRouterPort(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
+{
+    uint32_t status = 0;
+
+    return rpcclt_openapiSnoopIntfMrouterStatusGet(clientHandle, OPENCLT_AF_IPV4, ifNum, &status) == OPENCLT_OK &&
+           status == MROUTER_PORT;
+}
+
+static int routerPortNumber(const openclt_usp_t *usp)
+{
+    int slotPorts = usp->slot == 0 ? 0 : (usp->slot - 1) * SLOT_PORTS;
+
+    return (usp->unit - 1) * UNIT_PORTS + slotPorts + usp->port;
+}
+
+//           1         2         3         4         5
+// 012345678901234567890123456789012345678901234567890123456789
+// Destination IP Address......................... 239.0.0.0
+// Destination IP Wildcard Mask................... 0.255.255.255
+//
+// Only the leading byte of an address counts, so each is shown as the block of its /8.
+static void deniedLineAdd(const char *line, cJSON *addresses)
+{
+    char word[CLI_LINE_SIZE];
+    char address[ADDRESS_SIZE];
+
+    if (!textBegins(line, "Destination IP Address") || sscanf(line, "%*s %*s %*s %1023s", word) != 1)
+        return;
+    snprintf(address, sizeof(address), "%.*s/8", static_cast<int>(sizeof(address) - 1), word);
+    jsonAppendText(addresses, address);
+}
+
+static void deniedAddressesAdd(CLIENT_HANDLE_T *clientHandle, cJSON *addresses)
+{
+    SHOW_REQUEST_T request = {"getDenyList", "show ip access-list NET-BLOCK", PATH_SHOW_ACL};
+    SHOW_FILE_T show;
+    char line[CLI_LINE_SIZE];
+
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_UPPER;
+    if (showFileRun(&show, clientHandle, request) != RESULT_OK)
+        return; // its line is logged
+    LOG_DEBUG_AS("getDenyList", "Analysis cli output\r\n");
+    while (showFileLine(&show, line, sizeof(line)))
+        deniedLineAdd(line, addresses);
+    LOG_DEBUG_AS("getDenyList", "Analysis cli output finish\r\n");
+}
 
 int getMulticastModeEx(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -106,88 +181,4 @@ int getDenyList(CLIENT_HANDLE_T *clientHandle, char **out)
         LOG_ERROR("getDenyList response str error\r\n");
     LOG_DEBUG("Call getDenyList finish\r\n");
     return RESULT_OK;
-}
-
-static int blockListFind(CLIENT_HANDLE_T *clientHandle, uint32_t *aclId)
-{
-    char name[32];
-
-    textCopy(name, sizeof(name), BLOCK_LIST);
-    openclt_buffer_t buffer = {sizeof(BLOCK_LIST), name};
-    return rpcclt_openapiAclGet(clientHandle, ACL_IPV4, &buffer, aclId);
-}
-
-static void blockedInterfacesAdd(CLIENT_HANDLE_T *clientHandle, uint32_t firstLag, cJSON *physicalPorts,
-                                 cJSON *lagPorts)
-{
-    openclt_if_list_t list = {};
-    uint32_t aclId = 0;
-
-    if (blockListFind(clientHandle, &aclId) != OPENCLT_OK ||
-        rpcclt_openapiAclAssignedIntfDirListGet(clientHandle, aclId, DIRECTION_INBOUND, &list) != OPENCLT_OK)
-        return;
-    uint32_t count = std::min<uint32_t>(list.count, OPENCLT_IF_LIST_MAX);
-    for (uint32_t i = 0; i < count; i++) {
-        uint32_t ifNum = list.ifNums[i];
-        if (ifNum < firstLag)
-            modeAdd(physicalPorts, ifNum, MULTICAST_MODE_BLOCKED);
-        else
-            modeAdd(lagPorts, lagNumber(ifNum, firstLag), MULTICAST_MODE_BLOCKED);
-    }
-}
-
-static bool isRouterPort(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
-{
-    uint32_t status = 0;
-
-    return rpcclt_openapiSnoopIntfMrouterStatusGet(clientHandle, OPENCLT_AF_IPV4, ifNum, &status) == OPENCLT_OK &&
-           status == MROUTER_PORT;
-}
-
-static int routerPortNumber(const openclt_usp_t *usp)
-{
-    int slotPorts = usp->slot == 0 ? 0 : (usp->slot - 1) * SLOT_PORTS;
-
-    return (usp->unit - 1) * UNIT_PORTS + slotPorts + usp->port;
-}
-
-static void modeAdd(cJSON *array, double number, MULTICAST_MODE mode)
-{
-    cJSON *entry = jsonAppendObject(array);
-
-    jsonAddNumber(entry, "portNum", number);
-    jsonAddNumber(entry, "multicastMode", mode);
-}
-
-static void deniedAddressesAdd(CLIENT_HANDLE_T *clientHandle, cJSON *addresses)
-{
-    SHOW_REQUEST_T request = {"getDenyList", "show ip access-list NET-BLOCK", PATH_SHOW_ACL};
-    SHOW_FILE_T show;
-    char line[CLI_LINE_SIZE];
-
-    request.name = SHOW_NAME_RANDOM;
-    request.openLine = SHOW_OPEN_UPPER;
-    if (showFileRun(&show, clientHandle, request) != RESULT_OK)
-        return; // its line is logged
-    LOG_DEBUG_AS("getDenyList", "Analysis cli output\r\n");
-    while (showFileLine(&show, line, sizeof(line)))
-        deniedLineAdd(line, addresses);
-    LOG_DEBUG_AS("getDenyList", "Analysis cli output finish\r\n");
-}
-
-//           1         2         3         4         5
-// 012345678901234567890123456789012345678901234567890123456789
-// Destination IP Address......................... 239.0.0.0
-// Destination IP Wildcard Mask................... 0.255.255.255
-//
-// Only the leading byte of an address counts, so each is shown as the block of its /8.
-static void deniedLineAdd(const char *line, cJSON *addresses)
-{
-    char word[CLI_LINE_SIZE];
-    char address[ADDRESS_SIZE];
-
-    if (!textBegins(line, "Destination IP Address") || sscanf(line, "%*s %*s %*s %1023s", word) != 1)
-        return;
-    snprintf(address, sizeof(address), "%.*s/8", static_cast<int>(sizeof(address) - 1), word);
-    jsonAppendText(addresses, address);
 }

@@ -43,45 +43,6 @@ struct GROUP_TEXTS_T {
 // VLAN, address and interface of a group.
 using GROUP_CIRCLE_T = KEY_CIRCLE_T<std::tuple<uint16_t, uint32_t, uint16_t>>;
 
-static void portsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map);
-static void lagsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map);
-static bool groupNext(CLIENT_HANDLE_T *clientHandle, GROUP_CIRCLE_T *circle, openclt_snoop_group_t *group);
-static GROUP_TEXTS_T groupTexts(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry);
-static void groupRowsAdd(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry, CHUNK_SINK_T *sink);
-static void rowAdd(const openclt_snoop_group_t *group, const GROUP_TEXTS_T *texts,
-                   const openclt_snoop_subscriber_t *subscriber, CHUNK_SINK_T *sink);
-
-int mgeWriteChunks(CLIENT_HANDLE_T *clientHandle)
-{
-    CHUNK_SINK_T sink;
-
-    int result = chunkBegin(&sink, CHUNK_MULTICAST_GROUPS);
-    if (result != RESULT_OK) {
-        LOG_ERROR("multicast_groups_ex: no memory for the rows\n"); // the cycle does not look at the result
-        return result;
-    }
-    mgeCollectGroups(clientHandle, &sink);
-    return chunkEnd(&sink);
-}
-
-void mgeCollectGroups(CLIENT_HANDLE_T *clientHandle, CHUNK_SINK_T *sink)
-{
-    openclt_snoop_group_t group = {};
-    GROUP_CIRCLE_T circle;
-
-    auto map = ownedArray<MAP_ENTRY_T>(MAP_SIZE);
-    if (map == nullptr) {
-        LOG_ERROR("multicast_groups_ex: no memory for the interfaces\n");
-        return;
-    }
-    portsEnter(clientHandle, map.get());
-    lagsEnter(clientHandle, map.get());
-    while (groupNext(clientHandle, &circle, &group)) {
-        if (group.ifNum < MAP_SIZE && map[group.ifNum].valid)
-            groupRowsAdd(&group, &map[group.ifNum], sink);
-    }
-}
-
 static void portsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
 {
     for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port)) {
@@ -110,17 +71,6 @@ static bool groupNext(CLIENT_HANDLE_T *clientHandle, GROUP_CIRCLE_T *circle, ope
 {
     return rpcclt_openapiSnoopingGroupNextGet(clientHandle, OPENCLT_AF_IPV4, 0, group) == OPENCLT_OK &&
            !keyRecurs(circle, {group->vlanId, group->groupAddress, group->ifNum});
-}
-
-static void groupRowsAdd(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry, CHUNK_SINK_T *sink)
-{
-    GROUP_TEXTS_T texts = groupTexts(group, entry);
-    uint32_t count = std::min<uint32_t>(group->subscriberCount, OPENCLT_SNOOP_SUBSCRIBERS_MAX);
-
-    if (count == 0)
-        rowAdd(group, &texts, nullptr, sink);
-    for (uint32_t i = 0; i < count; i++)
-        rowAdd(group, &texts, &group->subscribers[i], sink);
 }
 
 static GROUP_TEXTS_T groupTexts(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry)
@@ -170,4 +120,46 @@ static void rowAdd(const openclt_snoop_group_t *group, const GROUP_TEXTS_T *text
         chunkRowAdd(sink, text.get(), strlen(text.get()));
     else
         LOG_ERROR("multicast_groups_ex: no memory for a row\n");
+}
+
+static void groupRowsAdd(const openclt_snoop_group_t *group, const MAP_ENTRY_T *entry, CHUNK_SINK_T *sink)
+{
+    GROUP_TEXTS_T texts = groupTexts(group, entry);
+    uint32_t count = std::min<uint32_t>(group->subscriberCount, OPENCLT_SNOOP_SUBSCRIBERS_MAX);
+
+    if (count == 0)
+        rowAdd(group, &texts, nullptr, sink);
+    for (uint32_t i = 0; i < count; i++)
+        rowAdd(group, &texts, &group->subscribers[i], sink);
+}
+
+int mgeWriteChunks(CLIENT_HANDLE_T *clientHandle)
+{
+    CHUNK_SINK_T sink;
+
+    int result = chunkBegin(&sink, CHUNK_MULTICAST_GROUPS);
+    if (result != RESULT_OK) {
+        LOG_ERROR("multicast_groups_ex: no memory for the rows\n"); // the cycle does not look at the result
+        return result;
+    }
+    mgeCollectGroups(clientHandle, &sink);
+    return chunkEnd(&sink);
+}
+
+void mgeCollectGroups(CLIENT_HANDLE_T *clientHandle, CHUNK_SINK_T *sink)
+{
+    openclt_snoop_group_t group = {};
+    GROUP_CIRCLE_T circle;
+
+    auto map = ownedArray<MAP_ENTRY_T>(MAP_SIZE);
+    if (map == nullptr) {
+        LOG_ERROR("multicast_groups_ex: no memory for the interfaces\n");
+        return;
+    }
+    portsEnter(clientHandle, map.get());
+    lagsEnter(clientHandle, map.get());
+    while (groupNext(clientHandle, &circle, &group)) {
+        if (group.ifNum < MAP_SIZE && map[group.ifNum].valid)
+            groupRowsAdd(&group, &map[group.ifNum], sink);
+    }
 }

@@ -47,52 +47,6 @@ struct ARRAY_T {
     uint32_t elements;
 };
 
-static OFFER_T offerGet(CLIENT_HANDLE_T *clientHandle);
-static int nameOrder(const struct dirent **left, const struct dirent **right);
-static bool templateOffered(const char *name, const OFFER_T &offer);
-static bool templateRead(const char *path, char content[TEXT_MAX + 1]);
-static bool templateAppend(ARRAY_T *array, const char *content);
-
-int ProfileTemplateGet(CLIENT_HANDLE_T *clientHandle, int ignored, char *buffer)
-{
-    (void)ignored;
-    const OFFER_T offer = offerGet(clientHandle);
-    const char *const folder = PathGet(PATH_TEMPLATE_DIR);
-    ARRAY_T array = {buffer, 1, 0};
-    DIR_LIST_T list;
-
-    memcpy(buffer, "[", 2);
-    list.count = scandir(folder, &list.entries, nullptr, nameOrder);
-    if (list.count < 0)
-        LOG_ERROR("Open dir error...\r\n");
-    for (int i = 0; i < list.count; i++) {
-        char path[1024];
-        char content[TEXT_MAX + 1];
-        const char *name = list.entries[i]->d_name;
-        if (strcmp(name, ".") == 0 || strcmp(name, "..") == 0 || !templateOffered(name, offer))
-            continue;
-        snprintf(path, sizeof(path), "%s%s", folder, name);
-        if (templateRead(path, content) && !templateAppend(&array, content))
-            break;
-    }
-    memcpy(buffer + array.length, "]", 2);
-    return RESULT_OK;
-}
-
-int profileTemplateBuild(CLIENT_HANDLE_T *clientHandle, char *buffer, size_t size)
-{
-    if (size < PROFILE_TEMPLATE_BUFFER_SIZE)
-        return RESULT_INVALID_ARGUMENT;
-    return ProfileTemplateGet(clientHandle, 0, buffer);
-}
-
-int featureSupportedGet(const char *feature, bool *supported)
-{
-    (void)feature;
-    *supported = true;
-    return RESULT_OK;
-}
-
 // A machine model that cannot be read offers nothing of its own.
 static OFFER_T offerGet(CLIENT_HANDLE_T *clientHandle)
 {
@@ -166,4 +120,44 @@ static bool templateAppend(ARRAY_T *array, const char *content)
     memcpy(array->text + array->length, content, length + 1);
     array->length += length;
     return true;
+}
+
+int ProfileTemplateGet(CLIENT_HANDLE_T *clientHandle, int ignored, char *buffer)
+{
+    (void)ignored;
+    const OFFER_T offer = offerGet(clientHandle);
+    const char *const folder = PathGet(PATH_TEMPLATE_DIR);
+    ARRAY_T array = {buffer, 1, 0};
+    DIR_LIST_T list;
+
+    memcpy(buffer, "[", 2);
+    list.count = scandir(folder, &list.entries, nullptr, nameOrder);
+    if (list.count < 0)
+        LOG_ERROR("Open dir error...\r\n");
+    for (int i = 0; i < list.count; i++) {
+        char path[1024];
+        char content[TEXT_MAX + 1];
+        const char *name = list.entries[i]->d_name;
+        if (strcmp(name, ".") == 0 || strcmp(name, "..") == 0 || !templateOffered(name, offer))
+            continue;
+        snprintf(path, sizeof(path), "%s%s", folder, name);
+        if (templateRead(path, content) && !templateAppend(&array, content))
+            break;
+    }
+    memcpy(buffer + array.length, "]", 2);
+    return RESULT_OK;
+}
+
+int profileTemplateBuild(CLIENT_HANDLE_T *clientHandle, char *buffer, size_t size)
+{
+    if (size < PROFILE_TEMPLATE_BUFFER_SIZE)
+        return RESULT_INVALID_ARGUMENT;
+    return ProfileTemplateGet(clientHandle, 0, buffer);
+}
+
+int featureSupportedGet(const char *feature, bool *supported)
+{
+    (void)feature;
+    *supported = true;
+    return RESULT_OK;
 }

@@ -41,53 +41,12 @@ struct PROFILE_BUILD_T {
     char ip[VLAN_LAST + 1][16] = {}, mask[VLAN_LAST + 1][16] = {};
 };
 
-static bool rowsRead(ROWS_T *rows);
-static void bucketsFill(PROFILE_BUILD_T *build);
-static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum);
-static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum);
-static void routingFill(PROFILE_BUILD_T *build);
-static void vlansAdd(PROFILE_BUILD_T *build, cJSON *array);
-static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId);
-static VLAN_INFO_ENTRY_T profileGet(ROWS_T *rows, uint32_t vlanId);
-static const char *shownType(const VLAN_INFO_ENTRY_T &profile);
-static bool routingAllowed(const char *profileType);
-static OWNED_JSON bucketTake(OWNED_JSON *buckets, uint32_t vlanId);
-static OWNED_JSON assignedPorts(PROFILE_FILES_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId);
-static const cJSON *assignedFind(const cJSON *document, uint32_t vlanId);
-static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t size);
-static long milliseconds(int64_t from, int64_t to);
-
-int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
+// A text column, cut to size-1; NULL is an empty text.
+static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t size)
 {
-    const int64_t start = ClockMicroseconds();
+    const unsigned char *text = sqlite3_column_text(statement, column);
 
-    if (out == nullptr)
-        return RESULT_INVALID_POINTER;
-    *out = nullptr;
-    OWNED_JSON array(cJSON_CreateArray());
-    std::unique_ptr<PROFILE_BUILD_T> build(new (std::nothrow) PROFILE_BUILD_T);
-    if (array == nullptr || build == nullptr)
-        return RESULT_INVALID_POINTER;
-
-    build->clientHandle = clientHandle;
-    if (!rowsRead(&build->rows))
-        return RESULT_FAILED;
-    const int64_t rowsDone = ClockMicroseconds();
-    bucketsFill(build.get());
-    routingFill(build.get());
-    const int64_t tablesDone = ClockMicroseconds();
-    // A port that was lost for want of memory would be missed by somebody; a VLAN without memory is left out.
-    const bool portsLost = jsonIncomplete();
-    vlansAdd(build.get(), array.get());
-    const int64_t end = ClockMicroseconds();
-    build.reset();
-    LOG_DEBUG("profileListExGet: vlanInfo=%ld ms, portBuckets=%ld ms, vlanWalk=%ld ms, total=%ld ms\n",
-              milliseconds(start, rowsDone), milliseconds(rowsDone, tablesDone), milliseconds(tablesDone, end),
-              milliseconds(start, end));
-
-    if (!portsLost)
-        *out = jsonPrint(array.get(), JSON_COMPACT);
-    return *out == nullptr ? RESULT_FAILED : RESULT_OK;
+    textCopy(out, size, text == nullptr ? "" : reinterpret_cast<const char *>(text));
 }
 
 // The rows that a VLAN ID can find: one an ID. No file, no table: no rows, and every VLAN shows its defaults. False
@@ -131,21 +90,11 @@ static bool rowsRead(ROWS_T *rows)
     return false;
 }
 
-static void bucketsFill(PROFILE_BUILD_T *build)
+static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum)
 {
-    uint32_t maxMembers = 0;
-
-    for (IF_WALK_T port = ifWalkStart(build->clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
-        interfaceEnter(build, port.ifNum);
-
-    IF_WALK_T lag = ifWalkStart(build->clientHandle, OPENCLT_IF_LAG);
-    if (!lag.valid || rpcclt_openapiLagMaxMemberCountGet(build->clientHandle, &maxMembers) != OPENCLT_OK)
-        return;
-    for (; lag.valid && maxMembers > 0; ifWalkNext(&lag)) {
-        LAG_MEMBERS_T members;
-        if (lagMembersGet(build->clientHandle, lag.ifNum, maxMembers, &members) == RESULT_OK && members.count > 0)
-            interfaceEnter(build, lag.ifNum);
-    }
+    if (*bucket == nullptr)
+        bucket->reset(cJSON_CreateArray());
+    jsonAppendNumber(bucket->get(), ifNum);
 }
 
 static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum)
@@ -165,11 +114,21 @@ static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum)
         bucketAdd(&build->untagged[pvid], ifNum);
 }
 
-static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum)
+static void bucketsFill(PROFILE_BUILD_T *build)
 {
-    if (*bucket == nullptr)
-        bucket->reset(cJSON_CreateArray());
-    jsonAppendNumber(bucket->get(), ifNum);
+    uint32_t maxMembers = 0;
+
+    for (IF_WALK_T port = ifWalkStart(build->clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
+        interfaceEnter(build, port.ifNum);
+
+    IF_WALK_T lag = ifWalkStart(build->clientHandle, OPENCLT_IF_LAG);
+    if (!lag.valid || rpcclt_openapiLagMaxMemberCountGet(build->clientHandle, &maxMembers) != OPENCLT_OK)
+        return;
+    for (; lag.valid && maxMembers > 0; ifWalkNext(&lag)) {
+        LAG_MEMBERS_T members;
+        if (lagMembersGet(build->clientHandle, lag.ifNum, maxMembers, &members) == RESULT_OK && members.count > 0)
+            interfaceEnter(build, lag.ifNum);
+    }
 }
 
 static void routingFill(PROFILE_BUILD_T *build)
@@ -190,37 +149,6 @@ static void routingFill(PROFILE_BUILD_T *build)
         ipv4Text(address, build->ip[vlanId]);
         prefixLenMaskText(prefixLength, build->mask[vlanId]);
     }
-}
-
-static void vlansAdd(PROFILE_BUILD_T *build, cJSON *array)
-{
-    for (VLAN_WALK_T walk = vlanWalkStart(build->clientHandle); walk.valid; vlanWalkNext(&walk)) {
-        jsonBuildBegin(); // each VLAN is whole or left out
-        OWNED_JSON object = vlanObject(build, walk.vlanId);
-        if (!jsonIncomplete())
-            jsonAppend(array, std::move(object));
-    }
-    jsonBuildBegin();
-}
-
-static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId)
-{
-    const VLAN_INFO_ENTRY_T profile = profileGet(&build->rows, vlanId);
-    OWNED_JSON object(cJSON_CreateObject());
-
-    jsonAddNumber(object.get(), "vlanId", vlanId);
-    jsonAddNumber(object.get(), "vlanType", profile.vlanType);
-    jsonAddBool(object.get(), "static", openapiVlanIsStatic(build->clientHandle, vlanId) != 0);
-    jsonAddText(object.get(), "name", profile.profileName);
-    jsonAddText(object.get(), "profileType", shownType(profile));
-    jsonAddText(object.get(), "color", profile.color);
-    jsonAddText(object.get(), "ip", vlanId <= VLAN_LAST ? build->ip[vlanId] : "");
-    jsonAddText(object.get(), "ipMask", vlanId <= VLAN_LAST ? build->mask[vlanId] : "");
-    jsonAddBool(object.get(), "routing", routingAllowed(profile.profileType));
-    jsonAddItem(object.get(), "tagged", bucketTake(build->tagged, vlanId));
-    jsonAddItem(object.get(), "untagged", bucketTake(build->untagged, vlanId));
-    jsonAddItem(object.get(), "assignedPort", assignedPorts(&build->exports, profile, vlanId));
-    return object;
 }
 
 // The VLAN's row, to which the cursor moves; the defaults when it has none.
@@ -255,16 +183,6 @@ static OWNED_JSON bucketTake(OWNED_JSON *buckets, uint32_t vlanId)
     return OWNED_JSON(cJSON_CreateArray());
 }
 
-static OWNED_JSON assignedPorts(PROFILE_FILES_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId)
-{
-    const char *type = profile.profileType;
-    const cJSON *assigned = nullptr;
-
-    if (profile.vlanType != TYPE_DATA && type[0] != '\0' && strcmp(type, "Default") != 0)
-        assigned = assignedFind(profileFileGet(exports, type), vlanId);
-    return OWNED_JSON(cJSON_IsArray(assigned) ? cJSON_Duplicate(assigned, 1) : cJSON_CreateArray());
-}
-
 // profileConfig.vlans[first of this VLAN].ports.assignedPort; null when a member is missing.
 static const cJSON *assignedFind(const cJSON *document, uint32_t vlanId)
 {
@@ -282,15 +200,81 @@ static const cJSON *assignedFind(const cJSON *document, uint32_t vlanId)
     return nullptr;
 }
 
-// A text column, cut to size-1; NULL is an empty text.
-static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t size)
+static OWNED_JSON assignedPorts(PROFILE_FILES_T *exports, const VLAN_INFO_ENTRY_T &profile, uint32_t vlanId)
 {
-    const unsigned char *text = sqlite3_column_text(statement, column);
+    const char *type = profile.profileType;
+    const cJSON *assigned = nullptr;
 
-    textCopy(out, size, text == nullptr ? "" : reinterpret_cast<const char *>(text));
+    if (profile.vlanType != TYPE_DATA && type[0] != '\0' && strcmp(type, "Default") != 0)
+        assigned = assignedFind(profileFileGet(exports, type), vlanId);
+    return OWNED_JSON(cJSON_IsArray(assigned) ? cJSON_Duplicate(assigned, 1) : cJSON_CreateArray());
+}
+
+static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId)
+{
+    const VLAN_INFO_ENTRY_T profile = profileGet(&build->rows, vlanId);
+    OWNED_JSON object(cJSON_CreateObject());
+
+    jsonAddNumber(object.get(), "vlanId", vlanId);
+    jsonAddNumber(object.get(), "vlanType", profile.vlanType);
+    jsonAddBool(object.get(), "static", openapiVlanIsStatic(build->clientHandle, vlanId) != 0);
+    jsonAddText(object.get(), "name", profile.profileName);
+    jsonAddText(object.get(), "profileType", shownType(profile));
+    jsonAddText(object.get(), "color", profile.color);
+    jsonAddText(object.get(), "ip", vlanId <= VLAN_LAST ? build->ip[vlanId] : "");
+    jsonAddText(object.get(), "ipMask", vlanId <= VLAN_LAST ? build->mask[vlanId] : "");
+    jsonAddBool(object.get(), "routing", routingAllowed(profile.profileType));
+    jsonAddItem(object.get(), "tagged", bucketTake(build->tagged, vlanId));
+    jsonAddItem(object.get(), "untagged", bucketTake(build->untagged, vlanId));
+    jsonAddItem(object.get(), "assignedPort", assignedPorts(&build->exports, profile, vlanId));
+    return object;
+}
+
+static void vlansAdd(PROFILE_BUILD_T *build, cJSON *array)
+{
+    for (VLAN_WALK_T walk = vlanWalkStart(build->clientHandle); walk.valid; vlanWalkNext(&walk)) {
+        jsonBuildBegin(); // each VLAN is whole or left out
+        OWNED_JSON object = vlanObject(build, walk.vlanId);
+        if (!jsonIncomplete())
+            jsonAppend(array, std::move(object));
+    }
+    jsonBuildBegin();
 }
 
 static long milliseconds(int64_t from, int64_t to)
 {
     return static_cast<long>((to - from) / 1000);
+}
+
+int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
+{
+    const int64_t start = ClockMicroseconds();
+
+    if (out == nullptr)
+        return RESULT_INVALID_POINTER;
+    *out = nullptr;
+    OWNED_JSON array(cJSON_CreateArray());
+    std::unique_ptr<PROFILE_BUILD_T> build(new (std::nothrow) PROFILE_BUILD_T);
+    if (array == nullptr || build == nullptr)
+        return RESULT_INVALID_POINTER;
+
+    build->clientHandle = clientHandle;
+    if (!rowsRead(&build->rows))
+        return RESULT_FAILED;
+    const int64_t rowsDone = ClockMicroseconds();
+    bucketsFill(build.get());
+    routingFill(build.get());
+    const int64_t tablesDone = ClockMicroseconds();
+    // A port that was lost for want of memory would be missed by somebody; a VLAN without memory is left out.
+    const bool portsLost = jsonIncomplete();
+    vlansAdd(build.get(), array.get());
+    const int64_t end = ClockMicroseconds();
+    build.reset();
+    LOG_DEBUG("profileListExGet: vlanInfo=%ld ms, portBuckets=%ld ms, vlanWalk=%ld ms, total=%ld ms\n",
+              milliseconds(start, rowsDone), milliseconds(rowsDone, tablesDone), milliseconds(tablesDone, end),
+              milliseconds(start, end));
+
+    if (!portsLost)
+        *out = jsonPrint(array.get(), JSON_COMPACT);
+    return *out == nullptr ? RESULT_FAILED : RESULT_OK;
 }

@@ -22,57 +22,44 @@ constexpr size_t DATE_TEXT_SIZE = 32; // longer than any three numbers make
 
 using NAME_T = char[POE_SCHEDULE_NAME_SIZE + 1]; // terminated, whatever the platform writes
 
-static uint32_t entryCountGet(CLIENT_HANDLE_T *clientHandle, openclt_buffer_t name);
-static void startRead(CLIENT_HANDLE_T *clientHandle, openclt_buffer_t name, POE_SCHEDULE_T *schedule);
-static void endsRead(CLIENT_HANDLE_T *clientHandle, openclt_buffer_t name, uint32_t count, POE_SCHEDULE_T *schedule);
-static void statusRead(CLIENT_HANDLE_T *clientHandle, openclt_buffer_t name, POE_SCHEDULE_T *schedule);
-static void portsRead(CLIENT_HANDLE_T *clientHandle, POE_SCHEDULE_T *schedule);
-static void scheduleRowAppend(POE_SCHEDULE_T *schedule, cJSON *rows);
-static OWNED_JSON maskDays(uint8_t mask);
-static void dateTexts(const openclt_time_range_date_t &date, char dateText[11], char timeText[6]);
-static openclt_buffer_t nameBuffer(char *name);
-
-int getPoeScheduleAllJson(CLIENT_HANDLE_T *clientHandle, char **out)
+static openclt_buffer_t nameBuffer(char *name)
 {
-    NAME_T name = "", next = "";
-
-    *out = nullptr;
-    OWNED_JSON rows(cJSON_CreateArray());
-    if (rows == nullptr) {
-        LOG_ERROR("getPoeScheduleAllJson: Failed to create cJSON array\n");
-        return RESULT_FAILED;
-    }
-    openclt_buffer_t first = nameBuffer(name);
-    int result = rpcclt_openapiTimeRangeNameFirstGet(clientHandle, &first);
-    if (result != OPENCLT_OK && result != OPENCLT_NOT_FOUND)
-        LOG_ERROR("openapiTimeRangeNameFirstGet get failed. result = %d\n", result);
-    for (uint32_t i = 0; result == OPENCLT_OK && i < SCHEDULES_MAX; i++) {
-        POE_SCHEDULE_T schedule = {};
-        textCopy(schedule.name, sizeof(schedule.name), name);
-        (void)getPoeSchedule(clientHandle, &schedule); // always 0
-        scheduleRowAppend(&schedule, rows.get());
-
-        openclt_buffer_t current = nameBuffer(name), following = nameBuffer(next);
-        result = rpcclt_openapiTimeRangeNameNextGet(clientHandle, &current, &following);
-        if (result == OPENCLT_OK && strcmp(name, next) == 0)
-            break; // it does not advance
-        textCopy(name, sizeof(name), next);
-    }
-    return jsonToStr(rows.get(), JSON_COMPACT, out);
+    return {POE_SCHEDULE_NAME_SIZE, name};
 }
 
-int getPoeSchedule(CLIENT_HANDLE_T *clientHandle, POE_SCHEDULE_T *schedule)
+// Day numbers of a mask: 1 Monday to 7 Sunday.
+static OWNED_JSON maskDays(uint8_t mask)
 {
-    openclt_buffer_t name = nameBuffer(schedule->name);
+    static const uint8_t dayBits[] = {2, 3, 4, 5, 6, 7, 1};
+    OWNED_JSON days(cJSON_CreateArray());
 
-    uint32_t count = entryCountGet(clientHandle, name);
-    startRead(clientHandle, name, schedule);
-    schedule->recurrenceDays.reset(cJSON_CreateArray());
-    schedule->ports.reset(cJSON_CreateArray());
-    endsRead(clientHandle, name, count, schedule);
-    statusRead(clientHandle, name, schedule);
-    portsRead(clientHandle, schedule);
-    return RESULT_OK;
+    for (size_t i = 0; i < sizeof(dayBits); i++) {
+        if ((mask >> dayBits[i] & 1) != 0)
+            jsonAppendNumber(days.get(), static_cast<double>(i + 1));
+    }
+    return days;
+}
+
+static void scheduleRowAppend(POE_SCHEDULE_T *schedule, cJSON *rows)
+{
+    OWNED_JSON owned(cJSON_CreateObject());
+    if (owned == nullptr) {
+        LOG_ERROR_AS("getPoeScheduleAllJson", "getPoeScheduleAllJson: Failed to create jnode\n");
+        return;
+    }
+    cJSON *row = owned.get();
+    jsonAppend(rows, std::move(owned));
+    jsonAddText(row, "name", schedule->name);
+    jsonAddNumber(row, "status", schedule->status);
+    jsonAddText(row, "startTime", schedule->startTime);
+    jsonAddText(row, "endTime", schedule->endTime);
+    jsonAddText(row, "startDate", schedule->startDate);
+    jsonAddText(row, "endDate", schedule->endDate);
+    jsonAddNumber(row, "recurrence", schedule->recurrence);
+    jsonAddItem(row, "recurrenceDays",
+                schedule->recurrence == RECURRENCE_WEEKLY ? std::move(schedule->recurrenceDays)
+                                                          : maskDays(schedule->recurrenceMask));
+    jsonAddItem(row, "portNum", std::move(schedule->ports));
 }
 
 static uint32_t entryCountGet(CLIENT_HANDLE_T *clientHandle, openclt_buffer_t name)
@@ -86,6 +73,16 @@ static uint32_t entryCountGet(CLIENT_HANDLE_T *clientHandle, openclt_buffer_t na
                  "Bad return code trying to get number of entries configured for the given time range. (result = %d)\n",
                  result);
     return 0;
+}
+
+static void dateTexts(const openclt_time_range_date_t &date, char dateText[11], char timeText[6])
+{
+    char text[DATE_TEXT_SIZE];
+
+    snprintf(text, sizeof(text), "%04d-%02d-%02d", date.year, date.month, date.day);
+    textCopy(dateText, 11, text);
+    snprintf(text, sizeof(text), "%02d:%02d", date.hour, date.minute);
+    textCopy(timeText, 6, text);
 }
 
 static void startRead(CLIENT_HANDLE_T *clientHandle, openclt_buffer_t name, POE_SCHEDULE_T *schedule)
@@ -152,52 +149,45 @@ static void portsRead(CLIENT_HANDLE_T *clientHandle, POE_SCHEDULE_T *schedule)
     }
 }
 
-static void scheduleRowAppend(POE_SCHEDULE_T *schedule, cJSON *rows)
+int getPoeScheduleAllJson(CLIENT_HANDLE_T *clientHandle, char **out)
 {
-    OWNED_JSON owned(cJSON_CreateObject());
-    if (owned == nullptr) {
-        LOG_ERROR_AS("getPoeScheduleAllJson", "getPoeScheduleAllJson: Failed to create jnode\n");
-        return;
+    NAME_T name = "", next = "";
+
+    *out = nullptr;
+    OWNED_JSON rows(cJSON_CreateArray());
+    if (rows == nullptr) {
+        LOG_ERROR("getPoeScheduleAllJson: Failed to create cJSON array\n");
+        return RESULT_FAILED;
     }
-    cJSON *row = owned.get();
-    jsonAppend(rows, std::move(owned));
-    jsonAddText(row, "name", schedule->name);
-    jsonAddNumber(row, "status", schedule->status);
-    jsonAddText(row, "startTime", schedule->startTime);
-    jsonAddText(row, "endTime", schedule->endTime);
-    jsonAddText(row, "startDate", schedule->startDate);
-    jsonAddText(row, "endDate", schedule->endDate);
-    jsonAddNumber(row, "recurrence", schedule->recurrence);
-    jsonAddItem(row, "recurrenceDays",
-                schedule->recurrence == RECURRENCE_WEEKLY ? std::move(schedule->recurrenceDays)
-                                                          : maskDays(schedule->recurrenceMask));
-    jsonAddItem(row, "portNum", std::move(schedule->ports));
-}
+    openclt_buffer_t first = nameBuffer(name);
+    int result = rpcclt_openapiTimeRangeNameFirstGet(clientHandle, &first);
+    if (result != OPENCLT_OK && result != OPENCLT_NOT_FOUND)
+        LOG_ERROR("openapiTimeRangeNameFirstGet get failed. result = %d\n", result);
+    for (uint32_t i = 0; result == OPENCLT_OK && i < SCHEDULES_MAX; i++) {
+        POE_SCHEDULE_T schedule = {};
+        textCopy(schedule.name, sizeof(schedule.name), name);
+        (void)getPoeSchedule(clientHandle, &schedule); // always 0
+        scheduleRowAppend(&schedule, rows.get());
 
-// Day numbers of a mask: 1 Monday to 7 Sunday.
-static OWNED_JSON maskDays(uint8_t mask)
-{
-    static const uint8_t dayBits[] = {2, 3, 4, 5, 6, 7, 1};
-    OWNED_JSON days(cJSON_CreateArray());
-
-    for (size_t i = 0; i < sizeof(dayBits); i++) {
-        if ((mask >> dayBits[i] & 1) != 0)
-            jsonAppendNumber(days.get(), static_cast<double>(i + 1));
+        openclt_buffer_t current = nameBuffer(name), following = nameBuffer(next);
+        result = rpcclt_openapiTimeRangeNameNextGet(clientHandle, &current, &following);
+        if (result == OPENCLT_OK && strcmp(name, next) == 0)
+            break; // it does not advance
+        textCopy(name, sizeof(name), next);
     }
-    return days;
+    return jsonToStr(rows.get(), JSON_COMPACT, out);
 }
 
-static void dateTexts(const openclt_time_range_date_t &date, char dateText[11], char timeText[6])
+int getPoeSchedule(CLIENT_HANDLE_T *clientHandle, POE_SCHEDULE_T *schedule)
 {
-    char text[DATE_TEXT_SIZE];
+    openclt_buffer_t name = nameBuffer(schedule->name);
 
-    snprintf(text, sizeof(text), "%04d-%02d-%02d", date.year, date.month, date.day);
-    textCopy(dateText, 11, text);
-    snprintf(text, sizeof(text), "%02d:%02d", date.hour, date.minute);
-    textCopy(timeText, 6, text);
-}
-
-static openclt_buffer_t nameBuffer(char *name)
-{
-    return {POE_SCHEDULE_NAME_SIZE, name};
+    uint32_t count = entryCountGet(clientHandle, name);
+    startRead(clientHandle, name, schedule);
+    schedule->recurrenceDays.reset(cJSON_CreateArray());
+    schedule->ports.reset(cJSON_CreateArray());
+    endsRead(clientHandle, name, count, schedule);
+    statusRead(clientHandle, name, schedule);
+    portsRead(clientHandle, schedule);
+    return RESULT_OK;
 }

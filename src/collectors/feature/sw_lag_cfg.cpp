@@ -31,19 +31,192 @@ struct MODE_TABLE_T {
     uint32_t count = 0;
 };
 
-static MODE_TABLE_T modeTableGet(CLIENT_HANDLE_T *clientHandle);
+static uint32_t highestPortGet(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest)
+{
+    if (!highest->known) {
+        for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
+            highest->ifNum = port.ifNum;
+        highest->known = true;
+    }
+    return highest->ifNum;
+}
+
+// Members of a LAG without the phantom ones.
+static int membersGet(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, LAG_MEMBERS_T *members)
+{
+    static const char caller[] = "lagMembersJsonArrayGet";
+    uint32_t type = 0, maxMembers = 0, kept = 0;
+
+    if (swapiIfTypeGet(clientHandle, lagIfNum, &type) != RESULT_OK || type != OPENCLT_IF_LAG ||
+        lagMaxMemberCountGet(clientHandle, &maxMembers) != RESULT_OK)
+        return RESULT_FAILED;
+    uint32_t highestPort = highestPortGet(clientHandle, highest);
+    int result = lagMembersGet(clientHandle, lagIfNum, maxMembers, members);
+    if (members->bytes == nullptr)
+        LOG_ERROR_AS(caller, "Failed to allocate memory\n");
+    if (result != RESULT_OK)
+        return RESULT_FAILED;
+
+    for (uint32_t i = 0; i < members->count; i++) {
+        uint32_t ifNum = lagMember(members, i);
+        if (highestPort != 0 && ifNum > highestPort) {
+            LOG_DEBUG_AS(caller, "Skipping phantom LAG member ifIndex %u (max PHY=%u)\n", ifNum, highestPort);
+            continue;
+        }
+        memcpy(members->bytes.get() + sizeof(ifNum) * kept++, &ifNum, sizeof(ifNum));
+    }
+    members->count = kept;
+    return RESULT_OK;
+}
+
+static int membersAppend(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, cJSON *array)
+{
+    LAG_MEMBERS_T members;
+
+    if (membersGet(clientHandle, lagIfNum, highest, &members) != RESULT_OK)
+        return RESULT_FAILED;
+    for (uint32_t i = 0; i < members.count; i++)
+        jsonAppendNumber(array, lagMember(&members, i));
+    return jsonIncomplete() ? RESULT_FAILED : RESULT_OK;
+}
+
+static void membersRead(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest, LAG_INFO_T *lag)
+{
+    LAG_MEMBERS_T members;
+
+    if (membersGet(clientHandle, lag->ifNum, highest, &members) != RESULT_OK)
+        return; // without members
+    lag->memberCount = members.count;
+    for (uint32_t i = 0; i < members.count && i < LAG_MEMBERS_SHOWN; i++)
+        lag->members[i] = lagMember(&members, i);
+}
+
+// Values of one LAG, 0 where a read fails (its wrapper has logged a line). Without `highest` the members stay unread.
+static void lagRead(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, LAG_INFO_T *lag)
+{
+    char name[NAME_READ_SIZE] = "";
+    uint32_t mode = 0, status = 0;
+
+    *lag = {};
+    lag->ifNum = lagIfNum;
+    if (swapiLagNameGet(clientHandle, lagIfNum, name, sizeof(name)) == RESULT_OK)
+        textCopy(lag->name, sizeof(lag->name), name);
+    lag->staticMode = swapiLagStaticModeGet(clientHandle, lagIfNum, &mode) == RESULT_OK && mode == 1;
+    if (swapiVlanIfPvidGet(clientHandle, lagIfNum, &lag->pvid) != RESULT_OK)
+        lag->pvid = 0;
+    lag->autoTrunk = dot1qSwPortAutoTrunkStatusGet(clientHandle, lagIfNum, &status) == RESULT_OK && status == 1;
+    if (highest != nullptr)
+        membersRead(clientHandle, highest, lag);
+    if (swapiLagLoadBalanceModeGet(clientHandle, lagIfNum, &lag->balanceMode) != RESULT_OK)
+        lag->balanceMode = 0;
+    (void)swapiDot1qSwPortTaggedVlanListGet(clientHandle, lagIfNum, &lag->taggedVlans); // count 0 when it fails
+}
+
+static MODE_TABLE_T modeTableGet(CLIENT_HANDLE_T *clientHandle)
+{
+    MODE_TABLE_T table;
+    uint32_t count = 0;
+
+    if (openapiMaxInterfaceCountGet(clientHandle, &count) != OPENCLT_OK)
+        return table;
+    count = count < MODE_TABLE_MAX ? count : MODE_TABLE_MAX;
+    table.modes = ownedArray<uint32_t>(count);
+    if (table.modes == nullptr)
+        return table;
+    table.count = count;
+    (void)swPortsModeGet(clientHandle, table.modes.get(), count); // zeroed when it fails
+    return table;
+}
+
+static void membersAdd(CLIENT_HANDLE_T *clientHandle, const LAG_INFO_T &lag, cJSON *row)
+{
+    cJSON *numbers = jsonAddArray(row, "members");
+    cJSON *names = jsonAddArray(row, "memberName");
+
+    for (uint32_t i = 0; i < lag.memberCount; i++) {
+        openclt_usp_t usp;
+        char name[PORT_LABEL_SIZE];
+
+        (void)ifUnitSlotPortGet(clientHandle, lag.members[i], &usp); // all 0 when it fails
+        portCliName(&usp, name);
+        jsonAppendNumber(numbers, lag.members[i]);
+        jsonAppendText(names, name);
+    }
+}
+
+static uint32_t lagMode(const LAG_INFO_T &lag)
+{
+    return lag.taggedVlans.count > 0 ? LAG_MODE_TAGGED : LAG_MODE_UNTAGGED;
+}
+
+// One LAG of the full list; false when a part of it cannot be created.
 static bool lagAppend(CLIENT_HANDLE_T *clientHandle, const IF_WALK_T &walk, const MODE_TABLE_T &table,
-                      HIGHEST_PORT_T *highest, cJSON *list);
-static void membersAdd(CLIENT_HANDLE_T *clientHandle, const LAG_INFO_T &lag, cJSON *row);
-static bool lightLagAppend(CLIENT_HANDLE_T *clientHandle, const IF_WALK_T &walk, HIGHEST_PORT_T *highest, cJSON *list);
-static void detailsAdd(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, cJSON *row);
-static void lagRead(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, LAG_INFO_T *lag);
-static void membersRead(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest, LAG_INFO_T *lag);
-static uint32_t lagMode(const LAG_INFO_T &lag);
-static int membersAppend(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, cJSON *array);
-static int membersGet(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest,
-                      LAG_MEMBERS_T *members);
-static uint32_t highestPortGet(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest);
+                      HIGHEST_PORT_T *highest, cJSON *list)
+{
+    LAG_INFO_T lag;
+
+    cJSON *row = jsonAppendObject(list);
+    if (row == nullptr) {
+        LOG_ERROR_AS("getLagInfoList", "Failed to create LAG item object\n");
+        return false;
+    }
+    lagRead(clientHandle, walk.ifNum, highest, &lag);
+    if (lag.memberCount > LAG_MEMBERS_SHOWN)
+        lag.memberCount = LAG_MEMBERS_SHOWN;
+
+    jsonAddText(row, "name", lag.name);
+    jsonAddNumber(row, "portNum", lag.ifNum);
+    jsonAddNumber(row, "groupId", lagNumber(lag.ifNum, walk.first));
+    jsonAddBool(row, "staticMode", lag.staticMode != 0);
+    jsonAddNumber(row, "vlanId", lag.pvid);
+    jsonAddBool(row, "trunkMode", lag.autoTrunk != 0);
+    jsonAddNumber(row, "switchportMode", lag.ifNum < table.count ? table.modes[lag.ifNum] : 0);
+    jsonAddBool(row, "autoLag", lag.autoTrunk != 0);
+    membersAdd(clientHandle, lag, row);
+    jsonAddNumber(row, "balanceMode", lag.balanceMode);
+    jsonAddNumber(row, "lagMode", lagMode(lag));
+    jsonAddBool(row, "changed", lag.memberCount != 0);
+    return !jsonIncomplete();
+}
+
+static void detailsAdd(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, cJSON *row)
+{
+    LAG_INFO_T lag;
+
+    lagRead(clientHandle, lagIfNum, nullptr, &lag);
+    jsonAddText(row, "name", lag.name);
+    jsonAddBool(row, "staticMode", lag.staticMode != 0);
+    jsonAddNumber(row, "vlanId", lag.pvid);
+    jsonAddBool(row, "autoLag", lag.autoTrunk != 0);
+    jsonAddNumber(row, "balanceMode", lag.balanceMode);
+    jsonAddNumber(row, "lagMode", lagMode(lag));
+}
+
+// One LAG of the lighter list; false when a part of it cannot be created. A LAG whose members are unknown is shown in
+// full, so that a failed read does not make it look unused.
+static bool lightLagAppend(CLIENT_HANDLE_T *clientHandle, const IF_WALK_T &walk, HIGHEST_PORT_T *highest, cJSON *list)
+{
+    OWNED_JSON members(cJSON_CreateArray());
+    if (members == nullptr)
+        return false;
+    int result = membersAppend(clientHandle, walk.ifNum, highest, members.get());
+    cJSON *row = jsonAppendObject(list);
+    if (jsonIncomplete())
+        return false;
+    if (result != RESULT_OK)
+        LOG_ERROR_AS("getLagInfoListEx",
+                     "getLagInfoListEx: lagMembersJsonArrayGet(ifNum=%u) failed; emitting LAG without members\n",
+                     walk.ifNum);
+    bool detailed = result != RESULT_OK || cJSON_GetArraySize(members.get()) > 0;
+
+    jsonAddNumber(row, "portNum", walk.ifNum);
+    jsonAddNumber(row, "groupId", lagNumber(walk.ifNum, walk.first));
+    if (detailed)
+        detailsAdd(clientHandle, walk.ifNum, row);
+    jsonAddItem(row, "members", std::move(members));
+    jsonAddBool(row, "changed", detailed);
+    return !jsonIncomplete();
+}
 
 int lagMembersJsonArrayGet(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, cJSON *members)
 {
@@ -105,191 +278,4 @@ int getLagInfoListEx(CLIENT_HANDLE_T *clientHandle, char **out)
         return RESULT_FAILED;
     }
     return RESULT_OK;
-}
-
-static MODE_TABLE_T modeTableGet(CLIENT_HANDLE_T *clientHandle)
-{
-    MODE_TABLE_T table;
-    uint32_t count = 0;
-
-    if (openapiMaxInterfaceCountGet(clientHandle, &count) != OPENCLT_OK)
-        return table;
-    count = count < MODE_TABLE_MAX ? count : MODE_TABLE_MAX;
-    table.modes = ownedArray<uint32_t>(count);
-    if (table.modes == nullptr)
-        return table;
-    table.count = count;
-    (void)swPortsModeGet(clientHandle, table.modes.get(), count); // zeroed when it fails
-    return table;
-}
-
-// One LAG of the full list; false when a part of it cannot be created.
-static bool lagAppend(CLIENT_HANDLE_T *clientHandle, const IF_WALK_T &walk, const MODE_TABLE_T &table,
-                      HIGHEST_PORT_T *highest, cJSON *list)
-{
-    LAG_INFO_T lag;
-
-    cJSON *row = jsonAppendObject(list);
-    if (row == nullptr) {
-        LOG_ERROR_AS("getLagInfoList", "Failed to create LAG item object\n");
-        return false;
-    }
-    lagRead(clientHandle, walk.ifNum, highest, &lag);
-    if (lag.memberCount > LAG_MEMBERS_SHOWN)
-        lag.memberCount = LAG_MEMBERS_SHOWN;
-
-    jsonAddText(row, "name", lag.name);
-    jsonAddNumber(row, "portNum", lag.ifNum);
-    jsonAddNumber(row, "groupId", lagNumber(lag.ifNum, walk.first));
-    jsonAddBool(row, "staticMode", lag.staticMode != 0);
-    jsonAddNumber(row, "vlanId", lag.pvid);
-    jsonAddBool(row, "trunkMode", lag.autoTrunk != 0);
-    jsonAddNumber(row, "switchportMode", lag.ifNum < table.count ? table.modes[lag.ifNum] : 0);
-    jsonAddBool(row, "autoLag", lag.autoTrunk != 0);
-    membersAdd(clientHandle, lag, row);
-    jsonAddNumber(row, "balanceMode", lag.balanceMode);
-    jsonAddNumber(row, "lagMode", lagMode(lag));
-    jsonAddBool(row, "changed", lag.memberCount != 0);
-    return !jsonIncomplete();
-}
-
-static void membersAdd(CLIENT_HANDLE_T *clientHandle, const LAG_INFO_T &lag, cJSON *row)
-{
-    cJSON *numbers = jsonAddArray(row, "members");
-    cJSON *names = jsonAddArray(row, "memberName");
-
-    for (uint32_t i = 0; i < lag.memberCount; i++) {
-        openclt_usp_t usp;
-        char name[PORT_LABEL_SIZE];
-
-        (void)ifUnitSlotPortGet(clientHandle, lag.members[i], &usp); // all 0 when it fails
-        portCliName(&usp, name);
-        jsonAppendNumber(numbers, lag.members[i]);
-        jsonAppendText(names, name);
-    }
-}
-
-// One LAG of the lighter list; false when a part of it cannot be created. A LAG whose members are unknown is shown in
-// full, so that a failed read does not make it look unused.
-static bool lightLagAppend(CLIENT_HANDLE_T *clientHandle, const IF_WALK_T &walk, HIGHEST_PORT_T *highest, cJSON *list)
-{
-    OWNED_JSON members(cJSON_CreateArray());
-    if (members == nullptr)
-        return false;
-    int result = membersAppend(clientHandle, walk.ifNum, highest, members.get());
-    cJSON *row = jsonAppendObject(list);
-    if (jsonIncomplete())
-        return false;
-    if (result != RESULT_OK)
-        LOG_ERROR_AS("getLagInfoListEx",
-                     "getLagInfoListEx: lagMembersJsonArrayGet(ifNum=%u) failed; emitting LAG without members\n",
-                     walk.ifNum);
-    bool detailed = result != RESULT_OK || cJSON_GetArraySize(members.get()) > 0;
-
-    jsonAddNumber(row, "portNum", walk.ifNum);
-    jsonAddNumber(row, "groupId", lagNumber(walk.ifNum, walk.first));
-    if (detailed)
-        detailsAdd(clientHandle, walk.ifNum, row);
-    jsonAddItem(row, "members", std::move(members));
-    jsonAddBool(row, "changed", detailed);
-    return !jsonIncomplete();
-}
-
-static void detailsAdd(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, cJSON *row)
-{
-    LAG_INFO_T lag;
-
-    lagRead(clientHandle, lagIfNum, nullptr, &lag);
-    jsonAddText(row, "name", lag.name);
-    jsonAddBool(row, "staticMode", lag.staticMode != 0);
-    jsonAddNumber(row, "vlanId", lag.pvid);
-    jsonAddBool(row, "autoLag", lag.autoTrunk != 0);
-    jsonAddNumber(row, "balanceMode", lag.balanceMode);
-    jsonAddNumber(row, "lagMode", lagMode(lag));
-}
-
-// Values of one LAG, 0 where a read fails (its wrapper has logged a line). Without `highest` the members stay unread.
-static void lagRead(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, LAG_INFO_T *lag)
-{
-    char name[NAME_READ_SIZE] = "";
-    uint32_t mode = 0, status = 0;
-
-    *lag = {};
-    lag->ifNum = lagIfNum;
-    if (swapiLagNameGet(clientHandle, lagIfNum, name, sizeof(name)) == RESULT_OK)
-        textCopy(lag->name, sizeof(lag->name), name);
-    lag->staticMode = swapiLagStaticModeGet(clientHandle, lagIfNum, &mode) == RESULT_OK && mode == 1;
-    if (swapiVlanIfPvidGet(clientHandle, lagIfNum, &lag->pvid) != RESULT_OK)
-        lag->pvid = 0;
-    lag->autoTrunk = dot1qSwPortAutoTrunkStatusGet(clientHandle, lagIfNum, &status) == RESULT_OK && status == 1;
-    if (highest != nullptr)
-        membersRead(clientHandle, highest, lag);
-    if (swapiLagLoadBalanceModeGet(clientHandle, lagIfNum, &lag->balanceMode) != RESULT_OK)
-        lag->balanceMode = 0;
-    (void)swapiDot1qSwPortTaggedVlanListGet(clientHandle, lagIfNum, &lag->taggedVlans); // count 0 when it fails
-}
-
-static void membersRead(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest, LAG_INFO_T *lag)
-{
-    LAG_MEMBERS_T members;
-
-    if (membersGet(clientHandle, lag->ifNum, highest, &members) != RESULT_OK)
-        return; // without members
-    lag->memberCount = members.count;
-    for (uint32_t i = 0; i < members.count && i < LAG_MEMBERS_SHOWN; i++)
-        lag->members[i] = lagMember(&members, i);
-}
-
-static uint32_t lagMode(const LAG_INFO_T &lag)
-{
-    return lag.taggedVlans.count > 0 ? LAG_MODE_TAGGED : LAG_MODE_UNTAGGED;
-}
-
-static int membersAppend(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, cJSON *array)
-{
-    LAG_MEMBERS_T members;
-
-    if (membersGet(clientHandle, lagIfNum, highest, &members) != RESULT_OK)
-        return RESULT_FAILED;
-    for (uint32_t i = 0; i < members.count; i++)
-        jsonAppendNumber(array, lagMember(&members, i));
-    return jsonIncomplete() ? RESULT_FAILED : RESULT_OK;
-}
-
-// Members of a LAG without the phantom ones.
-static int membersGet(CLIENT_HANDLE_T *clientHandle, uint32_t lagIfNum, HIGHEST_PORT_T *highest, LAG_MEMBERS_T *members)
-{
-    static const char caller[] = "lagMembersJsonArrayGet";
-    uint32_t type = 0, maxMembers = 0, kept = 0;
-
-    if (swapiIfTypeGet(clientHandle, lagIfNum, &type) != RESULT_OK || type != OPENCLT_IF_LAG ||
-        lagMaxMemberCountGet(clientHandle, &maxMembers) != RESULT_OK)
-        return RESULT_FAILED;
-    uint32_t highestPort = highestPortGet(clientHandle, highest);
-    int result = lagMembersGet(clientHandle, lagIfNum, maxMembers, members);
-    if (members->bytes == nullptr)
-        LOG_ERROR_AS(caller, "Failed to allocate memory\n");
-    if (result != RESULT_OK)
-        return RESULT_FAILED;
-
-    for (uint32_t i = 0; i < members->count; i++) {
-        uint32_t ifNum = lagMember(members, i);
-        if (highestPort != 0 && ifNum > highestPort) {
-            LOG_DEBUG_AS(caller, "Skipping phantom LAG member ifIndex %u (max PHY=%u)\n", ifNum, highestPort);
-            continue;
-        }
-        memcpy(members->bytes.get() + sizeof(ifNum) * kept++, &ifNum, sizeof(ifNum));
-    }
-    members->count = kept;
-    return RESULT_OK;
-}
-
-static uint32_t highestPortGet(CLIENT_HANDLE_T *clientHandle, HIGHEST_PORT_T *highest)
-{
-    if (!highest->known) {
-        for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
-            highest->ifNum = port.ifNum;
-        highest->known = true;
-    }
-    return highest->ifNum;
 }

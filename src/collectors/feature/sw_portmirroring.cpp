@@ -26,19 +26,6 @@ static const SESSION_NUMBER_T sessionNumbers[] = {
 
 static const char caller[] = "getPortMirroring";
 
-static uint32_t sessionNumberGet(CLIENT_HANDLE_T *clientHandle, int session, const SESSION_NUMBER_T &number);
-static void sourcesFill(CLIENT_HANDLE_T *clientHandle, int session, cJSON *sources);
-static void sourceAdd(CLIENT_HANDLE_T *clientHandle, int session, int ifNum, cJSON *sources);
-
-int getPortMirroring(CLIENT_HANDLE_T *clientHandle, int session, cJSON *object)
-{
-    jsonAddNumber(object, "sessionNum", session);
-    for (const SESSION_NUMBER_T &number : sessionNumbers)
-        jsonAddNumber(object, number.key, sessionNumberGet(clientHandle, session, number));
-    sourcesFill(clientHandle, session, jsonAddArray(object, "srcPort"));
-    return RESULT_OK;
-}
-
 static uint32_t sessionNumberGet(CLIENT_HANDLE_T *clientHandle, int session, const SESSION_NUMBER_T &number)
 {
     uint32_t value = 0;
@@ -51,6 +38,25 @@ static uint32_t sessionNumberGet(CLIENT_HANDLE_T *clientHandle, int session, con
     if (result != OPENCLT_NOT_FOUND)
         LOG_ERROR_AS(caller, "Failed to retrieve the %s for session %d. (Result = %d)\n", number.noun, session, result);
     return 0;
+}
+
+static void sourceAdd(CLIENT_HANDLE_T *clientHandle, int session, int ifNum, cJSON *sources)
+{
+    uint32_t direction = 0;
+
+    int result = rpcclt_openapiMirrorSourcePortDirectionGet(clientHandle, static_cast<uint32_t>(session),
+                                                            static_cast<uint32_t>(ifNum), &direction);
+    if (result == OPENCLT_OK) {
+        LOG_DEBUG_AS(caller, "The direction to be mirrored for a source port %d is: %d \n", ifNum,
+                     static_cast<int>(direction));
+    } else {
+        LOG_ERROR_AS(caller, "Failed to retrive the direction to be mirrored for a source port %d. (Result = %d)\n",
+                     ifNum, result);
+        direction = 0;
+    }
+    cJSON *source = jsonAppendObject(sources);
+    jsonAddNumber(source, "intfNum", ifNum);
+    jsonAddNumber(source, "direction", direction);
 }
 
 // Interface numbers: "3,7,12".
@@ -75,21 +81,11 @@ static void sourcesFill(CLIENT_HANDLE_T *clientHandle, int session, cJSON *sourc
     }
 }
 
-static void sourceAdd(CLIENT_HANDLE_T *clientHandle, int session, int ifNum, cJSON *sources)
+int getPortMirroring(CLIENT_HANDLE_T *clientHandle, int session, cJSON *object)
 {
-    uint32_t direction = 0;
-
-    int result = rpcclt_openapiMirrorSourcePortDirectionGet(clientHandle, static_cast<uint32_t>(session),
-                                                            static_cast<uint32_t>(ifNum), &direction);
-    if (result == OPENCLT_OK) {
-        LOG_DEBUG_AS(caller, "The direction to be mirrored for a source port %d is: %d \n", ifNum,
-                     static_cast<int>(direction));
-    } else {
-        LOG_ERROR_AS(caller, "Failed to retrive the direction to be mirrored for a source port %d. (Result = %d)\n",
-                     ifNum, result);
-        direction = 0;
-    }
-    cJSON *source = jsonAppendObject(sources);
-    jsonAddNumber(source, "intfNum", ifNum);
-    jsonAddNumber(source, "direction", direction);
+    jsonAddNumber(object, "sessionNum", session);
+    for (const SESSION_NUMBER_T &number : sessionNumbers)
+        jsonAddNumber(object, number.key, sessionNumberGet(clientHandle, session, number));
+    sourcesFill(clientHandle, session, jsonAddArray(object, "srcPort"));
+    return RESULT_OK;
 }

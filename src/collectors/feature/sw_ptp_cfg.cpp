@@ -18,11 +18,60 @@ struct PTP_DOMAINS_T {
     uint32_t vlans[PTP_DOMAINS];
 };
 
-static bool boundaryClockActive(CLIENT_HANDLE_T *clientHandle);
-static bool domainExists(CLIENT_HANDLE_T *clientHandle, uint32_t domain);
-static PTP_DOMAINS_T domainsRead(CLIENT_HANDLE_T *clientHandle);
-static int domainOfVlan(const PTP_DOMAINS_T &domains, uint32_t vlanId, uint32_t *domain);
-static uint32_t clockVlansGet(uint32_t vlans[CLOCK_VLANS]);
+static bool domainExists(CLIENT_HANDLE_T *clientHandle, uint32_t domain)
+{
+    uint32_t exists = 0;
+    return rpcclt_openapiLinuxptpIsDomainExists(clientHandle, domain, &exists) == OPENCLT_OK && exists != 0;
+}
+
+static bool boundaryClockActive(CLIENT_HANDLE_T *clientHandle)
+{
+    uint32_t domain;
+    return ptpBoundaryClockDomainGet(clientHandle, 0, &domain) == OPENCLT_OK ||
+           domainExists(clientHandle, DEFAULT_DOMAIN);
+}
+
+// VLANs whose profile asks for a boundary clock, in the order of the database; their number. An ID below 1 takes its
+// place in the list but names no VLAN (0 there).
+static uint32_t clockVlansGet(uint32_t vlans[CLOCK_VLANS])
+{
+    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
+    PROFILE_FILES_T templates(PATH_TEMPLATE_DIR);
+    uint32_t count = 0;
+
+    if (list == nullptr || vlanInfoSelectTypes(list.get()) <= 0)
+        return 0;
+    for (uint32_t row = 0; row < list->count && count < CLOCK_VLANS; row++) {
+        const VLAN_INFO_ENTRY_T &entry = list->entries[row];
+        if (profileTemplateIsTrue(profileFileGet(&templates, entry.profileType), "PTP-BC"))
+            vlans[count++] = entry.id > 0 ? static_cast<uint32_t>(entry.id) : 0;
+    }
+    return count;
+}
+
+static PTP_DOMAINS_T domainsRead(CLIENT_HANDLE_T *clientHandle)
+{
+    PTP_DOMAINS_T domains = {};
+
+    for (uint32_t domain = 0; domain < PTP_DOMAINS; domain++) {
+        uint32_t vlanId = 0;
+        if (domainExists(clientHandle, domain) &&
+            rpcclt_openapiLinuxptpDomainVlanGet(clientHandle, domain, &vlanId) == OPENCLT_OK)
+            domains.vlans[domain] = vlanId;
+    }
+    return domains;
+}
+
+static int domainOfVlan(const PTP_DOMAINS_T &domains, uint32_t vlanId, uint32_t *domain)
+{
+    for (uint32_t i = 0; i < PTP_DOMAINS; i++) {
+        if (domains.vlans[i] == vlanId && vlanId != 0) {
+            *domain = i;
+            return OPENCLT_OK;
+        }
+    }
+    return OPENCLT_NOT_FOUND;
+}
 
 int switchPtpModeGet(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -56,59 +105,4 @@ int ptpBoundaryClockDomainGet(CLIENT_HANDLE_T *clientHandle, uint32_t vlanId, ui
             return OPENCLT_OK;
     }
     return OPENCLT_NOT_FOUND;
-}
-
-static bool boundaryClockActive(CLIENT_HANDLE_T *clientHandle)
-{
-    uint32_t domain;
-    return ptpBoundaryClockDomainGet(clientHandle, 0, &domain) == OPENCLT_OK ||
-           domainExists(clientHandle, DEFAULT_DOMAIN);
-}
-
-static bool domainExists(CLIENT_HANDLE_T *clientHandle, uint32_t domain)
-{
-    uint32_t exists = 0;
-    return rpcclt_openapiLinuxptpIsDomainExists(clientHandle, domain, &exists) == OPENCLT_OK && exists != 0;
-}
-
-static PTP_DOMAINS_T domainsRead(CLIENT_HANDLE_T *clientHandle)
-{
-    PTP_DOMAINS_T domains = {};
-
-    for (uint32_t domain = 0; domain < PTP_DOMAINS; domain++) {
-        uint32_t vlanId = 0;
-        if (domainExists(clientHandle, domain) &&
-            rpcclt_openapiLinuxptpDomainVlanGet(clientHandle, domain, &vlanId) == OPENCLT_OK)
-            domains.vlans[domain] = vlanId;
-    }
-    return domains;
-}
-
-static int domainOfVlan(const PTP_DOMAINS_T &domains, uint32_t vlanId, uint32_t *domain)
-{
-    for (uint32_t i = 0; i < PTP_DOMAINS; i++) {
-        if (domains.vlans[i] == vlanId && vlanId != 0) {
-            *domain = i;
-            return OPENCLT_OK;
-        }
-    }
-    return OPENCLT_NOT_FOUND;
-}
-
-// VLANs whose profile asks for a boundary clock, in the order of the database; their number. An ID below 1 takes its
-// place in the list but names no VLAN (0 there).
-static uint32_t clockVlansGet(uint32_t vlans[CLOCK_VLANS])
-{
-    OWNED_VLAN_INFO_LIST list(vlanInfoListCreate());
-    PROFILE_FILES_T templates(PATH_TEMPLATE_DIR);
-    uint32_t count = 0;
-
-    if (list == nullptr || vlanInfoSelectTypes(list.get()) <= 0)
-        return 0;
-    for (uint32_t row = 0; row < list->count && count < CLOCK_VLANS; row++) {
-        const VLAN_INFO_ENTRY_T &entry = list->entries[row];
-        if (profileTemplateIsTrue(profileFileGet(&templates, entry.profileType), "PTP-BC"))
-            vlans[count++] = entry.id > 0 ? static_cast<uint32_t>(entry.id) : 0;
-    }
-    return count;
 }

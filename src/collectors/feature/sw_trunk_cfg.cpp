@@ -13,9 +13,34 @@
 
 constexpr size_t BALANCE_MODE_COLUMN = 48;
 
-static void autoLagLineAdd(const char *line, cJSON *settings);
-static void manualPortsAdd(const cJSON *file, const char *key, cJSON *trunk);
-static bool isEnabled(const char *line);
+static bool isEnabled(const char *line)
+{
+    return strstr(line, "Enabled") != nullptr;
+}
+
+//           1         2         3         4
+// 01234567890123456789012345678901234567890123456789
+// Auto LAG Admin Mode............................ Disabled
+// Auto LAG Global Hash Mode...................... 3 (Source/Destination MAC)
+//
+// The hash mode is numbered from 1 here and from 0 in the document.
+static void autoLagLineAdd(const char *line, cJSON *settings)
+{
+    int hashMode;
+
+    if (textBegins(line, "Auto LAG Admin Mode"))
+        jsonAddBool(settings, "autoMode", isEnabled(line));
+    else if (textBegins(line, "Auto LAG Global Ha") && columnNumber(line, BALANCE_MODE_COLUMN, &hashMode))
+        jsonAddNumber(settings, "balanceMode", static_cast<double>(hashMode) - 1);
+}
+
+// A deep copy of the file's member, whatever it is; [] when there is none.
+static void manualPortsAdd(const cJSON *file, const char *key, cJSON *trunk)
+{
+    const cJSON *ports = cJSON_GetObjectItem(file, key);
+
+    jsonAddItem(trunk, key, OWNED_JSON(ports == nullptr ? cJSON_CreateArray() : cJSON_Duplicate(ports, true)));
+}
 
 int getAutoLagCfg(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -76,33 +101,4 @@ int manualTrunkGet(CLIENT_HANDLE_T *clientHandle, char **out)
     manualPortsAdd(file.get(), "physicalPort", trunk.get());
     manualPortsAdd(file.get(), "lagPort", trunk.get());
     return jsonToStr(trunk.get(), JSON_COMPACT, out);
-}
-
-//           1         2         3         4
-// 01234567890123456789012345678901234567890123456789
-// Auto LAG Admin Mode............................ Disabled
-// Auto LAG Global Hash Mode...................... 3 (Source/Destination MAC)
-//
-// The hash mode is numbered from 1 here and from 0 in the document.
-static void autoLagLineAdd(const char *line, cJSON *settings)
-{
-    int hashMode;
-
-    if (textBegins(line, "Auto LAG Admin Mode"))
-        jsonAddBool(settings, "autoMode", isEnabled(line));
-    else if (textBegins(line, "Auto LAG Global Ha") && columnNumber(line, BALANCE_MODE_COLUMN, &hashMode))
-        jsonAddNumber(settings, "balanceMode", static_cast<double>(hashMode) - 1);
-}
-
-// A deep copy of the file's member, whatever it is; [] when there is none.
-static void manualPortsAdd(const cJSON *file, const char *key, cJSON *trunk)
-{
-    const cJSON *ports = cJSON_GetObjectItem(file, key);
-
-    jsonAddItem(trunk, key, OWNED_JSON(ports == nullptr ? cJSON_CreateArray() : cJSON_Duplicate(ports, true)));
-}
-
-static bool isEnabled(const char *line)
-{
-    return strstr(line, "Enabled") != nullptr;
 }

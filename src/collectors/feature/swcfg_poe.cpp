@@ -16,8 +16,69 @@ constexpr uint32_t POE_VALID = 1;
 constexpr uint32_t SHOWN_ENABLED = 3;
 constexpr uint32_t SHOWN_DISABLED = 1;
 
-static int powerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t ifNum, uint32_t *power);
-static int enableGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t ifNum, uint32_t *enable);
+static void portRowAppend(CLIENT_HANDLE_T *clientHandle, const POE_PORT_T &port, cJSON *rows)
+{
+    openclt_usp_t usp;
+    char label[PORT_LABEL_SIZE];
+
+    (void)ifUnitSlotPortGet(clientHandle, port.ifNum, &usp); // all 0 when it fails
+    portLabel(&usp, label);
+    OWNED_JSON owned(cJSON_CreateObject());
+    if (owned == nullptr) {
+        LOG_ERROR_AS("getPortsPoeJson", "getPortsPoeJson: Failed to create jnode for port %u\n", port.ifNum);
+        return;
+    }
+    cJSON *row = owned.get();
+    jsonAppend(rows, std::move(owned));
+    jsonAddNumber(row, "unit", usp.unit);
+    jsonAddNumber(row, "portNum", port.ifNum);
+    jsonAddText(row, "port", label);
+    jsonAddBool(row, "enable", port.enable != 0);
+    jsonAddNumber(row, "poeIsValid", port.enable != 0 ? SHOWN_ENABLED : SHOWN_DISABLED);
+    jsonAddNumber(row, "powerLimitMode", port.powerLimitMode);
+    jsonAddNumber(row, "classification", port.classification);
+    jsonAddNumber(row, "currentPower", port.currentPower);
+    jsonAddNumber(row, "powerLimit", port.powerLimit);
+    jsonAddNumber(row, "status", port.status);
+    jsonAddNumber(row, "detectionType", port.detectionType);
+    jsonAddNumber(row, "priority", port.priority);
+    jsonAddNumber(row, "powerMode", port.powerMode);
+    jsonAddText(row, "schedule", port.schedule);
+}
+
+static void unitRowAppend(CLIENT_HANDLE_T *clientHandle, uint32_t unit, cJSON *rows)
+{
+    uint32_t consumed = 0, available = 0, threshold = 0;
+
+    // Each is 0 when it fails, and its wrapper has logged a line.
+    (void)poePseMainConsumptionPowerGet(clientHandle, unit, &consumed);
+    (void)poePseTotalAvailablePowerGet(clientHandle, unit, &available);
+    (void)poePseThresholdPowerGet(clientHandle, unit, &threshold);
+    OWNED_JSON owned(cJSON_CreateObject());
+    if (owned == nullptr) {
+        LOG_ERROR_AS("gePoeInfoJson", "gePoeInfoJson: Failed to create jnode for unit %u\n", unit);
+        return;
+    }
+    cJSON *row = owned.get();
+    jsonAppend(rows, std::move(owned));
+    jsonAddNumber(row, "unit", unit);
+    jsonAddNumber(row, "consumedPower", consumed);
+    jsonAddNumber(row, "totalPowerAvailable", available);
+    jsonAddNumber(row, "thresholdPower", threshold);
+}
+
+// Voltage, current and temperature are read with the power, and not shown.
+static int powerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t ifNum, uint32_t *power)
+{
+    uint32_t voltage = 0, current = 0, temperature = 0;
+
+    return rpcclt_openapiPoePsePortSensorsGet(clientHandle, unit, ifNum, power, &voltage, &current, &temperature);
+}
+
+static int enableGet(CLIENT_HANDLE_T *clientHandle, uint32_t, uint32_t ifNum, uint32_t *enable)
+{
+    return rpcclt_openapiPoePsePortAdminEnableGet(clientHandle, ifNum, enable);
+}
 
 struct POE_READ_T {
     int (*call)(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t ifNum, uint32_t *value);
@@ -37,9 +98,15 @@ static const POE_READ_T reads[] = {
     {rpcclt_openapiPoePsePortPowerUpModeGet, &POE_PORT_T::powerMode, "powerMode"},
 };
 
-static void portRowAppend(CLIENT_HANDLE_T *clientHandle, const POE_PORT_T &port, cJSON *rows);
-static void unitRowAppend(CLIENT_HANDLE_T *clientHandle, uint32_t unit, cJSON *rows);
-static void scheduleNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, POE_PORT_T *port);
+static void scheduleNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, POE_PORT_T *port)
+{
+    char name[POE_SCHEDULE_NAME_SIZE + 1] = ""; // terminated, whatever the platform writes
+    openclt_buffer_t buffer = {POE_SCHEDULE_NAME_SIZE, name};
+    int result =
+        rpcclt_openapiPoePsePortTimerScheduleNameGet(clientHandle, unit, port->ifNum, &buffer, POE_SCHEDULE_NAME_SIZE);
+
+    textCopy(port->schedule, sizeof(port->schedule), result == OPENCLT_OK && name[0] != '\0' ? name : "None");
+}
 
 int getPortsPoeJson(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -93,78 +160,4 @@ int getPortPoeInfo(CLIENT_HANDLE_T *clientHandle, POE_PORT_T *port)
     }
     scheduleNameGet(clientHandle, unit, port);
     return RESULT_OK;
-}
-
-static void portRowAppend(CLIENT_HANDLE_T *clientHandle, const POE_PORT_T &port, cJSON *rows)
-{
-    openclt_usp_t usp;
-    char label[PORT_LABEL_SIZE];
-
-    (void)ifUnitSlotPortGet(clientHandle, port.ifNum, &usp); // all 0 when it fails
-    portLabel(&usp, label);
-    OWNED_JSON owned(cJSON_CreateObject());
-    if (owned == nullptr) {
-        LOG_ERROR_AS("getPortsPoeJson", "getPortsPoeJson: Failed to create jnode for port %u\n", port.ifNum);
-        return;
-    }
-    cJSON *row = owned.get();
-    jsonAppend(rows, std::move(owned));
-    jsonAddNumber(row, "unit", usp.unit);
-    jsonAddNumber(row, "portNum", port.ifNum);
-    jsonAddText(row, "port", label);
-    jsonAddBool(row, "enable", port.enable != 0);
-    jsonAddNumber(row, "poeIsValid", port.enable != 0 ? SHOWN_ENABLED : SHOWN_DISABLED);
-    jsonAddNumber(row, "powerLimitMode", port.powerLimitMode);
-    jsonAddNumber(row, "classification", port.classification);
-    jsonAddNumber(row, "currentPower", port.currentPower);
-    jsonAddNumber(row, "powerLimit", port.powerLimit);
-    jsonAddNumber(row, "status", port.status);
-    jsonAddNumber(row, "detectionType", port.detectionType);
-    jsonAddNumber(row, "priority", port.priority);
-    jsonAddNumber(row, "powerMode", port.powerMode);
-    jsonAddText(row, "schedule", port.schedule);
-}
-
-static void unitRowAppend(CLIENT_HANDLE_T *clientHandle, uint32_t unit, cJSON *rows)
-{
-    uint32_t consumed = 0, available = 0, threshold = 0;
-
-    // Each is 0 when it fails, and its wrapper has logged a line.
-    (void)poePseMainConsumptionPowerGet(clientHandle, unit, &consumed);
-    (void)poePseTotalAvailablePowerGet(clientHandle, unit, &available);
-    (void)poePseThresholdPowerGet(clientHandle, unit, &threshold);
-    OWNED_JSON owned(cJSON_CreateObject());
-    if (owned == nullptr) {
-        LOG_ERROR_AS("gePoeInfoJson", "gePoeInfoJson: Failed to create jnode for unit %u\n", unit);
-        return;
-    }
-    cJSON *row = owned.get();
-    jsonAppend(rows, std::move(owned));
-    jsonAddNumber(row, "unit", unit);
-    jsonAddNumber(row, "consumedPower", consumed);
-    jsonAddNumber(row, "totalPowerAvailable", available);
-    jsonAddNumber(row, "thresholdPower", threshold);
-}
-
-static void scheduleNameGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, POE_PORT_T *port)
-{
-    char name[POE_SCHEDULE_NAME_SIZE + 1] = ""; // terminated, whatever the platform writes
-    openclt_buffer_t buffer = {POE_SCHEDULE_NAME_SIZE, name};
-    int result =
-        rpcclt_openapiPoePsePortTimerScheduleNameGet(clientHandle, unit, port->ifNum, &buffer, POE_SCHEDULE_NAME_SIZE);
-
-    textCopy(port->schedule, sizeof(port->schedule), result == OPENCLT_OK && name[0] != '\0' ? name : "None");
-}
-
-// Voltage, current and temperature are read with the power, and not shown.
-static int powerGet(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t ifNum, uint32_t *power)
-{
-    uint32_t voltage = 0, current = 0, temperature = 0;
-
-    return rpcclt_openapiPoePsePortSensorsGet(clientHandle, unit, ifNum, power, &voltage, &current, &temperature);
-}
-
-static int enableGet(CLIENT_HANDLE_T *clientHandle, uint32_t, uint32_t ifNum, uint32_t *enable)
-{
-    return rpcclt_openapiPoePsePortAdminEnableGet(clientHandle, ifNum, enable);
 }

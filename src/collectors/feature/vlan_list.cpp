@@ -12,55 +12,6 @@
 
 #include <cstring>
 
-static OWNED_VLAN_LIST vlanModelGet(CLIENT_HANDLE_T *clientHandle);
-static bool vlanAppend(const VLAN_INFO_T &vlan, const VLAN_ROUTING_T &routing, cJSON *list);
-static void routingLineStore(const char *line, VLAN_ROUTING_T *table);
-static uint32_t ipConfigOf(const char *method);
-
-int switchConfigVlanList(CLIENT_HANDLE_T *clientHandle, char **out)
-{
-    *out = nullptr;
-    OWNED_JSON list(cJSON_CreateArray());
-    OWNED_VLAN_LIST vlans = vlanModelGet(clientHandle);
-    if (vlans == nullptr)
-        return jsonToStr(list.get(), JSON_COMPACT, out);
-
-    OWNED_ARRAY<VLAN_ROUTING_T> routing = ownedArray<VLAN_ROUTING_T>(VLAN_ROUTING_SIZE);
-    if (routing == nullptr) {
-        LOG_ERROR("switchConfigVlanList: Failed to allocate memory for vrip\n");
-        return jsonToStr(list.get(), JSON_COMPACT, out);
-    }
-    (void)vlanListRoutingInfoGet(clientHandle, routing.get()); // has logged; no VLAN has an address then
-    for (uint32_t i = 0; i < vlans->count; i++) {
-        const VLAN_INFO_T &vlan = *vlans->ids[i];
-        if (vlan.valid != 0 && !vlanAppend(vlan, routing[vlan.vlanId], list.get()))
-            break;
-    }
-    return jsonToStr(list.get(), JSON_COMPACT, out);
-}
-
-int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[VLAN_ROUTING_SIZE])
-{
-    SHOW_FILE_T show;
-    char line[CLI_LINE_SIZE];
-
-    SHOW_REQUEST_T request = {__func__, "show ip interface brief", PATH_SHOW_IP_INTERFACE};
-    request.name = SHOW_NAME_RANDOM;
-    request.openLine = SHOW_OPEN_UPPER;
-    int result = showFileRun(&show, clientHandle, request);
-    if (result == RESULT_FAILED) { // no output is left: a command that failed shows as a file that does not open
-        LOG_ERROR("Can not open file:%s\r\n", show.path);
-        return RESULT_OPEN_FAILED;
-    }
-    if (result != RESULT_OK)
-        return result;
-    while (showFileLine(&show, line, sizeof(line))) {
-        if (textBegins(line, "vlan "))
-            routingLineStore(line, table);
-    }
-    return RESULT_OK;
-}
-
 // Null when it cannot be made.
 static OWNED_VLAN_LIST vlanModelGet(CLIENT_HANDLE_T *clientHandle)
 {
@@ -117,6 +68,13 @@ static bool vlanAppend(const VLAN_INFO_T &vlan, const VLAN_ROUTING_T &routing, c
     return true;
 }
 
+static uint32_t ipConfigOf(const char *method)
+{
+    if (strcmp(method, "DHCP") == 0)
+        return VLAN_IP_DHCP;
+    return strcmp(method, "Manual") == 0 ? VLAN_IP_MANUAL : VLAN_IP_NONE;
+}
+
 // 0         1         2         3         4         5         6
 // 0123456789012345678901234567890123456789012345678901234567890123
 // Interface  State IP Address      IP Mask         TOS      Method
@@ -141,9 +99,46 @@ static void routingLineStore(const char *line, VLAN_ROUTING_T *table)
     textCopy(record.ipMask, sizeof(record.ipMask), mask);
 }
 
-static uint32_t ipConfigOf(const char *method)
+int switchConfigVlanList(CLIENT_HANDLE_T *clientHandle, char **out)
 {
-    if (strcmp(method, "DHCP") == 0)
-        return VLAN_IP_DHCP;
-    return strcmp(method, "Manual") == 0 ? VLAN_IP_MANUAL : VLAN_IP_NONE;
+    *out = nullptr;
+    OWNED_JSON list(cJSON_CreateArray());
+    OWNED_VLAN_LIST vlans = vlanModelGet(clientHandle);
+    if (vlans == nullptr)
+        return jsonToStr(list.get(), JSON_COMPACT, out);
+
+    OWNED_ARRAY<VLAN_ROUTING_T> routing = ownedArray<VLAN_ROUTING_T>(VLAN_ROUTING_SIZE);
+    if (routing == nullptr) {
+        LOG_ERROR("switchConfigVlanList: Failed to allocate memory for vrip\n");
+        return jsonToStr(list.get(), JSON_COMPACT, out);
+    }
+    (void)vlanListRoutingInfoGet(clientHandle, routing.get()); // has logged; no VLAN has an address then
+    for (uint32_t i = 0; i < vlans->count; i++) {
+        const VLAN_INFO_T &vlan = *vlans->ids[i];
+        if (vlan.valid != 0 && !vlanAppend(vlan, routing[vlan.vlanId], list.get()))
+            break;
+    }
+    return jsonToStr(list.get(), JSON_COMPACT, out);
+}
+
+int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[VLAN_ROUTING_SIZE])
+{
+    SHOW_FILE_T show;
+    char line[CLI_LINE_SIZE];
+
+    SHOW_REQUEST_T request = {__func__, "show ip interface brief", PATH_SHOW_IP_INTERFACE};
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_UPPER;
+    int result = showFileRun(&show, clientHandle, request);
+    if (result == RESULT_FAILED) { // no output is left: a command that failed shows as a file that does not open
+        LOG_ERROR("Can not open file:%s\r\n", show.path);
+        return RESULT_OPEN_FAILED;
+    }
+    if (result != RESULT_OK)
+        return result;
+    while (showFileLine(&show, line, sizeof(line))) {
+        if (textBegins(line, "vlan "))
+            routingLineStore(line, table);
+    }
+    return RESULT_OK;
 }

@@ -22,34 +22,6 @@ const VLAN_ARRAY_T vlanArrays[6] = {
 // An array of each VLAN.
 using ARRAY_MEMBER = cJSON *VLAN_PORTS_T::*;
 
-static int entriesCreate(VLAN_PORT_LIST_T *ports, const VLAN_INFOX_LIST_T *vlans);
-static void portsWalk(CLIENT_HANDLE_T *clientHandle, VLAN_PORT_LIST_T *ports);
-static void lagsWalk(CLIENT_HANDLE_T *clientHandle, IF_WALK_T lag, VLAN_PORT_LIST_T *ports);
-static void interfaceAdd(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t number, ARRAY_MEMBER tagged,
-                         ARRAY_MEMBER untagged, VLAN_PORT_LIST_T *ports);
-static void numberAdd(VLAN_PORT_LIST_T *ports, uint32_t vlanId, ARRAY_MEMBER array, uint32_t number);
-static bool taggedGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_vlan_list_t *list);
-
-void vlanEntryRelease(VLAN_PORTS_T *ports)
-{
-    for (const VLAN_ARRAY_T &array : vlanArrays)
-        cJSON_Delete(ports->*array.ports);
-}
-
-int vlanListPortAssGetFromVlanList(CLIENT_HANDLE_T *clientHandle, VLAN_PORT_LIST_T *ports,
-                                   const VLAN_INFOX_LIST_T *vlans)
-{
-    IF_WALK_T lag = ifWalkStart(clientHandle, OPENCLT_IF_LAG);
-    if (lag.firstResult != RESULT_OK)
-        return RESULT_FAILED;
-    int result = entriesCreate(ports, vlans);
-    if (result != RESULT_OK)
-        return result;
-    portsWalk(clientHandle, ports);
-    lagsWalk(clientHandle, lag, ports);
-    return RESULT_OK;
-}
-
 static int entriesCreate(VLAN_PORT_LIST_T *ports, const VLAN_INFOX_LIST_T *vlans)
 {
     for (uint32_t i = 0; i < vlans->count; i++) {
@@ -67,6 +39,39 @@ static int entriesCreate(VLAN_PORT_LIST_T *ports, const VLAN_INFOX_LIST_T *vlans
         }
     }
     return RESULT_OK;
+}
+
+// Asked directly: an interface without a list is no fault here, so no line is logged for it.
+static bool taggedGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_vlan_list_t *list)
+{
+    list->count = 0;
+    openclt_buffer_t buffer = {sizeof(*list), reinterpret_cast<char *>(list)};
+    if (rpcclt_openapiDot1qSwPortTaggedVlanListGet(clientHandle, ifNum, &buffer) != OPENCLT_OK)
+        return false;
+    if (list->count > OPENCLT_VLAN_LIST_MAX)
+        list->count = OPENCLT_VLAN_LIST_MAX;
+    return true;
+}
+
+static void numberAdd(VLAN_PORT_LIST_T *ports, uint32_t vlanId, ARRAY_MEMBER array, uint32_t number)
+{
+    auto *entry = vlanSlotsFind(ports, vlanId);
+    if (entry != nullptr)
+        jsonAppendNumber(entry->*array, number);
+}
+
+static void interfaceAdd(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t number, ARRAY_MEMBER tagged,
+                         ARRAY_MEMBER untagged, VLAN_PORT_LIST_T *ports)
+{
+    openclt_vlan_list_t list;
+    uint32_t pvid = 0;
+
+    if (taggedGet(clientHandle, ifNum, &list)) {
+        for (uint32_t i = 0; i < list.count; i++)
+            numberAdd(ports, list.ids[i], tagged, number);
+    }
+    if (openapiVlanIfPvidGet(clientHandle, ifNum, &pvid) == OPENCLT_OK)
+        numberAdd(ports, pvid, untagged, number);
 }
 
 static void portsWalk(CLIENT_HANDLE_T *clientHandle, VLAN_PORT_LIST_T *ports)
@@ -94,35 +99,22 @@ static void lagsWalk(CLIENT_HANDLE_T *clientHandle, IF_WALK_T lag, VLAN_PORT_LIS
     }
 }
 
-static void interfaceAdd(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t number, ARRAY_MEMBER tagged,
-                         ARRAY_MEMBER untagged, VLAN_PORT_LIST_T *ports)
+void vlanEntryRelease(VLAN_PORTS_T *ports)
 {
-    openclt_vlan_list_t list;
-    uint32_t pvid = 0;
-
-    if (taggedGet(clientHandle, ifNum, &list)) {
-        for (uint32_t i = 0; i < list.count; i++)
-            numberAdd(ports, list.ids[i], tagged, number);
-    }
-    if (openapiVlanIfPvidGet(clientHandle, ifNum, &pvid) == OPENCLT_OK)
-        numberAdd(ports, pvid, untagged, number);
+    for (const VLAN_ARRAY_T &array : vlanArrays)
+        cJSON_Delete(ports->*array.ports);
 }
 
-static void numberAdd(VLAN_PORT_LIST_T *ports, uint32_t vlanId, ARRAY_MEMBER array, uint32_t number)
+int vlanListPortAssGetFromVlanList(CLIENT_HANDLE_T *clientHandle, VLAN_PORT_LIST_T *ports,
+                                   const VLAN_INFOX_LIST_T *vlans)
 {
-    auto *entry = vlanSlotsFind(ports, vlanId);
-    if (entry != nullptr)
-        jsonAppendNumber(entry->*array, number);
-}
-
-// Asked directly: an interface without a list is no fault here, so no line is logged for it.
-static bool taggedGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, openclt_vlan_list_t *list)
-{
-    list->count = 0;
-    openclt_buffer_t buffer = {sizeof(*list), reinterpret_cast<char *>(list)};
-    if (rpcclt_openapiDot1qSwPortTaggedVlanListGet(clientHandle, ifNum, &buffer) != OPENCLT_OK)
-        return false;
-    if (list->count > OPENCLT_VLAN_LIST_MAX)
-        list->count = OPENCLT_VLAN_LIST_MAX;
-    return true;
+    IF_WALK_T lag = ifWalkStart(clientHandle, OPENCLT_IF_LAG);
+    if (lag.firstResult != RESULT_OK)
+        return RESULT_FAILED;
+    int result = entriesCreate(ports, vlans);
+    if (result != RESULT_OK)
+        return result;
+    portsWalk(clientHandle, ports);
+    lagsWalk(clientHandle, lag, ports);
+    return RESULT_OK;
 }

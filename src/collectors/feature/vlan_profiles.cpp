@@ -39,23 +39,6 @@ static const struct {
     {"Audio Video AVB MILAN with Dante PTPv1 PTPv2 or AES67", 1U << 6},
 };
 
-static int vlansRead(CLIENT_HANDLE_T *clientHandle, VLAN_PROFILE_LIST_T *list);
-static void profileRowsApply(VLAN_PROFILE_LIST_T *list);
-static void templatesApply(VLAN_PROFILE_LIST_T *list);
-static void flagsRead(const cJSON *profileTemplate, uint32_t *flags, uint32_t *mask);
-static uint32_t variantGet(const char *profileType);
-
-int vlanListProfileCreateFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_PROFILES *list)
-{
-    OWNED_VLAN_PROFILES made = vlanSlotsCreate<VLAN_PROFILE_T>();
-    if (made == nullptr || vlansRead(clientHandle, made.get()) != RESULT_OK)
-        return RESULT_FAILED;
-    profileRowsApply(made.get());
-    templatesApply(made.get());
-    *list = std::move(made);
-    return RESULT_OK;
-}
-
 static int vlansRead(CLIENT_HANDLE_T *clientHandle, VLAN_PROFILE_LIST_T *list)
 {
     SHOW_FILE_T show;
@@ -88,19 +71,6 @@ static void profileRowsApply(VLAN_PROFILE_LIST_T *list)
     }
 }
 
-static void templatesApply(VLAN_PROFILE_LIST_T *list)
-{
-    PROFILE_FILES_T templates(PATH_TEMPLATE_DIR, TEMPLATE_TYPES);
-
-    for (uint32_t i = 0; i < list->count; i++) {
-        VLAN_PROFILE_T *profile = list->ids[i];
-        if (profile->profileType[0] == '\0')
-            continue;
-        flagsRead(profileFileGet(&templates, profile->profileType), &profile->profileFlags, &profile->profileFlagMask);
-        profile->profileVariant = variantGet(profile->profileType);
-    }
-}
-
 static void flagsRead(const cJSON *profileTemplate, uint32_t *flags, uint32_t *mask)
 {
     for (const auto &row : templateFlags) {
@@ -124,4 +94,28 @@ static uint32_t variantGet(const char *profileType)
             return row.variant;
     }
     return 0;
+}
+
+static void templatesApply(VLAN_PROFILE_LIST_T *list)
+{
+    PROFILE_FILES_T templates(PATH_TEMPLATE_DIR, TEMPLATE_TYPES);
+
+    for (uint32_t i = 0; i < list->count; i++) {
+        VLAN_PROFILE_T *profile = list->ids[i];
+        if (profile->profileType[0] == '\0')
+            continue;
+        flagsRead(profileFileGet(&templates, profile->profileType), &profile->profileFlags, &profile->profileFlagMask);
+        profile->profileVariant = variantGet(profile->profileType);
+    }
+}
+
+int vlanListProfileCreateFastEX(CLIENT_HANDLE_T *clientHandle, OWNED_VLAN_PROFILES *list)
+{
+    OWNED_VLAN_PROFILES made = vlanSlotsCreate<VLAN_PROFILE_T>();
+    if (made == nullptr || vlansRead(clientHandle, made.get()) != RESULT_OK)
+        return RESULT_FAILED;
+    profileRowsApply(made.get());
+    templatesApply(made.get());
+    *list = std::move(made);
+    return RESULT_OK;
 }

@@ -17,7 +17,21 @@
 constexpr size_t LINE_SIZE = 512;
 constexpr int VLAN_ID_MAX = 4096;
 
-static bool rowParse(const char *line, VLAN_SHOWN_T *vlan);
+static bool rowParse(const char *line, VLAN_SHOWN_T *vlan)
+{
+    int vlanId = 0;
+
+    if (line[0] < '0' || line[0] > '9' || !columnNumber(line, 0, &vlanId) || vlanId < 1 || vlanId > VLAN_ID_MAX)
+        return false;
+    bool isDynamic = strstr(line, "Dynamic") != nullptr;
+    if (!isDynamic && strstr(line, "Static") == nullptr && strstr(line, "Default") == nullptr)
+        return false;
+    vlan->vlanId = static_cast<uint32_t>(vlanId);
+    vlan->isStatic = !isDynamic;
+    vlan->name[0] = '\0';
+    (void)columnWord(line, strspn(line, "0123456789"), vlan->name, sizeof(vlan->name)); // a row may have no name
+    return true;
+}
 
 int vlanShowRun(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const char *caller, PATH_ID file)
 {
@@ -33,20 +47,4 @@ bool vlanShowNext(SHOW_FILE_T *show, VLAN_SHOWN_T *vlan)
             return true;
     }
     return false;
-}
-
-static bool rowParse(const char *line, VLAN_SHOWN_T *vlan)
-{
-    int vlanId = 0;
-
-    if (line[0] < '0' || line[0] > '9' || !columnNumber(line, 0, &vlanId) || vlanId < 1 || vlanId > VLAN_ID_MAX)
-        return false;
-    bool isDynamic = strstr(line, "Dynamic") != nullptr;
-    if (!isDynamic && strstr(line, "Static") == nullptr && strstr(line, "Default") == nullptr)
-        return false;
-    vlan->vlanId = static_cast<uint32_t>(vlanId);
-    vlan->isStatic = !isDynamic;
-    vlan->name[0] = '\0';
-    (void)columnWord(line, strspn(line, "0123456789"), vlan->name, sizeof(vlan->name)); // a row may have no name
-    return true;
 }

@@ -54,50 +54,6 @@ static const OPTIC_COLUMN_T identityColumns[] = {
 };
 static const char rule[] = "--------";
 
-static int opticsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *optics);
-static int outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_ID path, CUT_FILE_T *file);
-static void opticAdd(CLIENT_HANDLE_T *clientHandle, const CUT_FILE_T &values, const CUT_FILE_T &info, uint32_t row,
-                     cJSON *optics);
-static uint32_t valueLineFind(const CUT_FILE_T &values, const char *name);
-static bool valuesShown(const CUT_FILE_T &values, uint32_t line);
-static void columnAdd(const CUT_FILE_T &file, uint32_t line, const OPTIC_COLUMN_T &column, cJSON *optic);
-
-int fiberOpticsGet(CLIENT_HANDLE_T *clientHandle, char **out)
-{
-    *out = nullptr;
-    OWNED_JSON optics(cJSON_CreateArray());
-    int result = optics == nullptr ? RESULT_NO_MEMORY : opticsAdd(clientHandle, optics.get());
-    if (result == RESULT_NO_MEMORY) { // not "no optics", which is a document
-        LOG_ERROR("Memory allocation failure\n");
-        return RESULT_FAILED;
-    }
-    *out = jsonPrint(optics.get(), JSON_FORMATTED);
-    return *out == nullptr ? RESULT_FAILED : result;
-}
-
-static int opticsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *optics)
-{
-    CUT_FILE_T values, info;
-
-    int valuesResult = outputLoad(clientHandle, "show fiber-ports optics all", PATH_SHOW_OPTICS, &values);
-    int infoResult = outputLoad(clientHandle, "show fiber-ports optics-info all", PATH_SHOW_OPTICS_INFO, &info);
-    if (valuesResult == RESULT_FAILED || infoResult == RESULT_FAILED) {
-        LOG_ERROR_AS("fiberOpticsGet", "Failed to run openapiCliShowExecuteToFile\n");
-        return RESULT_FAILED;
-    }
-    if (valuesResult != RESULT_OK || infoResult != RESULT_OK)
-        return RESULT_NO_MEMORY;
-    uint32_t last = cutLineCount(&info);
-    uint32_t ruleLine = cutFirstLineWith(&info, rule);
-    if (ruleLine == 0 || cutFirstLineWith(&values, rule) == 0) {
-        LOG_INFO_AS("fiberOpticsGet", "FiberOptics not found\n");
-        return RESULT_EMPTY;
-    }
-    for (uint32_t row = ruleLine + 1; row <= last; row++)
-        opticAdd(clientHandle, values, info, row, optics);
-    return RESULT_OK;
-}
-
 // 10000 when the command fails, -7 without memory. An output that is not there has no lines.
 static int outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_ID path, CUT_FILE_T *file)
 {
@@ -109,33 +65,6 @@ static int outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_I
     request.run = SHOW_RUN_PLATFORM;
     int result = showFileRun(&show, clientHandle, request);
     return result == RESULT_FAILED ? result : cutFileLoad(file, show.stream);
-}
-
-static void opticAdd(CLIENT_HANDLE_T *clientHandle, const CUT_FILE_T &values, const CUT_FILE_T &info, uint32_t row,
-                     cJSON *optics)
-{
-    char name[CUT_SIZE];
-    uint32_t ifNum = 0;
-
-    cutFirstWord(&info, row, name);
-    if (ifNumByNameGet(clientHandle, name, &ifNum) != OPENCLT_OK) {
-        LOG_ERROR_AS("fiberOpticsGet", "Failed to get the port id for port %s\n", name);
-        return;
-    }
-    uint32_t valueLine = valueLineFind(values, name);
-    bool hasValues = valuesShown(values, valueLine);
-
-    cJSON *optic = jsonAppendObject(optics);
-    jsonAddText(optic, "portName", name);
-    jsonAddNumber(optic, "port", ifNum);
-    for (const OPTIC_COLUMN_T &column : valueColumns) {
-        if (hasValues)
-            columnAdd(values, valueLine, column, optic);
-        else
-            jsonAddText(optic, column.key, column.absent);
-    }
-    for (const OPTIC_COLUMN_T &column : identityColumns)
-        columnAdd(info, row, column, optic);
 }
 
 // The first line that contains the port's name, so a port's values can be those of a port whose name begins alike and
@@ -166,4 +95,67 @@ static void columnAdd(const CUT_FILE_T &file, uint32_t line, const OPTIC_COLUMN_
 
     cutColumns(&file, line, column.from, column.length, text);
     jsonAddText(optic, column.key, strTrimLeft(strTrimRight(text)));
+}
+
+static void opticAdd(CLIENT_HANDLE_T *clientHandle, const CUT_FILE_T &values, const CUT_FILE_T &info, uint32_t row,
+                     cJSON *optics)
+{
+    char name[CUT_SIZE];
+    uint32_t ifNum = 0;
+
+    cutFirstWord(&info, row, name);
+    if (ifNumByNameGet(clientHandle, name, &ifNum) != OPENCLT_OK) {
+        LOG_ERROR_AS("fiberOpticsGet", "Failed to get the port id for port %s\n", name);
+        return;
+    }
+    uint32_t valueLine = valueLineFind(values, name);
+    bool hasValues = valuesShown(values, valueLine);
+
+    cJSON *optic = jsonAppendObject(optics);
+    jsonAddText(optic, "portName", name);
+    jsonAddNumber(optic, "port", ifNum);
+    for (const OPTIC_COLUMN_T &column : valueColumns) {
+        if (hasValues)
+            columnAdd(values, valueLine, column, optic);
+        else
+            jsonAddText(optic, column.key, column.absent);
+    }
+    for (const OPTIC_COLUMN_T &column : identityColumns)
+        columnAdd(info, row, column, optic);
+}
+
+static int opticsAdd(CLIENT_HANDLE_T *clientHandle, cJSON *optics)
+{
+    CUT_FILE_T values, info;
+
+    int valuesResult = outputLoad(clientHandle, "show fiber-ports optics all", PATH_SHOW_OPTICS, &values);
+    int infoResult = outputLoad(clientHandle, "show fiber-ports optics-info all", PATH_SHOW_OPTICS_INFO, &info);
+    if (valuesResult == RESULT_FAILED || infoResult == RESULT_FAILED) {
+        LOG_ERROR_AS("fiberOpticsGet", "Failed to run openapiCliShowExecuteToFile\n");
+        return RESULT_FAILED;
+    }
+    if (valuesResult != RESULT_OK || infoResult != RESULT_OK)
+        return RESULT_NO_MEMORY;
+    uint32_t last = cutLineCount(&info);
+    uint32_t ruleLine = cutFirstLineWith(&info, rule);
+    if (ruleLine == 0 || cutFirstLineWith(&values, rule) == 0) {
+        LOG_INFO_AS("fiberOpticsGet", "FiberOptics not found\n");
+        return RESULT_EMPTY;
+    }
+    for (uint32_t row = ruleLine + 1; row <= last; row++)
+        opticAdd(clientHandle, values, info, row, optics);
+    return RESULT_OK;
+}
+
+int fiberOpticsGet(CLIENT_HANDLE_T *clientHandle, char **out)
+{
+    *out = nullptr;
+    OWNED_JSON optics(cJSON_CreateArray());
+    int result = optics == nullptr ? RESULT_NO_MEMORY : opticsAdd(clientHandle, optics.get());
+    if (result == RESULT_NO_MEMORY) { // not "no optics", which is a document
+        LOG_ERROR("Memory allocation failure\n");
+        return RESULT_FAILED;
+    }
+    *out = jsonPrint(optics.get(), JSON_FORMATTED);
+    return *out == nullptr ? RESULT_FAILED : result;
 }

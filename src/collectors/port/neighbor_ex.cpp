@@ -36,59 +36,6 @@ struct LLDP_DEVICE_T {
     uint32_t chassisSubtype, portSubtype;
 };
 
-static bool rowsCollect(PUSH_T *push);
-static bool lldpRowsAdd(PUSH_T *push);
-static bool lldpDeviceAlloc(CLIENT_HANDLE_T *clientHandle, LLDP_DEVICE_T *device);
-static bool interfaceDevicesAdd(PUSH_T *push, uint32_t ifNum, LLDP_DEVICE_T *device);
-static bool lldpDeviceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t index, LLDP_DEVICE_T *device);
-static openclt_buffer_t emptyText(char *text, uint32_t size);
-static bool lldpRowAdd(PUSH_T *push, uint32_t ifNum, const LLDP_DEVICE_T *device);
-static void fdbRowsAdd(PUSH_T *push);
-static bool fdbEntryShown(const PUSH_T *push, const FDB_ENTRY_T *entry);
-static bool rowAdd(PUSH_T *push, NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row);
-
-int neighborListExChunkedPush(CLIENT_HANDLE_T *clientHandle)
-{
-    PUSH_T push = {};
-
-    push.clientHandle = clientHandle;
-    int result = chunkBegin(&push.sink, CHUNK_NEIGHBORS);
-    if (result != RESULT_OK)
-        return result;
-    if (!rowsCollect(&push))
-        push.sink.error = 1;
-    return chunkEnd(&push.sink);
-}
-
-// False when there is no memory for something that rows cannot be made without.
-static bool rowsCollect(PUSH_T *push)
-{
-    if (!arpTableRead(push->clientHandle, &push->arp)) // rows lack addresses then, no more
-        LOG_ERROR("neighbor_ex: no memory for the ARP table at count=%zu\n", push->arp.count);
-    if (!interfaceTableRead(push->clientHandle, &push->interfaces))
-        return false;
-    ouiTableLoad();
-    if (!lldpRowsAdd(push))
-        return false;
-    macListSort(&push->lldpMacs);
-    fdbRowsAdd(push);
-    return true;
-}
-
-static bool lldpRowsAdd(PUSH_T *push)
-{
-    LLDP_DEVICE_T device = {};
-
-    if (!lldpDeviceAlloc(push->clientHandle, &device) || !macListStart(&push->lldpMacs))
-        return false;
-    for (uint32_t ifNum = 0; ifNum < NEIGHBOR_IF_COUNT; ifNum++) {
-        const NEIGHBOR_IF_T *interface = &push->interfaces[ifNum];
-        if (interface->valid && interface->linkUp && !interfaceDevicesAdd(push, ifNum, &device))
-            return false;
-    }
-    return true;
-}
-
 static bool lldpDeviceAlloc(CLIENT_HANDLE_T *clientHandle, LLDP_DEVICE_T *device)
 {
     uint32_t size = 0;
@@ -106,16 +53,10 @@ static bool lldpDeviceAlloc(CLIENT_HANDLE_T *clientHandle, LLDP_DEVICE_T *device
     return true;
 }
 
-// Rows of all devices on one port; false when there is no memory.
-static bool interfaceDevicesAdd(PUSH_T *push, uint32_t ifNum, LLDP_DEVICE_T *device)
+static openclt_buffer_t emptyText(char *text, uint32_t size)
 {
-    uint32_t index = 0;
-
-    while (lldpDeviceNext(push->clientHandle, ifNum, &index)) {
-        if (lldpDeviceRead(push->clientHandle, ifNum, index, device) && !lldpRowAdd(push, ifNum, device))
-            return false;
-    }
-    return true;
+    memset(text, 0, size);
+    return {size, text};
 }
 
 // False when an id cannot be read: the device is passed over. A missing name or address is "".
@@ -142,10 +83,18 @@ static bool lldpDeviceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32
     return true;
 }
 
-static openclt_buffer_t emptyText(char *text, uint32_t size)
+// False when the row is too long and is left out.
+static bool rowAdd(PUSH_T *push, NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row)
 {
-    memset(text, 0, size);
-    return {size, text};
+    char text[NEIGHBOR_ROW_SIZE];
+
+    size_t length = neighborRowPrint(form, row, text);
+    if (length == 0) {
+        LOG_WARN("neighbor_ex: a row of interface %u is too long, dropping\n", row.ifNum);
+        return false;
+    }
+    chunkRowAdd(&push->sink, text, length);
+    return true;
 }
 
 // False when there is no memory to remember the address of a row.
@@ -165,6 +114,41 @@ static bool lldpRowAdd(PUSH_T *push, uint32_t ifNum, const LLDP_DEVICE_T *device
     return !added || mac[0] == '\0' || macListAdd(&push->lldpMacs, mac);
 }
 
+// Rows of all devices on one port; false when there is no memory.
+static bool interfaceDevicesAdd(PUSH_T *push, uint32_t ifNum, LLDP_DEVICE_T *device)
+{
+    uint32_t index = 0;
+
+    while (lldpDeviceNext(push->clientHandle, ifNum, &index)) {
+        if (lldpDeviceRead(push->clientHandle, ifNum, index, device) && !lldpRowAdd(push, ifNum, device))
+            return false;
+    }
+    return true;
+}
+
+static bool lldpRowsAdd(PUSH_T *push)
+{
+    LLDP_DEVICE_T device = {};
+
+    if (!lldpDeviceAlloc(push->clientHandle, &device) || !macListStart(&push->lldpMacs))
+        return false;
+    for (uint32_t ifNum = 0; ifNum < NEIGHBOR_IF_COUNT; ifNum++) {
+        const NEIGHBOR_IF_T *interface = &push->interfaces[ifNum];
+        if (interface->valid && interface->linkUp && !interfaceDevicesAdd(push, ifNum, &device))
+            return false;
+    }
+    return true;
+}
+
+static bool fdbEntryShown(const PUSH_T *push, const FDB_ENTRY_T *entry)
+{
+    if (entry->ifNum >= NEIGHBOR_IF_COUNT || entry->learned != 1)
+        return false;
+    const NEIGHBOR_IF_T *interface = &push->interfaces[entry->ifNum];
+    return interface->valid && interface->switchMode != OPENCLT_PORT_MODE_AUTO_TRUNK &&
+           !macListHas(&push->lldpMacs, entry->mac);
+}
+
 static void fdbRowsAdd(PUSH_T *push)
 {
     OWNED_ARRAY<FDB_ENTRY_T> entries;
@@ -180,25 +164,30 @@ static void fdbRowsAdd(PUSH_T *push)
     }
 }
 
-static bool fdbEntryShown(const PUSH_T *push, const FDB_ENTRY_T *entry)
+// False when there is no memory for something that rows cannot be made without.
+static bool rowsCollect(PUSH_T *push)
 {
-    if (entry->ifNum >= NEIGHBOR_IF_COUNT || entry->learned != 1)
+    if (!arpTableRead(push->clientHandle, &push->arp)) // rows lack addresses then, no more
+        LOG_ERROR("neighbor_ex: no memory for the ARP table at count=%zu\n", push->arp.count);
+    if (!interfaceTableRead(push->clientHandle, &push->interfaces))
         return false;
-    const NEIGHBOR_IF_T *interface = &push->interfaces[entry->ifNum];
-    return interface->valid && interface->switchMode != OPENCLT_PORT_MODE_AUTO_TRUNK &&
-           !macListHas(&push->lldpMacs, entry->mac);
+    ouiTableLoad();
+    if (!lldpRowsAdd(push))
+        return false;
+    macListSort(&push->lldpMacs);
+    fdbRowsAdd(push);
+    return true;
 }
 
-// False when the row is too long and is left out.
-static bool rowAdd(PUSH_T *push, NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row)
+int neighborListExChunkedPush(CLIENT_HANDLE_T *clientHandle)
 {
-    char text[NEIGHBOR_ROW_SIZE];
+    PUSH_T push = {};
 
-    size_t length = neighborRowPrint(form, row, text);
-    if (length == 0) {
-        LOG_WARN("neighbor_ex: a row of interface %u is too long, dropping\n", row.ifNum);
-        return false;
-    }
-    chunkRowAdd(&push->sink, text, length);
-    return true;
+    push.clientHandle = clientHandle;
+    int result = chunkBegin(&push.sink, CHUNK_NEIGHBORS);
+    if (result != RESULT_OK)
+        return result;
+    if (!rowsCollect(&push))
+        push.sink.error = 1;
+    return chunkEnd(&push.sink);
 }

@@ -25,19 +25,6 @@ struct ESCAPED_T {
     char portId[PORT_ID_SIZE];
 };
 
-static void rowEscape(NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row, ESCAPED_T *texts);
-static int lldpRowPrint(const NEIGHBOR_ROW_T &row, const ESCAPED_T &texts, char out[NEIGHBOR_ROW_SIZE]);
-static int fdbRowPrint(const NEIGHBOR_ROW_T &row, const ESCAPED_T &texts, char out[NEIGHBOR_ROW_SIZE]);
-
-size_t neighborRowPrint(NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row, char out[NEIGHBOR_ROW_SIZE])
-{
-    ESCAPED_T texts;
-
-    rowEscape(form, row, &texts);
-    int length = form == NEIGHBOR_ROW_LLDP ? lldpRowPrint(row, texts, out) : fdbRowPrint(row, texts, out);
-    return length > 0 && static_cast<size_t>(length) < NEIGHBOR_ROW_SIZE ? static_cast<size_t>(length) : 0;
-}
-
 static void rowEscape(NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row, ESCAPED_T *texts)
 {
     size_t hostSize = form == NEIGHBOR_ROW_LLDP ? LLDP_HOST_SIZE : FDB_HOST_SIZE;
@@ -68,4 +55,13 @@ static int fdbRowPrint(const NEIGHBOR_ROW_T &row, const ESCAPED_T &texts, char o
                     "\"remotePortId\":\"\",\"source\":\"arp\"}",
                     texts.port, row.ifNum, texts.portName, row.interface->usp.unit, texts.hostName, row.vlanId,
                     texts.address, texts.mac);
+}
+
+size_t neighborRowPrint(NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row, char out[NEIGHBOR_ROW_SIZE])
+{
+    ESCAPED_T texts;
+
+    rowEscape(form, row, &texts);
+    int length = form == NEIGHBOR_ROW_LLDP ? lldpRowPrint(row, texts, out) : fdbRowPrint(row, texts, out);
+    return length > 0 && static_cast<size_t>(length) < NEIGHBOR_ROW_SIZE ? static_cast<size_t>(length) : 0;
 }

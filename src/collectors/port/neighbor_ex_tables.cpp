@@ -21,11 +21,59 @@ constexpr size_t FIRST_CAPACITY = 64; // doubled when full
 // Interface and address of an ARP entry.
 using ARP_CIRCLE_T = KEY_CIRCLE_T<std::pair<uint32_t, std::array<uint8_t, sizeof(openclt_inet_addr_t::bytes)>>>;
 
-static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBOR_IF_T *entry);
-static bool arpNext(CLIENT_HANDLE_T *clientHandle, ARP_CIRCLE_T *circle, openclt_arp_entry_t *entry);
-static bool arpEntryAdd(ARP_TABLE_T *table, const openclt_arp_entry_t *entry);
-static bool arpEntryLess(const ARP_ENTRY_T &a, const ARP_ENTRY_T &b);
-static bool macTextLess(const MAC_TEXT_T &a, const MAC_TEXT_T &b);
+// The entry stays all 0 without switch-port mode or place.
+static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBOR_IF_T *entry)
+{
+    NEIGHBOR_IF_T read = {};
+    uint32_t state = OPENCLT_LINK_UP;
+
+    if (rpcclt_openapiDot1qSwPortModeGet(clientHandle, ifNum, &read.switchMode) != OPENCLT_OK ||
+        ifUnitSlotPortGet(clientHandle, ifNum, &read.usp) != RESULT_OK)
+        return;
+    (void)ifNameGet(clientHandle, ifNum, read.name, sizeof(read.name)); // "" when it fails
+    if (openapiVlanIfPvidGet(clientHandle, ifNum, &read.pvid) != OPENCLT_OK)
+        read.pvid = 0;
+    read.linkUp = openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == OPENCLT_LINK_UP;
+    read.valid = true;
+    *entry = read;
+}
+
+// The entry after this one (all zero: the first). False after the last, and when the platform goes in a circle.
+static bool arpNext(CLIENT_HANDLE_T *clientHandle, ARP_CIRCLE_T *circle, openclt_arp_entry_t *entry)
+{
+    std::array<uint8_t, sizeof(openclt_inet_addr_t::bytes)> address;
+
+    if (rpcclt_openapiArpEntryNextGet(clientHandle, entry) != OPENCLT_OK)
+        return false;
+    memcpy(address.data(), entry->address.bytes, address.size());
+    return !keyRecurs(circle, {entry->ifNum, address});
+}
+
+static bool arpEntryAdd(ARP_TABLE_T *table, const openclt_arp_entry_t *entry)
+{
+    int family = entry->address.family == OPENCLT_AF_IPV6 ? AF_INET6 : AF_INET;
+
+    if (table->count == table->capacity && !ownedArrayDouble(&table->entries, &table->capacity))
+        return false;
+    ARP_ENTRY_T *added = &table->entries[table->count];
+    macText(entry->mac, added->mac);
+    if (inet_ntop(family, entry->address.bytes, added->address, sizeof(added->address)) == nullptr)
+        added->address[0] = '\0'; // too long for its field
+    added->order = static_cast<uint32_t>(table->count++);
+    return true;
+}
+
+static bool arpEntryLess(const ARP_ENTRY_T &a, const ARP_ENTRY_T &b)
+{
+    int order = strcasecmp(a.mac, b.mac);
+
+    return order != 0 ? order < 0 : a.order < b.order;
+}
+
+static bool macTextLess(const MAC_TEXT_T &a, const MAC_TEXT_T &b)
+{
+    return strcasecmp(a.text, b.text) < 0;
+}
 
 bool interfaceTableRead(CLIENT_HANDLE_T *clientHandle, NEIGHBOR_IF_TABLE_T *table)
 {
@@ -95,58 +143,4 @@ bool macListHas(const MAC_LIST_T *list, const char *mac)
 
     textCopy(wanted.text, sizeof(wanted.text), mac);
     return std::binary_search(list->macs.get(), list->macs.get() + list->count, wanted, macTextLess);
-}
-
-// The entry stays all 0 without switch-port mode or place.
-static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBOR_IF_T *entry)
-{
-    NEIGHBOR_IF_T read = {};
-    uint32_t state = OPENCLT_LINK_UP;
-
-    if (rpcclt_openapiDot1qSwPortModeGet(clientHandle, ifNum, &read.switchMode) != OPENCLT_OK ||
-        ifUnitSlotPortGet(clientHandle, ifNum, &read.usp) != RESULT_OK)
-        return;
-    (void)ifNameGet(clientHandle, ifNum, read.name, sizeof(read.name)); // "" when it fails
-    if (openapiVlanIfPvidGet(clientHandle, ifNum, &read.pvid) != OPENCLT_OK)
-        read.pvid = 0;
-    read.linkUp = openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == OPENCLT_LINK_UP;
-    read.valid = true;
-    *entry = read;
-}
-
-// The entry after this one (all zero: the first). False after the last, and when the platform goes in a circle.
-static bool arpNext(CLIENT_HANDLE_T *clientHandle, ARP_CIRCLE_T *circle, openclt_arp_entry_t *entry)
-{
-    std::array<uint8_t, sizeof(openclt_inet_addr_t::bytes)> address;
-
-    if (rpcclt_openapiArpEntryNextGet(clientHandle, entry) != OPENCLT_OK)
-        return false;
-    memcpy(address.data(), entry->address.bytes, address.size());
-    return !keyRecurs(circle, {entry->ifNum, address});
-}
-
-static bool arpEntryAdd(ARP_TABLE_T *table, const openclt_arp_entry_t *entry)
-{
-    int family = entry->address.family == OPENCLT_AF_IPV6 ? AF_INET6 : AF_INET;
-
-    if (table->count == table->capacity && !ownedArrayDouble(&table->entries, &table->capacity))
-        return false;
-    ARP_ENTRY_T *added = &table->entries[table->count];
-    macText(entry->mac, added->mac);
-    if (inet_ntop(family, entry->address.bytes, added->address, sizeof(added->address)) == nullptr)
-        added->address[0] = '\0'; // too long for its field
-    added->order = static_cast<uint32_t>(table->count++);
-    return true;
-}
-
-static bool arpEntryLess(const ARP_ENTRY_T &a, const ARP_ENTRY_T &b)
-{
-    int order = strcasecmp(a.mac, b.mac);
-
-    return order != 0 ? order < 0 : a.order < b.order;
-}
-
-static bool macTextLess(const MAC_TEXT_T &a, const MAC_TEXT_T &b)
-{
-    return strcasecmp(a.text, b.text) < 0;
 }

@@ -24,9 +24,63 @@ enum MODULE_TYPE : uint32_t { MODULE_NONE = 0, MODULE_SFP = 1, MODULE_QSFP = 4 }
 
 static char stackCapable[STACK_TABLE_SIZE][STACK_TEXT_SIZE];
 
-static void stackCapableLineStore(CLIENT_HANDLE_T *clientHandle, const char *line);
-static uint32_t moduleTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static bool onSfpCard(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
+static bool onSfpCard(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
+{
+    openclt_usp_t usp;
+    uint32_t cardType = 0;
+    char model[CARD_MODEL_SIZE + 1] = "";
+
+    if (ifUnitSlotPortGet(clientHandle, ifNum, &usp) != RESULT_OK ||
+        rpcclt_openapiCardTypeGet(clientHandle, usp.unit, usp.slot, &cardType) != OPENCLT_OK || cardType == 0)
+        return false;
+    openclt_buffer_t buffer = {CARD_MODEL_SIZE, model};
+    if (rpcclt_openapiCardSupportedCardModelIdGet(clientHandle, cardType, &buffer) != OPENCLT_OK)
+        return false;
+    strTrimRight(model);
+    return modelIsSfpCard(model);
+}
+
+// Asked directly: a port without a module is no fault, so no line is logged for it. The media type is looked at before
+// the card.
+static uint32_t moduleTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
+{
+    uint32_t sfpType = 0;
+
+    if (rpcclt_openapiBoxsSfpTypeGet(clientHandle, ifNum, &sfpType) != OPENCLT_OK)
+        return MODULE_NONE;
+    if (sfpType >= SFP_TYPE_QSFP)
+        return MODULE_QSFP;
+    return onSfpCard(clientHandle, ifNum) ? static_cast<uint32_t>(MODULE_SFP) : sfpType;
+}
+
+//           1         2         3         4         5         6         7         8         9
+// 0123456789012345678901234567890123456789012345678901234567890123456789012345678901234567890123456
+//                  Admin     Physical   Physical   Link   Link    LACP    Actor  Capable  Flow
+// Intf      Type   Mode      Mode       Status     Status Trap    Mode    Time   Port     Mode
+// --------- ------ --------- ---------- ---------- ------ ------- ------- ------ -------- --------
+// 1/0/1            Enable    Auto       10G Full   Up     Enable  Enable  long   Yes      Disable
+//
+// A row ends behind the column or is none; its line end counts.
+static void stackCapableLineStore(CLIENT_HANDLE_T *clientHandle, const char *line)
+{
+    char name[40], text[STACK_TEXT_SIZE];
+    unsigned first, second, third;
+    uint32_t ifNum = 0;
+
+    if (strlen(line) < STACK_COLUMN + STACK_WIDTH)
+        return;
+    int numbers = sscanf(line, "%u/%u/%u", &first, &second, &third);
+    if (numbers == 3)
+        snprintf(name, sizeof(name), "%u/%u/%u", first, second, third);
+    else if (numbers == 2)
+        snprintf(name, sizeof(name), "%u/%u", first, second);
+    else
+        return;
+    if (ifNumByNameGet(clientHandle, name, &ifNum) != OPENCLT_OK || ifNum >= STACK_TABLE_SIZE)
+        return;
+    if (columnText(line, STACK_COLUMN, STACK_WIDTH, text, sizeof(text)) > 0)
+        textCopy(stackCapable[ifNum], STACK_TEXT_SIZE, text);
+}
 
 int portHardwareInfoBuild(CLIENT_HANDLE_T *clientHandle, char **out)
 {
@@ -59,62 +113,4 @@ void stackCapableTableFill(CLIENT_HANDLE_T *clientHandle)
         return;
     while (showFileLine(&show, line, sizeof(line)))
         stackCapableLineStore(clientHandle, line);
-}
-
-//           1         2         3         4         5         6         7         8         9
-// 0123456789012345678901234567890123456789012345678901234567890123456789012345678901234567890123456
-//                  Admin     Physical   Physical   Link   Link    LACP    Actor  Capable  Flow
-// Intf      Type   Mode      Mode       Status     Status Trap    Mode    Time   Port     Mode
-// --------- ------ --------- ---------- ---------- ------ ------- ------- ------ -------- --------
-// 1/0/1            Enable    Auto       10G Full   Up     Enable  Enable  long   Yes      Disable
-//
-// A row ends behind the column or is none; its line end counts.
-static void stackCapableLineStore(CLIENT_HANDLE_T *clientHandle, const char *line)
-{
-    char name[40], text[STACK_TEXT_SIZE];
-    unsigned first, second, third;
-    uint32_t ifNum = 0;
-
-    if (strlen(line) < STACK_COLUMN + STACK_WIDTH)
-        return;
-    int numbers = sscanf(line, "%u/%u/%u", &first, &second, &third);
-    if (numbers == 3)
-        snprintf(name, sizeof(name), "%u/%u/%u", first, second, third);
-    else if (numbers == 2)
-        snprintf(name, sizeof(name), "%u/%u", first, second);
-    else
-        return;
-    if (ifNumByNameGet(clientHandle, name, &ifNum) != OPENCLT_OK || ifNum >= STACK_TABLE_SIZE)
-        return;
-    if (columnText(line, STACK_COLUMN, STACK_WIDTH, text, sizeof(text)) > 0)
-        textCopy(stackCapable[ifNum], STACK_TEXT_SIZE, text);
-}
-
-// Asked directly: a port without a module is no fault, so no line is logged for it. The media type is looked at before
-// the card.
-static uint32_t moduleTypeGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
-{
-    uint32_t sfpType = 0;
-
-    if (rpcclt_openapiBoxsSfpTypeGet(clientHandle, ifNum, &sfpType) != OPENCLT_OK)
-        return MODULE_NONE;
-    if (sfpType >= SFP_TYPE_QSFP)
-        return MODULE_QSFP;
-    return onSfpCard(clientHandle, ifNum) ? static_cast<uint32_t>(MODULE_SFP) : sfpType;
-}
-
-static bool onSfpCard(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
-{
-    openclt_usp_t usp;
-    uint32_t cardType = 0;
-    char model[CARD_MODEL_SIZE + 1] = "";
-
-    if (ifUnitSlotPortGet(clientHandle, ifNum, &usp) != RESULT_OK ||
-        rpcclt_openapiCardTypeGet(clientHandle, usp.unit, usp.slot, &cardType) != OPENCLT_OK || cardType == 0)
-        return false;
-    openclt_buffer_t buffer = {CARD_MODEL_SIZE, model};
-    if (rpcclt_openapiCardSupportedCardModelIdGet(clientHandle, cardType, &buffer) != OPENCLT_OK)
-        return false;
-    strTrimRight(model);
-    return modelIsSfpCard(model);
 }

@@ -86,14 +86,96 @@ struct VALUES_T {
     uint32_t utilisation; // percent of the link speed
 };
 
-static void portRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows);
-static void lagRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows);
-static void rowAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, uint32_t ifNum, bool isLag,
-                   cJSON *rows);
-static VALUES_T valuesGet(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, uint32_t ifNum);
-static uint32_t utilisationGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint64_t rate);
-static bool linkUp(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static uint64_t counterGet(CLIENT_HANDLE_T *clientHandle, uint32_t counter, uint32_t ifNum);
+static bool linkUp(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
+{
+    uint32_t state = OPENCLT_LINK_UP;
+
+    return openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == OPENCLT_LINK_UP;
+}
+
+static uint64_t counterGet(CLIENT_HANDLE_T *clientHandle, uint32_t counter, uint32_t ifNum)
+{
+    uint64_t value = 0;
+
+    return rpcclt_openapiStatGet(clientHandle, counter, ifNum, &value) == OPENCLT_OK ? value : 0;
+}
+
+// Percent of the link speed, cut to an integer; 0 without a rate or a known speed.
+static uint32_t utilisationGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint64_t rate)
+{
+    uint32_t speed = 0;
+
+    if (rate == 0 || openapiIfSpeedGet(clientHandle, ifNum, &speed) != OPENCLT_OK)
+        return 0;
+    if (speed >= SPEED_CODES || speedBits[speed] == 0)
+        return 0;
+    return static_cast<uint32_t>(rate * 100 / speedBits[speed]);
+}
+
+static VALUES_T valuesGet(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, uint32_t ifNum)
+{
+    VALUES_T values = {};
+
+    if (!linkUp(clientHandle, ifNum))
+        return values;
+    for (size_t i = 0; i < COUNTERS; i++)
+        values.counters[i] = counterGet(clientHandle, direction.counters[i].number, ifNum);
+    values.rate = counterGet(clientHandle, direction.rateCounter, ifNum);
+    values.utilisation = utilisationGet(clientHandle, ifNum, values.rate);
+    return values;
+}
+
+static void rowAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, uint32_t ifNum, bool isLag, cJSON *rows)
+{
+    char name[NAME_SIZE] = "";
+    char label[PORT_LABEL_SIZE] = "";
+    char rate[32];
+    openclt_usp_t usp = {1, 0, 0};
+
+    (void)ifNameGet(clientHandle, ifNum, name, sizeof(name)); // stays empty when it fails
+    if (!isLag) {
+        (void)ifUnitSlotPortGet(clientHandle, ifNum, &usp); // all 0 when it fails
+        portLabel(&usp, label);
+    }
+    VALUES_T values = valuesGet(clientHandle, direction, ifNum);
+    snprintf(rate, sizeof(rate), "%.1f", static_cast<double>(values.rate) / 1000000);
+
+    cJSON *row = jsonAppendObject(rows);
+    jsonAddNumber(row, "port", ifNum);
+    jsonAddNumber(row, "portNum", ifNum);
+    jsonAddText(row, "portName", name);
+    jsonAddText(row, "displayPort", isLag ? name : label);
+    jsonAddNumber(row, "unit", usp.unit);
+    for (size_t i = 0; i < COUNTERS; i++)
+        jsonAddNumber(row, direction.counters[i].key, static_cast<double>(values.counters[i]));
+    jsonAddText(row, direction.bitRateKey, rate);
+    jsonAddText(row, direction.bandwidthKey, rate);
+    jsonAddNumber(row, direction.utilisationKey, values.utilisation);
+    jsonAddNumber(row, direction.percentKey, values.utilisation);
+}
+
+static void portRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows)
+{
+    for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
+        rowAdd(clientHandle, direction, port.ifNum, false, rows);
+}
+
+static void lagRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows)
+{
+    uint32_t maxMembers = 0;
+
+    // Asked directly: a platform without LAGs is no fault here, so no line is logged for it.
+    if (rpcclt_openapiLagMaxMemberCountGet(clientHandle, &maxMembers) != OPENCLT_OK)
+        return;
+    for (IF_WALK_T lag = ifWalkStart(clientHandle, OPENCLT_IF_LAG); lag.valid; ifWalkNext(&lag)) {
+        LAG_MEMBERS_T members;
+        int result = lagMembersGet(clientHandle, lag.ifNum, maxMembers, &members);
+        if (result == RESULT_NO_MEMORY)
+            return;
+        if (result == RESULT_OK && members.count > 0)
+            rowAdd(clientHandle, direction, lag.ifNum, true, rows);
+    }
+}
 
 int pioBuildList(CLIENT_HANDLE_T *clientHandle, PIO_DIRECTION direction, char **out)
 {
@@ -127,95 +209,4 @@ int portStatsOutboundGet(CLIENT_HANDLE_T *clientHandle, char **out)
     if (clientHandle == nullptr || out == nullptr)
         return RESULT_INVALID_ARGUMENT;
     return pioBuildList(clientHandle, PIO_OUTBOUND, out);
-}
-
-static void portRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows)
-{
-    for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
-        rowAdd(clientHandle, direction, port.ifNum, false, rows);
-}
-
-static void lagRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows)
-{
-    uint32_t maxMembers = 0;
-
-    // Asked directly: a platform without LAGs is no fault here, so no line is logged for it.
-    if (rpcclt_openapiLagMaxMemberCountGet(clientHandle, &maxMembers) != OPENCLT_OK)
-        return;
-    for (IF_WALK_T lag = ifWalkStart(clientHandle, OPENCLT_IF_LAG); lag.valid; ifWalkNext(&lag)) {
-        LAG_MEMBERS_T members;
-        int result = lagMembersGet(clientHandle, lag.ifNum, maxMembers, &members);
-        if (result == RESULT_NO_MEMORY)
-            return;
-        if (result == RESULT_OK && members.count > 0)
-            rowAdd(clientHandle, direction, lag.ifNum, true, rows);
-    }
-}
-
-static void rowAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, uint32_t ifNum, bool isLag, cJSON *rows)
-{
-    char name[NAME_SIZE] = "";
-    char label[PORT_LABEL_SIZE] = "";
-    char rate[32];
-    openclt_usp_t usp = {1, 0, 0};
-
-    (void)ifNameGet(clientHandle, ifNum, name, sizeof(name)); // stays empty when it fails
-    if (!isLag) {
-        (void)ifUnitSlotPortGet(clientHandle, ifNum, &usp); // all 0 when it fails
-        portLabel(&usp, label);
-    }
-    VALUES_T values = valuesGet(clientHandle, direction, ifNum);
-    snprintf(rate, sizeof(rate), "%.1f", static_cast<double>(values.rate) / 1000000);
-
-    cJSON *row = jsonAppendObject(rows);
-    jsonAddNumber(row, "port", ifNum);
-    jsonAddNumber(row, "portNum", ifNum);
-    jsonAddText(row, "portName", name);
-    jsonAddText(row, "displayPort", isLag ? name : label);
-    jsonAddNumber(row, "unit", usp.unit);
-    for (size_t i = 0; i < COUNTERS; i++)
-        jsonAddNumber(row, direction.counters[i].key, static_cast<double>(values.counters[i]));
-    jsonAddText(row, direction.bitRateKey, rate);
-    jsonAddText(row, direction.bandwidthKey, rate);
-    jsonAddNumber(row, direction.utilisationKey, values.utilisation);
-    jsonAddNumber(row, direction.percentKey, values.utilisation);
-}
-
-static VALUES_T valuesGet(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, uint32_t ifNum)
-{
-    VALUES_T values = {};
-
-    if (!linkUp(clientHandle, ifNum))
-        return values;
-    for (size_t i = 0; i < COUNTERS; i++)
-        values.counters[i] = counterGet(clientHandle, direction.counters[i].number, ifNum);
-    values.rate = counterGet(clientHandle, direction.rateCounter, ifNum);
-    values.utilisation = utilisationGet(clientHandle, ifNum, values.rate);
-    return values;
-}
-
-// Percent of the link speed, cut to an integer; 0 without a rate or a known speed.
-static uint32_t utilisationGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint64_t rate)
-{
-    uint32_t speed = 0;
-
-    if (rate == 0 || openapiIfSpeedGet(clientHandle, ifNum, &speed) != OPENCLT_OK)
-        return 0;
-    if (speed >= SPEED_CODES || speedBits[speed] == 0)
-        return 0;
-    return static_cast<uint32_t>(rate * 100 / speedBits[speed]);
-}
-
-static bool linkUp(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
-{
-    uint32_t state = OPENCLT_LINK_UP;
-
-    return openapiIfLinkStateGet(clientHandle, ifNum, &state) == OPENCLT_OK && state == OPENCLT_LINK_UP;
-}
-
-static uint64_t counterGet(CLIENT_HANDLE_T *clientHandle, uint32_t counter, uint32_t ifNum)
-{
-    uint64_t value = 0;
-
-    return rpcclt_openapiStatGet(clientHandle, counter, ifNum, &value) == OPENCLT_OK ? value : 0;
 }

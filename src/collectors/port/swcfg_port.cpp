@@ -32,102 +32,16 @@ constexpr uint32_t POE_VALID = 1;
 constexpr uint32_t POE_ENABLED = 2;
 constexpr size_t LINKS_FIRST_CAPACITY = 1024;
 
-static int tableFill(PORT_TABLE_T *table);
-static int unitsRead(PORT_TABLE_T *table);
-static int unitCount(PORT_TABLE_T *table, uint32_t unitNumber);
-static int modelAdd(PORT_UNIT_T *unit, const char *model, const uint32_t *records);
-static void vlansRead(PORT_TABLE_T *table);
-static void statesRead(PORT_TABLE_T *table);
-static void dot1xRead(PORT_TABLE_T *table);
-static void modesRead(PORT_TABLE_T *table);
-static void vlanIdsComplete(PORT_TABLE_T *table);
-static int membershipFill(PORT_TABLE_T *table);
-static int taggedAdd(PORT_TABLE_T *table, PORT_RECORD_T *const *byIfNum);
-static int accessAdd(PORT_TABLE_T *table);
-static uint32_t modeGet(const PORT_TABLE_T *table, uint32_t ifNum);
-static bool vlanAppend(PORT_TABLE_T *table, PORT_RECORD_T *record, uint32_t vlanId);
-static void poeRead(PORT_TABLE_T *table);
-static void modulesRead(PORT_TABLE_T *table);
-static bool slotModuleTypeGet(const PORT_TABLE_T *table, const PORT_RECORD_T *record, uint32_t *type);
-static int shureRead(PORT_TABLE_T *table);
-
-int fillPhyInfStatusFastEX(CLIENT_HANDLE_T *clientHandle, char **out)
+// Add what a model brings: its front ports, and its port numbers or the number of records that is given.
+static int modelAdd(PORT_UNIT_T *unit, const char *model, const uint32_t *records)
 {
-    *out = nullptr;
-    PORT_TABLE_T table = {};
-    table.clientHandle = clientHandle;
-    int result = tableFill(&table);
-    return result == RESULT_OK ? portTablePrint(&table, out) : result;
-}
+    uint32_t ports = 0;
+    uint32_t numbers = 0;
 
-void getPortLinkSpeed(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char text[PORT_SPEED_SIZE])
-{
-    static const char *const texts[] = {
-        "",           "autoNeg",     "100TX HALF",  "100TX FULL", "10T HALF",
-        "10T HALF", // the web interface knows no other text for it
-        "100FX FULL", "1000SX FULL", "2P5FX FULL",  "5FX FULL",   "10GSX FULL",  "20GSX FULL",  "25GSX FULL",
-        "40GSX FULL", "50GSX FULL",  "100GSX FULL", "155 AAL5",   "200GSX FULL", "400GSX FULL", "LAG",
-    };
-    constexpr size_t COUNT = sizeof(texts) / sizeof(texts[0]);
-    static_assert(COUNT == 20, "speed codes 0 to 19");
-    uint32_t speed = 0;
-
-    if (openapiIfSpeedGet(clientHandle, ifNum, &speed) != OPENCLT_OK) {
-        LOG_ERROR("Failed to fetch the speed from openAPI");
-        textCopy(text, PORT_SPEED_SIZE, "unknown");
-        return;
-    }
-    textCopy(text, PORT_SPEED_SIZE, speed < COUNT ? texts[speed] : "");
-}
-
-uint32_t portRecordNext(const PORT_UNIT_T &unit, uint32_t index)
-{
-    if (unit.records == nullptr)
-        return 0;
-    while (index <= unit.recordCount && unit.records[index].ifNum == 0)
-        index++;
-    return index <= unit.recordCount ? index : 0;
-}
-
-static int tableFill(PORT_TABLE_T *table)
-{
-    (void)slotModelTableGet(table->clientHandle, &table->slots); // logged; all slots are empty then
-    int result = unitsRead(table);
-    if (result != RESULT_OK)
-        return result;
-    vlansRead(table);
-    if (portStatusRead(table)) {
-        statesRead(table);
-        dot1xRead(table);
-    }
-    modesRead(table);
-    portVlanIdsRead(table);
-    vlanIdsComplete(table);
-    result = membershipFill(table);
-    if (result != RESULT_OK)
-        return result;
-    fillPhyInfCounterEX(table);
-    poeRead(table);
-    modulesRead(table);
-    return shureRead(table);
-}
-
-// A unit whose model cannot be read is not in the document.
-static int unitsRead(PORT_TABLE_T *table)
-{
-    for (UNIT_WALK_T walk = unitWalkStart(table->clientHandle); walk.valid; unitWalkNext(&walk)) {
-        if (walk.unit > PORT_TABLE_UNITS)
-            continue;
-        PORT_UNIT_T *unit = &table->units[walk.unit - 1];
-        if (stackUnitMgrPreconfigModelIdGet(table->clientHandle, walk.unit, unit->model) != RESULT_OK)
-            continue;
-        int result = unitCount(table, walk.unit);
-        if (result != RESULT_OK)
-            return result;
-        unit->records = ownedArray<PORT_RECORD_T>(size_t{unit->recordCount} + 1);
-        if (unit->records == nullptr)
-            return RESULT_NO_MEMORY;
-    }
+    if (modelPhysicalPortCountGet(model, &ports) != RESULT_OK || modelPortCountGet(model, &numbers) != RESULT_OK)
+        return RESULT_FAILED;
+    unit->portCount += ports;
+    unit->recordCount += records != nullptr ? *records : numbers;
     return RESULT_OK;
 }
 
@@ -156,16 +70,22 @@ static int unitCount(PORT_TABLE_T *table, uint32_t unitNumber)
     return modelAdd(unit, unit->model, nullptr);
 }
 
-// Add what a model brings: its front ports, and its port numbers or the number of records that is given.
-static int modelAdd(PORT_UNIT_T *unit, const char *model, const uint32_t *records)
+// A unit whose model cannot be read is not in the document.
+static int unitsRead(PORT_TABLE_T *table)
 {
-    uint32_t ports = 0;
-    uint32_t numbers = 0;
-
-    if (modelPhysicalPortCountGet(model, &ports) != RESULT_OK || modelPortCountGet(model, &numbers) != RESULT_OK)
-        return RESULT_FAILED;
-    unit->portCount += ports;
-    unit->recordCount += records != nullptr ? *records : numbers;
+    for (UNIT_WALK_T walk = unitWalkStart(table->clientHandle); walk.valid; unitWalkNext(&walk)) {
+        if (walk.unit > PORT_TABLE_UNITS)
+            continue;
+        PORT_UNIT_T *unit = &table->units[walk.unit - 1];
+        if (stackUnitMgrPreconfigModelIdGet(table->clientHandle, walk.unit, unit->model) != RESULT_OK)
+            continue;
+        int result = unitCount(table, walk.unit);
+        if (result != RESULT_OK)
+            return result;
+        unit->records = ownedArray<PORT_RECORD_T>(size_t{unit->recordCount} + 1);
+        if (unit->records == nullptr)
+            return RESULT_NO_MEMORY;
+    }
     return RESULT_OK;
 }
 
@@ -223,21 +143,27 @@ static void vlanIdsComplete(PORT_TABLE_T *table)
     });
 }
 
-static int membershipFill(PORT_TABLE_T *table)
+static uint32_t modeGet(const PORT_TABLE_T *table, uint32_t ifNum)
 {
-    PORT_RECORD_T *byIfNum[IF_MAP_SIZE] = {};
+    return table->modes != nullptr && ifNum < table->modeCount ? table->modes[ifNum] : 0;
+}
 
-    table->linkCapacity = LINKS_FIRST_CAPACITY;
-    table->linkCount = 1;
-    table->links = ownedArray<VLAN_LINK_T>(table->linkCapacity);
-    if (table->links == nullptr)
-        return RESULT_NO_MEMORY;
-    portRecordsVisit(table, [&byIfNum](PORT_RECORD_T *record) {
-        if (record->ifNum < IF_MAP_SIZE)
-            byIfNum[record->ifNum] = record;
-    });
-    int result = taggedAdd(table, byIfNum);
-    return result == RESULT_OK ? accessAdd(table) : result;
+// A full list stays as it is. False without memory.
+static bool vlanAppend(PORT_TABLE_T *table, PORT_RECORD_T *record, uint32_t vlanId)
+{
+    if (record->vlanCount == PORT_VLANS_MAX)
+        return true;
+    if (table->linkCount == table->linkCapacity && !ownedArrayDouble(&table->links, &table->linkCapacity))
+        return false;
+    auto at = static_cast<uint32_t>(table->linkCount++);
+    table->links[at] = {vlanId, 0};
+    if (record->vlanCount == 0)
+        record->vlanFirst = at;
+    else
+        table->links[record->vlanLast].next = at;
+    record->vlanLast = at;
+    record->vlanCount++;
+    return true;
 }
 
 // The VLANs that a port carries tagged, in the order of the VLAN list.
@@ -278,27 +204,21 @@ static int accessAdd(PORT_TABLE_T *table)
     return complete ? RESULT_OK : RESULT_NO_MEMORY;
 }
 
-static uint32_t modeGet(const PORT_TABLE_T *table, uint32_t ifNum)
+static int membershipFill(PORT_TABLE_T *table)
 {
-    return table->modes != nullptr && ifNum < table->modeCount ? table->modes[ifNum] : 0;
-}
+    PORT_RECORD_T *byIfNum[IF_MAP_SIZE] = {};
 
-// A full list stays as it is. False without memory.
-static bool vlanAppend(PORT_TABLE_T *table, PORT_RECORD_T *record, uint32_t vlanId)
-{
-    if (record->vlanCount == PORT_VLANS_MAX)
-        return true;
-    if (table->linkCount == table->linkCapacity && !ownedArrayDouble(&table->links, &table->linkCapacity))
-        return false;
-    auto at = static_cast<uint32_t>(table->linkCount++);
-    table->links[at] = {vlanId, 0};
-    if (record->vlanCount == 0)
-        record->vlanFirst = at;
-    else
-        table->links[record->vlanLast].next = at;
-    record->vlanLast = at;
-    record->vlanCount++;
-    return true;
+    table->linkCapacity = LINKS_FIRST_CAPACITY;
+    table->linkCount = 1;
+    table->links = ownedArray<VLAN_LINK_T>(table->linkCapacity);
+    if (table->links == nullptr)
+        return RESULT_NO_MEMORY;
+    portRecordsVisit(table, [&byIfNum](PORT_RECORD_T *record) {
+        if (record->ifNum < IF_MAP_SIZE)
+            byIfNum[record->ifNum] = record;
+    });
+    int result = taggedAdd(table, byIfNum);
+    return result == RESULT_OK ? accessAdd(table) : result;
 }
 
 static void poeRead(PORT_TABLE_T *table)
@@ -320,6 +240,17 @@ static void poeRead(PORT_TABLE_T *table)
     });
 }
 
+// Optical cards give 1, all others 0. False for a slot without a model.
+static bool slotModuleTypeGet(const PORT_TABLE_T *table, const PORT_RECORD_T *record, uint32_t *type)
+{
+    const char *model = slotModelAt(&table->slots, record->unit, record->slot);
+
+    if (model[0] == '\0')
+        return false;
+    *type = modelIsSfpCard(model) ? 1 : 0;
+    return true;
+}
+
 // The modular chassis says by its cards what a port is; so does every unit after one in the stack, even if the chassis
 // lists no port.
 static void modulesRead(PORT_TABLE_T *table)
@@ -339,17 +270,6 @@ static void modulesRead(PORT_TABLE_T *table)
     });
 }
 
-// Optical cards give 1, all others 0. False for a slot without a model.
-static bool slotModuleTypeGet(const PORT_TABLE_T *table, const PORT_RECORD_T *record, uint32_t *type)
-{
-    const char *model = slotModelAt(&table->slots, record->unit, record->slot);
-
-    if (model[0] == '\0')
-        return false;
-    *type = modelIsSfpCard(model) ? 1 : 0;
-    return true;
-}
-
 // Ports that another program lists as having a Shure device; and the addresses by which vendors are found.
 static int shureRead(PORT_TABLE_T *table)
 {
@@ -366,4 +286,65 @@ static int shureRead(PORT_TABLE_T *table)
             table->shureFlags[static_cast<size_t>(element->valueint)] = true;
     }
     return RESULT_OK;
+}
+
+static int tableFill(PORT_TABLE_T *table)
+{
+    (void)slotModelTableGet(table->clientHandle, &table->slots); // logged; all slots are empty then
+    int result = unitsRead(table);
+    if (result != RESULT_OK)
+        return result;
+    vlansRead(table);
+    if (portStatusRead(table)) {
+        statesRead(table);
+        dot1xRead(table);
+    }
+    modesRead(table);
+    portVlanIdsRead(table);
+    vlanIdsComplete(table);
+    result = membershipFill(table);
+    if (result != RESULT_OK)
+        return result;
+    fillPhyInfCounterEX(table);
+    poeRead(table);
+    modulesRead(table);
+    return shureRead(table);
+}
+
+int fillPhyInfStatusFastEX(CLIENT_HANDLE_T *clientHandle, char **out)
+{
+    *out = nullptr;
+    PORT_TABLE_T table = {};
+    table.clientHandle = clientHandle;
+    int result = tableFill(&table);
+    return result == RESULT_OK ? portTablePrint(&table, out) : result;
+}
+
+void getPortLinkSpeed(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char text[PORT_SPEED_SIZE])
+{
+    static const char *const texts[] = {
+        "",           "autoNeg",     "100TX HALF",  "100TX FULL", "10T HALF",
+        "10T HALF", // the web interface knows no other text for it
+        "100FX FULL", "1000SX FULL", "2P5FX FULL",  "5FX FULL",   "10GSX FULL",  "20GSX FULL",  "25GSX FULL",
+        "40GSX FULL", "50GSX FULL",  "100GSX FULL", "155 AAL5",   "200GSX FULL", "400GSX FULL", "LAG",
+    };
+    constexpr size_t COUNT = sizeof(texts) / sizeof(texts[0]);
+    static_assert(COUNT == 20, "speed codes 0 to 19");
+    uint32_t speed = 0;
+
+    if (openapiIfSpeedGet(clientHandle, ifNum, &speed) != OPENCLT_OK) {
+        LOG_ERROR("Failed to fetch the speed from openAPI");
+        textCopy(text, PORT_SPEED_SIZE, "unknown");
+        return;
+    }
+    textCopy(text, PORT_SPEED_SIZE, speed < COUNT ? texts[speed] : "");
+}
+
+uint32_t portRecordNext(const PORT_UNIT_T &unit, uint32_t index)
+{
+    if (unit.records == nullptr)
+        return 0;
+    while (index <= unit.recordCount && unit.records[index].ifNum == 0)
+        index++;
+    return index <= unit.recordCount ? index : 0;
 }

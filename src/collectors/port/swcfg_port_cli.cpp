@@ -37,141 +37,6 @@ struct NAME_ENTRY_T {
     PORT_RECORD_T *record;
 };
 
-static bool statusRulePass(SHOW_FILE_T *show, char line[CLI_LINE_SIZE]);
-static ROW_PLACE_T rowPlace(const char *line);
-static PORT_RECORD_T *rowRecord(PORT_TABLE_T *table, ROW_COUNTER_T *counter, int unit);
-static bool statusRowStore(CLIENT_HANDLE_T *clientHandle, const char *line, const ROW_PLACE_T &place,
-                           PORT_RECORD_T *record);
-static uint32_t nameIndexMake(PORT_TABLE_T *table, OWNED_ARRAY<NAME_ENTRY_T> *index);
-static PORT_RECORD_T *nameIndexFind(const NAME_ENTRY_T *index, uint32_t count, const char *name);
-static int countersOpen(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle);
-static void ratesRead(PORT_TABLE_T *table, SHOW_FILE_T *show, char (PORT_RECORD_T::*rate)[PORT_RATE_SIZE]);
-static uint64_t trafficGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static void loadLineParse(const char *line, PORT_LOAD_T *load);
-
-bool portStatusRead(PORT_TABLE_T *table)
-{
-    SHOW_FILE_T show;
-    SHOW_REQUEST_T request = {BUILDER, "show port status all", PATH_SHOW_PORT_STATUS};
-    char line[CLI_LINE_SIZE];
-
-    request.openLine = SHOW_OPEN_SILENT; // one line for either failure
-    if (showFileRun(&show, table->clientHandle, request) != RESULT_OK) {
-        LOG_ERROR_AS(BUILDER, "can not open %s\n", show.path);
-        return false;
-    }
-    if (!statusRulePass(&show, line))
-        return true;
-    ROW_COUNTER_T counter = {};
-    while (showFileLine(&show, line, sizeof(line))) {
-        ROW_PLACE_T place = rowPlace(line);
-        if (place.count != 3)
-            break;
-        PORT_RECORD_T *record = rowRecord(table, &counter, place.unit);
-        if (record != nullptr && !statusRowStore(table->clientHandle, line, place, record))
-            break;
-    }
-    return true;
-}
-
-// Without memory every PVID is asked for later.
-void portVlanIdsRead(PORT_TABLE_T *table)
-{
-    SHOW_FILE_T show;
-    SHOW_REQUEST_T request = {BUILDER, "show vlan port all", PATH_SHOW_VLAN_PORT_PHY};
-    OWNED_ARRAY<NAME_ENTRY_T> index;
-    char line[PORT_LINE_SIZE];
-    char name[PORT_NAME_SIZE];
-    uint32_t pvid = 0;
-
-    request.openLine = SHOW_OPEN_SILENT;
-    if (showFileRun(&show, table->clientHandle, request) != RESULT_OK)
-        return;
-    uint32_t count = nameIndexMake(table, &index);
-    while (showFileLineCut(&show, line, sizeof(line))) {
-        if (!vlanPortRow(line, name, &pvid))
-            continue;
-        PORT_RECORD_T *record = nameIndexFind(index.get(), count, name);
-        if (record != nullptr)
-            record->pvid = pvid;
-    }
-}
-
-void fillPhyInfCounterEX(PORT_TABLE_T *table)
-{
-    CLIENT_HANDLE_T *clientHandle = table->clientHandle;
-    SHOW_FILE_T show;
-
-    if (countersOpen(&show, clientHandle) != RESULT_OK)
-        return;
-    ratesRead(table, &show, &PORT_RECORD_T::bandwidthDownload);
-    ratesRead(table, &show, &PORT_RECORD_T::bandwidthUpload);
-    portRecordsVisit(table, [clientHandle](PORT_RECORD_T *record) {
-        PORT_LOAD_T load;
-        (void)portStatsGetFromCli(clientHandle, record->ifNum, &load); // logged, and all zero
-        record->receivedPercent = load.receivedPercent;
-        record->transmittedPercent = load.transmittedPercent;
-        record->trafficUsage = trafficGet(clientHandle, record->ifNum);
-    });
-}
-
-int portStatsGetFromCli(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, PORT_LOAD_T *load)
-{
-    constexpr size_t LINE_SIZE = 255;
-    SHOW_FILE_T show;
-    char name[NAME_TEXT_SIZE];
-    char command[32];
-    char line[LINE_SIZE];
-
-    *load = {};
-    if (ifDisplayNameGet(clientHandle, ifNum, name) != RESULT_OK) {
-        LOG_ERROR("Failed to get interface name for port %d\n", ifNum);
-        return RESULT_OK;
-    }
-    snprintf(command, sizeof(command), "show interface %s", name);
-    SHOW_REQUEST_T request = {__func__, command, PATH_SHOW_INTERFACE};
-    request.name = SHOW_NAME_RANDOM;
-    request.openLine = SHOW_OPEN_SILENT;
-    request.run = SHOW_RUN_PLATFORM;
-    int result = showFileRun(&show, clientHandle, request);
-    if (show.platformResult != OPENCLT_OK) {
-        LOG_ERROR("Bad return code trying to execute CLI show command. (result = %d) (command = %s)\r\n",
-                  show.platformResult, command);
-        return show.platformResult;
-    }
-    if (result != RESULT_OK) {
-        LOG_ERROR("Could not open file:%s\r\n", show.path);
-        return result;
-    }
-    while (showFileLine(&show, line, sizeof(line)))
-        loadLineParse(line, load);
-    return RESULT_OK;
-}
-
-/*
- * The sixth line of the output is the port's row:
- *
- *           1         2         3         4         5         6         7         8         9
- * 123456789012345678901234567890123456789012345678901234567890123456789012345678901234567890123456
- * 1/0/1            Enable    Auto       1000 Full  Up     Enable  Enable  long   Yes      Disable
- */
-void stackCapableGet(CLIENT_HANDLE_T *clientHandle, const PORT_RECORD_T &record, char text[STACK_CAPABLE_SIZE])
-{
-    constexpr uint32_t ROW_LINE = 6;
-    constexpr size_t COLUMN = 80;
-    SHOW_FILE_T show;
-    CUT_FILE_T file;
-    char command[64];
-    char cut[CUT_SIZE] = "";
-
-    snprintf(command, sizeof(command), "show port %d/%d/%d", record.unit, record.slot, record.port);
-    SHOW_REQUEST_T request = {BUILDER, command, PATH_SHOW_STACK_CAPABLE};
-    request.openLine = SHOW_OPEN_SILENT;
-    if (showFileRun(&show, clientHandle, request) == RESULT_OK && cutFileLoad(&file, show.stream) == RESULT_OK)
-        cutColumns(&file, ROW_LINE, COLUMN, STACK_CAPABLE_SIZE - 1, cut);
-    textCopy(text, STACK_CAPABLE_SIZE, strTrimRight(cut));
-}
-
 /*
  * 0         1         2         3         4         5         6
  * 0123456789012345678901234567890123456789012345678901234567890123456789
@@ -340,4 +205,127 @@ static void loadLineParse(const char *line, PORT_LOAD_T *load)
         columnRest(line, VALUE_COLUMN, load->receivedRate, sizeof(load->receivedRate));
     else if (textBegins(line, "Transmitted Rate(Mbps)"))
         columnRest(line, VALUE_COLUMN, load->transmittedRate, sizeof(load->transmittedRate));
+}
+
+bool portStatusRead(PORT_TABLE_T *table)
+{
+    SHOW_FILE_T show;
+    SHOW_REQUEST_T request = {BUILDER, "show port status all", PATH_SHOW_PORT_STATUS};
+    char line[CLI_LINE_SIZE];
+
+    request.openLine = SHOW_OPEN_SILENT; // one line for either failure
+    if (showFileRun(&show, table->clientHandle, request) != RESULT_OK) {
+        LOG_ERROR_AS(BUILDER, "can not open %s\n", show.path);
+        return false;
+    }
+    if (!statusRulePass(&show, line))
+        return true;
+    ROW_COUNTER_T counter = {};
+    while (showFileLine(&show, line, sizeof(line))) {
+        ROW_PLACE_T place = rowPlace(line);
+        if (place.count != 3)
+            break;
+        PORT_RECORD_T *record = rowRecord(table, &counter, place.unit);
+        if (record != nullptr && !statusRowStore(table->clientHandle, line, place, record))
+            break;
+    }
+    return true;
+}
+
+// Without memory every PVID is asked for later.
+void portVlanIdsRead(PORT_TABLE_T *table)
+{
+    SHOW_FILE_T show;
+    SHOW_REQUEST_T request = {BUILDER, "show vlan port all", PATH_SHOW_VLAN_PORT_PHY};
+    OWNED_ARRAY<NAME_ENTRY_T> index;
+    char line[PORT_LINE_SIZE];
+    char name[PORT_NAME_SIZE];
+    uint32_t pvid = 0;
+
+    request.openLine = SHOW_OPEN_SILENT;
+    if (showFileRun(&show, table->clientHandle, request) != RESULT_OK)
+        return;
+    uint32_t count = nameIndexMake(table, &index);
+    while (showFileLineCut(&show, line, sizeof(line))) {
+        if (!vlanPortRow(line, name, &pvid))
+            continue;
+        PORT_RECORD_T *record = nameIndexFind(index.get(), count, name);
+        if (record != nullptr)
+            record->pvid = pvid;
+    }
+}
+
+void fillPhyInfCounterEX(PORT_TABLE_T *table)
+{
+    CLIENT_HANDLE_T *clientHandle = table->clientHandle;
+    SHOW_FILE_T show;
+
+    if (countersOpen(&show, clientHandle) != RESULT_OK)
+        return;
+    ratesRead(table, &show, &PORT_RECORD_T::bandwidthDownload);
+    ratesRead(table, &show, &PORT_RECORD_T::bandwidthUpload);
+    portRecordsVisit(table, [clientHandle](PORT_RECORD_T *record) {
+        PORT_LOAD_T load;
+        (void)portStatsGetFromCli(clientHandle, record->ifNum, &load); // logged, and all zero
+        record->receivedPercent = load.receivedPercent;
+        record->transmittedPercent = load.transmittedPercent;
+        record->trafficUsage = trafficGet(clientHandle, record->ifNum);
+    });
+}
+
+int portStatsGetFromCli(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, PORT_LOAD_T *load)
+{
+    constexpr size_t LINE_SIZE = 255;
+    SHOW_FILE_T show;
+    char name[NAME_TEXT_SIZE];
+    char command[32];
+    char line[LINE_SIZE];
+
+    *load = {};
+    if (ifDisplayNameGet(clientHandle, ifNum, name) != RESULT_OK) {
+        LOG_ERROR("Failed to get interface name for port %d\n", ifNum);
+        return RESULT_OK;
+    }
+    snprintf(command, sizeof(command), "show interface %s", name);
+    SHOW_REQUEST_T request = {__func__, command, PATH_SHOW_INTERFACE};
+    request.name = SHOW_NAME_RANDOM;
+    request.openLine = SHOW_OPEN_SILENT;
+    request.run = SHOW_RUN_PLATFORM;
+    int result = showFileRun(&show, clientHandle, request);
+    if (show.platformResult != OPENCLT_OK) {
+        LOG_ERROR("Bad return code trying to execute CLI show command. (result = %d) (command = %s)\r\n",
+                  show.platformResult, command);
+        return show.platformResult;
+    }
+    if (result != RESULT_OK) {
+        LOG_ERROR("Could not open file:%s\r\n", show.path);
+        return result;
+    }
+    while (showFileLine(&show, line, sizeof(line)))
+        loadLineParse(line, load);
+    return RESULT_OK;
+}
+
+/*
+ * The sixth line of the output is the port's row:
+ *
+ *           1         2         3         4         5         6         7         8         9
+ * 123456789012345678901234567890123456789012345678901234567890123456789012345678901234567890123456
+ * 1/0/1            Enable    Auto       1000 Full  Up     Enable  Enable  long   Yes      Disable
+ */
+void stackCapableGet(CLIENT_HANDLE_T *clientHandle, const PORT_RECORD_T &record, char text[STACK_CAPABLE_SIZE])
+{
+    constexpr uint32_t ROW_LINE = 6;
+    constexpr size_t COLUMN = 80;
+    SHOW_FILE_T show;
+    CUT_FILE_T file;
+    char command[64];
+    char cut[CUT_SIZE] = "";
+
+    snprintf(command, sizeof(command), "show port %d/%d/%d", record.unit, record.slot, record.port);
+    SHOW_REQUEST_T request = {BUILDER, command, PATH_SHOW_STACK_CAPABLE};
+    request.openLine = SHOW_OPEN_SILENT;
+    if (showFileRun(&show, clientHandle, request) == RESULT_OK && cutFileLoad(&file, show.stream) == RESULT_OK)
+        cutColumns(&file, ROW_LINE, COLUMN, STACK_CAPABLE_SIZE - 1, cut);
+    textCopy(text, STACK_CAPABLE_SIZE, strTrimRight(cut));
 }

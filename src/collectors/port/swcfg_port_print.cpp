@@ -33,48 +33,6 @@ struct SLOT_SHOWN_T {
     cJSON *fanout;
 };
 
-static void unitAdd(const PORT_TABLE_T *table, uint32_t index, cJSON *units);
-static SLOT_SHOWN_T slotAdd(const PORT_TABLE_T *table, const PORT_UNIT_T &unit, const PORT_RECORD_T &record,
-                            cJSON *slots);
-static void recordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot, const PORT_RECORD_T &record);
-static void cardRecordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot, const PORT_RECORD_T &record);
-static void subPortAdd(const PORT_TABLE_T *table, const PORT_SHOWN_T &shown, uint32_t root, cJSON *fanout);
-static void portFill(const PORT_TABLE_T *table, const PORT_SHOWN_T &shown, cJSON *object);
-static void vlansAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object);
-static void textsAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object);
-static bool shureLearns(const PORT_TABLE_T *table, const PORT_RECORD_T &record);
-static void detectAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object);
-
-int portTablePrint(const PORT_TABLE_T *table, char **out)
-{
-    OWNED_JSON root(cJSON_CreateObject());
-    cJSON *units = jsonAddArray(root.get(), "unit");
-
-    for (uint32_t i = 0; i < PORT_TABLE_UNITS; i++) {
-        if (table->units[i].portCount != 0)
-            unitAdd(table, i, units);
-    }
-    return jsonToStr(root.get(), JSON_FORMATTED, out);
-}
-
-static void unitAdd(const PORT_TABLE_T *table, uint32_t index, cJSON *units)
-{
-    const PORT_UNIT_T &unit = table->units[index];
-    cJSON *object = jsonAppendObject(units);
-    SLOT_SHOWN_T slot = {};
-
-    jsonAddNumber(object, "id", index + 1);
-    cJSON *slots = jsonAddArray(object, "slot");
-    for (uint32_t i = portRecordNext(unit, 1); i != 0; i = portRecordNext(unit, i + 1)) {
-        const PORT_RECORD_T &record = unit.records[i];
-        if (!slot.open || record.slot != slot.id)
-            slot = slotAdd(table, unit, record, slots);
-        const PORT_RECORD_T &before = unit.records[i - 1];
-        slot.previous = before.ifNum != 0 && before.slot == record.slot ? &before : nullptr;
-        recordPlace(table, slot, record);
-    }
-}
-
 static SLOT_SHOWN_T slotAdd(const PORT_TABLE_T *table, const PORT_UNIT_T &unit, const PORT_RECORD_T &record,
                             cJSON *slots)
 {
@@ -93,43 +51,45 @@ static SLOT_SHOWN_T slotAdd(const PORT_TABLE_T *table, const PORT_UNIT_T &unit, 
     return slot;
 }
 
-// A port whose number is above those of the front ports is a sub-port, shown while it is attached.
-static void recordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot, const PORT_RECORD_T &record)
+static void vlansAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
 {
-    const PORT_SHOWN_T shown = {&record, record.moduleType, record.portCapability};
-    uint32_t root = 0;
+    cJSON *array = jsonAddArray(object, "vlan");
 
-    if (slot.isFanoutCard)
-        cardRecordPlace(table, slot, record);
-    else if (record.port <= slot.unit->portCount)
-        portFill(table, shown, jsonAppendObject(slot.ports));
-    else if (record.linkState != OPENCLT_LINK_DETACHED && modelFanoutRootGet(slot.unit->model, record.port, &root) == 0)
-        subPortAdd(table, shown, root, slot.fanout);
-}
-
-// In the card, the first port of four is the front port; with the second one attached it is a sub-port as well.
-static void cardRecordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot, const PORT_RECORD_T &record)
-{
-    uint32_t root = 0;
-
-    if (record.port % PORTS_A_ROOT == 1) {
-        portFill(table, {&record, MODULE_QSFP, SPEED_40G}, jsonAppendObject(slot.ports));
+    if (!record.allVlans) {
+        for (uint32_t at = record.vlanFirst; at != 0; at = table->links[at].next)
+            jsonAppendNumber(array, table->links[at].vlanId);
         return;
     }
-    if (record.linkState == OPENCLT_LINK_DETACHED || modelFanoutRootGet(MODEL_FANOUT_CARD, record.port, &root) != 0)
-        return;
-    if (record.port % PORTS_A_ROOT == 2 && slot.previous != nullptr)
-        subPortAdd(table, {slot.previous, MODULE_SUB_PORT, SPEED_10G}, root, slot.fanout);
-    subPortAdd(table, {&record, MODULE_SUB_PORT, SPEED_10G}, root, slot.fanout);
+    for (uint32_t i = 0; table->vlans != nullptr && i < std::min(table->vlans->count, PORT_VLANS_MAX); i++)
+        jsonAppendNumber(array, table->vlans->ids[i]->vlanId);
 }
 
-static void subPortAdd(const PORT_TABLE_T *table, const PORT_SHOWN_T &shown, uint32_t root, cJSON *fanout)
+static bool shureLearns(const PORT_TABLE_T *table, const PORT_RECORD_T &record)
 {
-    cJSON *object = jsonAppendObject(fanout);
+    return record.shure && record.ifNum < SHURE_FLAGS_SIZE && table->shureFlags[record.ifNum];
+}
 
-    // Interface numbers of a slot run with its port numbers.
-    jsonAddNumber(object, "rootPortNum", 1.0 * shown.record->ifNum + root - shown.record->port);
-    portFill(table, shown, object);
+static void detectAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
+{
+    if (record.linkState != OPENCLT_LINK_UP || record.autoTrunk == 1 || table->profiles == nullptr)
+        return;
+    const char *word = portVendorWordGet(table->clientHandle, record.ifNum,
+                                         vlanSlotsFind(table->profiles.get(), record.pvid), &table->fdb);
+    if (word != nullptr)
+        jsonAddText(object, "detect", word);
+}
+
+static void textsAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
+{
+    char stackCapable[STACK_CAPABLE_SIZE];
+    stackCapableGet(table->clientHandle, record, stackCapable);
+
+    jsonAddText(object, "linkSpeed", record.linkSpeed);
+    jsonAddText(object, "stackCapable", stackCapable);
+    jsonAddNumber(object, "dot1xStatus",
+                  table->dot1xMode == PORT_DOT1X_ON ? record.dot1xStatus : PORT_DOT1X_NOT_APPLICABLE);
+    jsonAddBool(object, "shureLearn", shureLearns(table, record));
+    detectAdd(table, record, object);
 }
 
 static void portFill(const PORT_TABLE_T *table, const PORT_SHOWN_T &shown, cJSON *object)
@@ -167,43 +127,71 @@ static void portFill(const PORT_TABLE_T *table, const PORT_SHOWN_T &shown, cJSON
     textsAdd(table, record, object);
 }
 
-static void textsAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
+static void subPortAdd(const PORT_TABLE_T *table, const PORT_SHOWN_T &shown, uint32_t root, cJSON *fanout)
 {
-    char stackCapable[STACK_CAPABLE_SIZE];
-    stackCapableGet(table->clientHandle, record, stackCapable);
+    cJSON *object = jsonAppendObject(fanout);
 
-    jsonAddText(object, "linkSpeed", record.linkSpeed);
-    jsonAddText(object, "stackCapable", stackCapable);
-    jsonAddNumber(object, "dot1xStatus",
-                  table->dot1xMode == PORT_DOT1X_ON ? record.dot1xStatus : PORT_DOT1X_NOT_APPLICABLE);
-    jsonAddBool(object, "shureLearn", shureLearns(table, record));
-    detectAdd(table, record, object);
+    // Interface numbers of a slot run with its port numbers.
+    jsonAddNumber(object, "rootPortNum", 1.0 * shown.record->ifNum + root - shown.record->port);
+    portFill(table, shown, object);
 }
 
-static void vlansAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
+// In the card, the first port of four is the front port; with the second one attached it is a sub-port as well.
+static void cardRecordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot, const PORT_RECORD_T &record)
 {
-    cJSON *array = jsonAddArray(object, "vlan");
+    uint32_t root = 0;
 
-    if (!record.allVlans) {
-        for (uint32_t at = record.vlanFirst; at != 0; at = table->links[at].next)
-            jsonAppendNumber(array, table->links[at].vlanId);
+    if (record.port % PORTS_A_ROOT == 1) {
+        portFill(table, {&record, MODULE_QSFP, SPEED_40G}, jsonAppendObject(slot.ports));
         return;
     }
-    for (uint32_t i = 0; table->vlans != nullptr && i < std::min(table->vlans->count, PORT_VLANS_MAX); i++)
-        jsonAppendNumber(array, table->vlans->ids[i]->vlanId);
-}
-
-static bool shureLearns(const PORT_TABLE_T *table, const PORT_RECORD_T &record)
-{
-    return record.shure && record.ifNum < SHURE_FLAGS_SIZE && table->shureFlags[record.ifNum];
-}
-
-static void detectAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
-{
-    if (record.linkState != OPENCLT_LINK_UP || record.autoTrunk == 1 || table->profiles == nullptr)
+    if (record.linkState == OPENCLT_LINK_DETACHED || modelFanoutRootGet(MODEL_FANOUT_CARD, record.port, &root) != 0)
         return;
-    const char *word = portVendorWordGet(table->clientHandle, record.ifNum,
-                                         vlanSlotsFind(table->profiles.get(), record.pvid), &table->fdb);
-    if (word != nullptr)
-        jsonAddText(object, "detect", word);
+    if (record.port % PORTS_A_ROOT == 2 && slot.previous != nullptr)
+        subPortAdd(table, {slot.previous, MODULE_SUB_PORT, SPEED_10G}, root, slot.fanout);
+    subPortAdd(table, {&record, MODULE_SUB_PORT, SPEED_10G}, root, slot.fanout);
+}
+
+// A port whose number is above those of the front ports is a sub-port, shown while it is attached.
+static void recordPlace(const PORT_TABLE_T *table, const SLOT_SHOWN_T &slot, const PORT_RECORD_T &record)
+{
+    const PORT_SHOWN_T shown = {&record, record.moduleType, record.portCapability};
+    uint32_t root = 0;
+
+    if (slot.isFanoutCard)
+        cardRecordPlace(table, slot, record);
+    else if (record.port <= slot.unit->portCount)
+        portFill(table, shown, jsonAppendObject(slot.ports));
+    else if (record.linkState != OPENCLT_LINK_DETACHED && modelFanoutRootGet(slot.unit->model, record.port, &root) == 0)
+        subPortAdd(table, shown, root, slot.fanout);
+}
+
+static void unitAdd(const PORT_TABLE_T *table, uint32_t index, cJSON *units)
+{
+    const PORT_UNIT_T &unit = table->units[index];
+    cJSON *object = jsonAppendObject(units);
+    SLOT_SHOWN_T slot = {};
+
+    jsonAddNumber(object, "id", index + 1);
+    cJSON *slots = jsonAddArray(object, "slot");
+    for (uint32_t i = portRecordNext(unit, 1); i != 0; i = portRecordNext(unit, i + 1)) {
+        const PORT_RECORD_T &record = unit.records[i];
+        if (!slot.open || record.slot != slot.id)
+            slot = slotAdd(table, unit, record, slots);
+        const PORT_RECORD_T &before = unit.records[i - 1];
+        slot.previous = before.ifNum != 0 && before.slot == record.slot ? &before : nullptr;
+        recordPlace(table, slot, record);
+    }
+}
+
+int portTablePrint(const PORT_TABLE_T *table, char **out)
+{
+    OWNED_JSON root(cJSON_CreateObject());
+    cJSON *units = jsonAddArray(root.get(), "unit");
+
+    for (uint32_t i = 0; i < PORT_TABLE_UNITS; i++) {
+        if (table->units[i].portCount != 0)
+            unitAdd(table, i, units);
+    }
+    return jsonToStr(root.get(), JSON_FORMATTED, out);
 }

@@ -32,91 +32,6 @@ struct UNIT_MODELS_T {
     char model[SLOT_UNITS][256]; // by unit number
 };
 
-static int forwardingStateGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value);
-static int stormControlGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value);
-
-static const READ_T readStp = {rpcclt_openapiDot1SIntfModeGet, 0, "Spanning Tree Mode"};
-static const READ_T readEdge = {rpcclt_openapiDot1SIntfEdgePortModeGet, 0, "Spanning Tree Interface Edge Port Mode."};
-static const READ_T readTcnGuard = {rpcclt_openapiDot1SPortRestrictedTcnGet, 0,
-                                    "Spanning Tree Restricted TCN parameterfor an interface."};
-static const READ_T readForwarding = {forwardingStateGet, 0, "Spanning Tree Port Forwarding State."};
-static const READ_T readBpduFilter = {rpcclt_openapiDot1SIntfBPDUFilterModeGet, 0,
-                                      "Spanning Tree Interface BPDU Filter Mode."};
-static const READ_T readAutoNeg = {openapiIfAutoNegGet, 1, "auto-negotiation mode of physical interface."};
-static const READ_T readStormControl = {stormControlGet, 0, "storm control mode on an interface."};
-
-static PORT_SOURCE_T sourceOfPage(uint32_t pageIndex);
-static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context, PORT_SETTINGS_T *settings);
-static void descriptionRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char description[PORT_DESCRIPTION_SIZE]);
-static uint32_t adminStateRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static uint32_t pvidRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static uint32_t numberRead(const READ_T &read, CLIENT_HANDLE_T *clientHandle, uint32_t ifNum);
-static void unitModelsRead(CLIENT_HANDLE_T *clientHandle, UNIT_MODELS_T *models);
-static bool rowEdit(cJSON *row, const UNIT_MODELS_T *models);
-static double rootPortOf(const cJSON *row, const UNIT_MODELS_T *models);
-static uint32_t portNumberOf(const char *name);
-
-int getPortsSettings(CLIENT_HANDLE_T *clientHandle, char **out)
-{
-    UNIT_MODELS_T models = {};
-    OWNED_JSON document;
-    cJSON *row;
-
-    if (out == nullptr)
-        return RESULT_INVALID_ARGUMENT;
-    *out = nullptr;
-    int result = portRowsBuild(clientHandle, sourceOfPage(0), &document);
-    if (result != RESULT_OK)
-        return result;
-
-    unitModelsRead(clientHandle, &models);
-    cJSON_ArrayForEach(row, cJSON_GetObjectItemCaseSensitive(document.get(), "rows"))
-    {
-        if (!rowEdit(row, &models))
-            return RESULT_NO_MEMORY;
-    }
-    *out = jsonPrint(document.get(), JSON_FORMATTED);
-    return *out == nullptr ? RESULT_NO_MEMORY : RESULT_OK;
-}
-
-int getPortStatusList(CLIENT_HANDLE_T *clientHandle, uint32_t pageIndex, uint32_t, char **out)
-{
-    return portRowsPrint(clientHandle, sourceOfPage(pageIndex), out);
-}
-
-static PORT_SOURCE_T sourceOfPage(uint32_t pageIndex)
-{
-    return {CALLER, true, 0, pageIndex, nullptr, nullptr, callsSettingsRead};
-}
-
-static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *, PORT_SETTINGS_T *settings)
-{
-    CLIENT_HANDLE_T *clientHandle = list->clientHandle;
-
-    descriptionRead(clientHandle, row->ifNum, settings->description);
-    settings->adminState = adminStateRead(clientHandle, row->ifNum);
-    settings->pvid = pvidRead(clientHandle, row->ifNum);
-    settings->stp = numberRead(readStp, clientHandle, row->ifNum) != 0;
-    settings->stpEdge = numberRead(readEdge, clientHandle, row->ifNum) != 0;
-    settings->stpTcnGuard = numberRead(readTcnGuard, clientHandle, row->ifNum) != 0;
-    settings->stpFwdState = stpFwdStateText(numberRead(readForwarding, clientHandle, row->ifNum));
-    settings->stpBpduFilter = numberRead(readBpduFilter, clientHandle, row->ifNum) != 0;
-    if (row->lag)
-        return;
-    settings->autoNegotiation = portAutoNegText(numberRead(readAutoNeg, clientHandle, row->ifNum));
-    settings->stormControl = numberRead(readStormControl, clientHandle, row->ifNum) != 0;
-}
-
-static int forwardingStateGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value)
-{
-    return rpcclt_openapiDot1SIntfPortFwdStateGet(clientHandle, STP_INSTANCE, ifNum, value);
-}
-
-static int stormControlGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value)
-{
-    return rpcclt_openapiStormControlIntfModeGet(clientHandle, ifNum, STORM_BROADCAST, value);
-}
-
 static void descriptionRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char description[PORT_DESCRIPTION_SIZE])
 {
     char text[PORT_DESCRIPTION_SIZE + 1] = ""; // terminated whatever the platform writes
@@ -162,6 +77,49 @@ static uint32_t numberRead(const READ_T &read, CLIENT_HANDLE_T *clientHandle, ui
     return read.otherwise;
 }
 
+static int forwardingStateGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value)
+{
+    return rpcclt_openapiDot1SIntfPortFwdStateGet(clientHandle, STP_INSTANCE, ifNum, value);
+}
+
+static int stormControlGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value)
+{
+    return rpcclt_openapiStormControlIntfModeGet(clientHandle, ifNum, STORM_BROADCAST, value);
+}
+
+static const READ_T readStp = {rpcclt_openapiDot1SIntfModeGet, 0, "Spanning Tree Mode"};
+static const READ_T readEdge = {rpcclt_openapiDot1SIntfEdgePortModeGet, 0, "Spanning Tree Interface Edge Port Mode."};
+static const READ_T readTcnGuard = {rpcclt_openapiDot1SPortRestrictedTcnGet, 0,
+                                    "Spanning Tree Restricted TCN parameterfor an interface."};
+static const READ_T readForwarding = {forwardingStateGet, 0, "Spanning Tree Port Forwarding State."};
+static const READ_T readBpduFilter = {rpcclt_openapiDot1SIntfBPDUFilterModeGet, 0,
+                                      "Spanning Tree Interface BPDU Filter Mode."};
+static const READ_T readAutoNeg = {openapiIfAutoNegGet, 1, "auto-negotiation mode of physical interface."};
+static const READ_T readStormControl = {stormControlGet, 0, "storm control mode on an interface."};
+
+static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *, PORT_SETTINGS_T *settings)
+{
+    CLIENT_HANDLE_T *clientHandle = list->clientHandle;
+
+    descriptionRead(clientHandle, row->ifNum, settings->description);
+    settings->adminState = adminStateRead(clientHandle, row->ifNum);
+    settings->pvid = pvidRead(clientHandle, row->ifNum);
+    settings->stp = numberRead(readStp, clientHandle, row->ifNum) != 0;
+    settings->stpEdge = numberRead(readEdge, clientHandle, row->ifNum) != 0;
+    settings->stpTcnGuard = numberRead(readTcnGuard, clientHandle, row->ifNum) != 0;
+    settings->stpFwdState = stpFwdStateText(numberRead(readForwarding, clientHandle, row->ifNum));
+    settings->stpBpduFilter = numberRead(readBpduFilter, clientHandle, row->ifNum) != 0;
+    if (row->lag)
+        return;
+    settings->autoNegotiation = portAutoNegText(numberRead(readAutoNeg, clientHandle, row->ifNum));
+    settings->stormControl = numberRead(readStormControl, clientHandle, row->ifNum) != 0;
+}
+
+static PORT_SOURCE_T sourceOfPage(uint32_t pageIndex)
+{
+    return {CALLER, true, 0, pageIndex, nullptr, nullptr, callsSettingsRead};
+}
+
 static void unitModelsRead(CLIENT_HANDLE_T *clientHandle, UNIT_MODELS_T *models)
 {
     for (uint32_t unit = 1; unit < SLOT_UNITS; unit++) {
@@ -170,20 +128,19 @@ static void unitModelsRead(CLIENT_HANDLE_T *clientHandle, UNIT_MODELS_T *models)
     }
 }
 
-// False without memory.
-static bool rowEdit(cJSON *row, const UNIT_MODELS_T *models)
+// Port number of "unit/slot/port" or "slot/port"; 0 for other names.
+static uint32_t portNumberOf(const char *name)
 {
-    static const char *const live[] = {"linkState",    "stpFwdState",    "freeze",
-                                       "physicalMode", "physicalStatus", "mediaType"};
+    uint32_t first = 0, second = 0, third = 0;
 
-    for (const char *key : live)
-        cJSON_DeleteItemFromObjectCaseSensitive(row, key);
-
-    cJSON *profile = cJSON_GetObjectItemCaseSensitive(row, "profileTemplate");
-    if (cJSON_IsString(profile) && profile->valuestring[0] == '\0' && cJSON_SetValuestring(profile, "Data") == nullptr)
-        return false;
-    jsonAddNumber(row, "rootPortNum", rootPortOf(row, models));
-    return true;
+    switch (sscanf(name, "%u/%u/%u", &first, &second, &third)) {
+    case 3:
+        return third;
+    case 2:
+        return second;
+    default:
+        return 0;
+    }
 }
 
 // Interface number of the front port; -1 for a LAG and for a port that is no sub-port. Sub-ports are numbered as their
@@ -207,17 +164,46 @@ static double rootPortOf(const cJSON *row, const UNIT_MODELS_T *models)
     return static_cast<double>(root) - port + portNum->valuedouble;
 }
 
-// Port number of "unit/slot/port" or "slot/port"; 0 for other names.
-static uint32_t portNumberOf(const char *name)
+// False without memory.
+static bool rowEdit(cJSON *row, const UNIT_MODELS_T *models)
 {
-    uint32_t first = 0, second = 0, third = 0;
+    static const char *const live[] = {"linkState",    "stpFwdState",    "freeze",
+                                       "physicalMode", "physicalStatus", "mediaType"};
 
-    switch (sscanf(name, "%u/%u/%u", &first, &second, &third)) {
-    case 3:
-        return third;
-    case 2:
-        return second;
-    default:
-        return 0;
+    for (const char *key : live)
+        cJSON_DeleteItemFromObjectCaseSensitive(row, key);
+
+    cJSON *profile = cJSON_GetObjectItemCaseSensitive(row, "profileTemplate");
+    if (cJSON_IsString(profile) && profile->valuestring[0] == '\0' && cJSON_SetValuestring(profile, "Data") == nullptr)
+        return false;
+    jsonAddNumber(row, "rootPortNum", rootPortOf(row, models));
+    return true;
+}
+
+int getPortsSettings(CLIENT_HANDLE_T *clientHandle, char **out)
+{
+    UNIT_MODELS_T models = {};
+    OWNED_JSON document;
+    cJSON *row;
+
+    if (out == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *out = nullptr;
+    int result = portRowsBuild(clientHandle, sourceOfPage(0), &document);
+    if (result != RESULT_OK)
+        return result;
+
+    unitModelsRead(clientHandle, &models);
+    cJSON_ArrayForEach(row, cJSON_GetObjectItemCaseSensitive(document.get(), "rows"))
+    {
+        if (!rowEdit(row, &models))
+            return RESULT_NO_MEMORY;
     }
+    *out = jsonPrint(document.get(), JSON_FORMATTED);
+    return *out == nullptr ? RESULT_NO_MEMORY : RESULT_OK;
+}
+
+int getPortStatusList(CLIENT_HANDLE_T *clientHandle, uint32_t pageIndex, uint32_t, char **out)
+{
+    return portRowsPrint(clientHandle, sourceOfPage(pageIndex), out);
 }

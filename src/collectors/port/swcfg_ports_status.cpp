@@ -32,71 +32,6 @@ struct COMMAND_T {
     LINE_RULE rule;
 };
 
-static int statusPrepare(PORT_LIST_T *list, void *context);
-static void statusSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context,
-                               PORT_SETTINGS_T *settings);
-static void settingsDefault(STATUS_T *status);
-static void commandsRead(STATUS_T *status);
-static PORT_SETTINGS_T *settingsFind(const STATUS_T *status, const char *name);
-static PORT_SETTINGS_T *rowSettings(const STATUS_T *status, const char *line, size_t shortest, const char *titles);
-static void descriptionLine(const char *line, STATUS_T *status);
-static void portAllLine(const char *line, STATUS_T *status);
-static void advertiseLine(const char *line, STATUS_T *status);
-static void stormControlLine(const char *line, STATUS_T *status);
-static void vlanPortLine(const char *line, STATUS_T *status);
-static void spanningInterfaceLine(const char *line, STATUS_T *status);
-static void spanningSummaryLine(const char *line, STATUS_T *status);
-
-static const COMMAND_T commands[] = {
-    {"show interfaces description all", PATH_SHOW_DESCRIPTIONS, descriptionLine},
-    {"show port all", PATH_SHOW_PORT_ALL, portAllLine},
-    {"show port advertise", PATH_SHOW_ADVERTISE, advertiseLine},
-    {"show storm-control all", PATH_SHOW_STORM_CONTROL, stormControlLine},
-    {"show vlan port all", PATH_SHOW_VLAN_PORT, vlanPortLine},
-    {"show spanning-tree interface all", PATH_SHOW_STP_INTERFACE, spanningInterfaceLine},
-    {"show spanning-tree mst port summary 0 all", PATH_SHOW_STP_SUMMARY, spanningSummaryLine},
-};
-
-int getPortStatusListFast(CLIENT_HANDLE_T *clientHandle, char **out)
-{
-    STATUS_T status = {};
-
-    if (out == nullptr)
-        return RESULT_INVALID_ARGUMENT;
-    const PORT_SOURCE_T source = {__func__, false, FURTHER_ENTRIES, 1, &status, statusPrepare, statusSettingsRead};
-    return portRowsPrint(clientHandle, source, out);
-}
-
-static int statusPrepare(PORT_LIST_T *list, void *context)
-{
-    auto *status = static_cast<STATUS_T *>(context);
-
-    status->list = list;
-    status->settings = ownedArray<PORT_SETTINGS_T>(list->entries);
-    status->byName = ownedArray<uint32_t>(list->entries);
-    if (status->settings == nullptr || status->byName == nullptr)
-        return RESULT_NO_MEMORY;
-    settingsDefault(status);
-    commandsRead(status);
-    list->profiles.cache = vlanInfoSortedLoad(&list->profiles.reads);
-    return RESULT_OK;
-}
-
-// What the tables do not tell: the edge mode, and the negotiation of a detached port, which is not listed.
-static void statusSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context, PORT_SETTINGS_T *settings)
-{
-    uint32_t edge = 0, autoNeg = 1;
-
-    *settings = static_cast<STATUS_T *>(context)->settings[row->index];
-    settings->stpEdge =
-        rpcclt_openapiDot1SIntfEdgePortModeGet(list->clientHandle, row->ifNum, &edge) == OPENCLT_OK && edge != 0;
-    if (row->lag || row->linkState != OPENCLT_LINK_DETACHED)
-        return;
-    if (openapiIfAutoNegGet(list->clientHandle, row->ifNum, &autoNeg) != OPENCLT_OK)
-        autoNeg = 1;
-    settings->autoNegotiation = portAutoNegText(autoNeg);
-}
-
 static void settingsDefault(STATUS_T *status)
 {
     const INTERFACE_ENTRY_T *table = status->list->table.get();
@@ -118,23 +53,6 @@ static void settingsDefault(STATUS_T *status)
     });
 }
 
-// A command that fails, or leaves no file, leaves its settings as they are.
-static void commandsRead(STATUS_T *status)
-{
-    char line[PORT_LINE_SIZE];
-
-    for (const COMMAND_T &one : commands) {
-        SHOW_FILE_T show;
-        SHOW_REQUEST_T request = {"getPortStatusListFast", one.command, one.file};
-        request.openLine = SHOW_OPEN_SILENT;
-        if (showFileRun(&show, status->list->clientHandle, request) != RESULT_OK)
-            continue;
-        status->selected = nullptr;
-        while (showFileLineCut(&show, line, sizeof(line)))
-            one.rule(line, status);
-    }
-}
-
 static PORT_SETTINGS_T *settingsFind(const STATUS_T *status, const char *name)
 {
     const INTERFACE_ENTRY_T *table = status->list->table.get();
@@ -144,20 +62,6 @@ static PORT_SETTINGS_T *settingsFind(const STATUS_T *status, const char *name)
     });
 
     return at != end && strcmp(table[*at].name, name) == 0 ? &status->settings[*at] : nullptr;
-}
-
-// Settings of the interface that the first nine columns name; null for a short line, for a name that begins as the
-// titles and rules do, and for an unknown one.
-static PORT_SETTINGS_T *rowSettings(const STATUS_T *status, const char *line, size_t shortest, const char *titles)
-{
-    char name[PORT_NAME_SIZE];
-
-    if (strlen(line) < shortest)
-        return nullptr;
-    portNameColumn(line, name);
-    if (name[0] == '\0' || strchr(titles, name[0]) != nullptr)
-        return nullptr;
-    return settingsFind(status, name);
 }
 
 //           1         2
@@ -181,6 +85,20 @@ static void descriptionLine(const char *line, STATUS_T *status)
     PORT_SETTINGS_T *settings = settingsFind(status, name);
     if (settings != nullptr)
         textCopy(settings->description, sizeof(settings->description), description);
+}
+
+// Settings of the interface that the first nine columns name; null for a short line, for a name that begins as the
+// titles and rules do, and for an unknown one.
+static PORT_SETTINGS_T *rowSettings(const STATUS_T *status, const char *line, size_t shortest, const char *titles)
+{
+    char name[PORT_NAME_SIZE];
+
+    if (strlen(line) < shortest)
+        return nullptr;
+    portNameColumn(line, name);
+    if (name[0] == '\0' || strchr(titles, name[0]) != nullptr)
+        return nullptr;
+    return settingsFind(status, name);
 }
 
 //           1         2         3         4
@@ -316,4 +234,71 @@ static void spanningSummaryLine(const char *line, STATUS_T *status)
             return;
         }
     }
+}
+
+static const COMMAND_T commands[] = {
+    {"show interfaces description all", PATH_SHOW_DESCRIPTIONS, descriptionLine},
+    {"show port all", PATH_SHOW_PORT_ALL, portAllLine},
+    {"show port advertise", PATH_SHOW_ADVERTISE, advertiseLine},
+    {"show storm-control all", PATH_SHOW_STORM_CONTROL, stormControlLine},
+    {"show vlan port all", PATH_SHOW_VLAN_PORT, vlanPortLine},
+    {"show spanning-tree interface all", PATH_SHOW_STP_INTERFACE, spanningInterfaceLine},
+    {"show spanning-tree mst port summary 0 all", PATH_SHOW_STP_SUMMARY, spanningSummaryLine},
+};
+
+// A command that fails, or leaves no file, leaves its settings as they are.
+static void commandsRead(STATUS_T *status)
+{
+    char line[PORT_LINE_SIZE];
+
+    for (const COMMAND_T &one : commands) {
+        SHOW_FILE_T show;
+        SHOW_REQUEST_T request = {"getPortStatusListFast", one.command, one.file};
+        request.openLine = SHOW_OPEN_SILENT;
+        if (showFileRun(&show, status->list->clientHandle, request) != RESULT_OK)
+            continue;
+        status->selected = nullptr;
+        while (showFileLineCut(&show, line, sizeof(line)))
+            one.rule(line, status);
+    }
+}
+
+static int statusPrepare(PORT_LIST_T *list, void *context)
+{
+    auto *status = static_cast<STATUS_T *>(context);
+
+    status->list = list;
+    status->settings = ownedArray<PORT_SETTINGS_T>(list->entries);
+    status->byName = ownedArray<uint32_t>(list->entries);
+    if (status->settings == nullptr || status->byName == nullptr)
+        return RESULT_NO_MEMORY;
+    settingsDefault(status);
+    commandsRead(status);
+    list->profiles.cache = vlanInfoSortedLoad(&list->profiles.reads);
+    return RESULT_OK;
+}
+
+// What the tables do not tell: the edge mode, and the negotiation of a detached port, which is not listed.
+static void statusSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context, PORT_SETTINGS_T *settings)
+{
+    uint32_t edge = 0, autoNeg = 1;
+
+    *settings = static_cast<STATUS_T *>(context)->settings[row->index];
+    settings->stpEdge =
+        rpcclt_openapiDot1SIntfEdgePortModeGet(list->clientHandle, row->ifNum, &edge) == OPENCLT_OK && edge != 0;
+    if (row->lag || row->linkState != OPENCLT_LINK_DETACHED)
+        return;
+    if (openapiIfAutoNegGet(list->clientHandle, row->ifNum, &autoNeg) != OPENCLT_OK)
+        autoNeg = 1;
+    settings->autoNegotiation = portAutoNegText(autoNeg);
+}
+
+int getPortStatusListFast(CLIENT_HANDLE_T *clientHandle, char **out)
+{
+    STATUS_T status = {};
+
+    if (out == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    const PORT_SOURCE_T source = {__func__, false, FURTHER_ENTRIES, 1, &status, statusPrepare, statusSettingsRead};
+    return portRowsPrint(clientHandle, source, out);
 }

@@ -19,7 +19,21 @@
 constexpr size_t PAYLOAD_SIZE = 1023;
 constexpr size_t ESCAPED = 6;
 
-static int clockConfigCreate(const char *path);
+// Only a file that is not there is made, so one that another program writes at the same moment stays. A part-written
+// file is removed: it would never parse again.
+static int clockConfigCreate(const char *path)
+{
+    FILE *stream = fopen(path, "wxe");
+
+    if (stream == nullptr)
+        return access(path, F_OK) == 0 ? RESULT_OK : RESULT_ERROR;
+    bool written = fputs("{\"switchConfig\":{\"clock\":{\"timezone\":\"\"}}}\n", stream) >= 0;
+    if (fclose(stream) != 0 || !written) {
+        (void)remove(path); // nothing more can be done
+        return RESULT_ERROR;
+    }
+    return RESULT_OK;
+}
 
 int getDeviceTime(CLIENT_HANDLE_T *clientHandle, char *buffer, size_t size)
 {
@@ -110,22 +124,6 @@ int getSummerTime(CLIENT_HANDLE_T *clientHandle, int *rule)
             *rule = 2;
         else if (strstr(line, "(EU)") != nullptr)
             *rule = 1;
-    }
-    return RESULT_OK;
-}
-
-// Only a file that is not there is made, so one that another program writes at the same moment stays. A part-written
-// file is removed: it would never parse again.
-static int clockConfigCreate(const char *path)
-{
-    FILE *stream = fopen(path, "wxe");
-
-    if (stream == nullptr)
-        return access(path, F_OK) == 0 ? RESULT_OK : RESULT_ERROR;
-    bool written = fputs("{\"switchConfig\":{\"clock\":{\"timezone\":\"\"}}}\n", stream) >= 0;
-    if (fclose(stream) != 0 || !written) {
-        (void)remove(path); // nothing more can be done
-        return RESULT_ERROR;
     }
     return RESULT_OK;
 }

@@ -8,7 +8,21 @@
 #include "runtime/result.h"
 #include "switch/columns.h"
 
-static int protocolType(CLIENT_HANDLE_T *clientHandle);
+static int protocolType(CLIENT_HANDLE_T *clientHandle)
+{
+    uint32_t mode = 0;
+
+    if (rpcclt_openapiServicePortIPv4ProtocolModeGet(clientHandle, &mode) != OPENCLT_OK)
+        return 3;
+    switch (mode) {
+    case 3:
+        return 1;
+    case 1:
+        return 2;
+    default:
+        return 3;
+    }
+}
 
 int getSpecialInfInfo(CLIENT_HANDLE_T *clientHandle, char *buffer, size_t size)
 {
@@ -52,20 +66,4 @@ int servicePortIPv4ParametersGet(CLIENT_HANDLE_T *clientHandle, char ip[16], cha
     }
     ipv4Text(gatewayAddress, gateway);
     return RESULT_OK;
-}
-
-static int protocolType(CLIENT_HANDLE_T *clientHandle)
-{
-    uint32_t mode = 0;
-
-    if (rpcclt_openapiServicePortIPv4ProtocolModeGet(clientHandle, &mode) != OPENCLT_OK)
-        return 3;
-    switch (mode) {
-    case 3:
-        return 1;
-    case 1:
-        return 2;
-    default:
-        return 3;
-    }
 }

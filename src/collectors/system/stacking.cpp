@@ -19,13 +19,91 @@
 // Value of a labelled line of "show switch detail".
 constexpr size_t DETAIL_VALUE = 35;
 
+static bool lineHas(const char *line, size_t column, const char *text)
+{
+    return strlen(line) > column && textBegins(line + column, text);
+}
+
 static void unitAdd(CLIENT_HANDLE_T *clientHandle, const char *line, const UNIT_INFO_RECORD_T records[STACK_UNITS],
-                    const char *bootVersion, cJSON *units);
-static bool lineHas(const char *line, size_t column, const char *text);
-static void detailLineTake(const char *line, UNIT_INFO_RECORD_T *record);
-static void upTimeText(const char *value, char *out, size_t size);
-static UNIT_INFO_RECORD_T *unitRecord(UNIT_INFO_RECORD_T records[STACK_UNITS], int unit);
-static bool stackPortText(const char *line, uint32_t unit, char *out, size_t size);
+                    const char *bootVersion, cJSON *units)
+{
+    int number = columnStrtol(line, 0);
+    char model[17];
+
+    if (number < 1 || number > static_cast<int>(STACK_UNITS))
+        return;
+    const UNIT_INFO_RECORD_T &record = records[number - 1];
+    columnText(line, 26, 16, model, sizeof(model));
+
+    cJSON *unit = jsonAppendObject(units);
+    jsonAddNumber(unit, "unit", number);
+    jsonAddText(unit, "model", model);
+    jsonAddBool(unit, "management", lineHas(line, 4, "Mgmt Sw"));
+    jsonAddBool(unit, "standby", lineHas(line, 16, "Oper Stby"));
+    jsonAddBool(unit, "active", lineHas(line, 60, "OK"));
+    if (record.unit != 0) {
+        jsonAddText(unit, "fwVer", record.firmware);
+        jsonAddText(unit, "bootVer", bootVersion);
+        jsonAddText(unit, "sn", record.serialNumber);
+        jsonAddText(unit, "upTime", record.upTime);
+    }
+    cJSON *ports = jsonAddArray(unit, "stackPortList");
+    (void)getStackPortInfo(clientHandle, static_cast<uint32_t>(number), ports); // logged; the list stays empty
+}
+
+// Null for a unit that no record is kept of: its lines are passed over.
+static UNIT_INFO_RECORD_T *unitRecord(UNIT_INFO_RECORD_T records[STACK_UNITS], int unit)
+{
+    return unit >= 1 && unit <= static_cast<int>(STACK_UNITS) ? &records[unit - 1] : nullptr;
+}
+
+// "0 days 1 hrs 2 mins 3 secs" with commas; numbers that are missing are 0.
+static void upTimeText(const char *value, char *out, size_t size)
+{
+    int days = 0, hours = 0, minutes = 0, seconds = 0;
+
+    (void)sscanf(value, "%d%*s%d%*s%d%*s%d%*s", &days, &hours, &minutes, &seconds); // what is read counts
+    snprintf(out, size, "%d days, %d hrs, %d mins, %d secs", days, hours, minutes, seconds);
+}
+
+static void detailLineTake(const char *line, UNIT_INFO_RECORD_T *record)
+{
+    char value[CLI_LINE_SIZE];
+
+    columnRest(line, DETAIL_VALUE, value, sizeof(value));
+    if (textBegins(line, "Management Status"))
+        record->isManagement = strstr(value, "Management Switch") != nullptr;
+    else if (textBegins(line, "Preconfigured Model Identifier"))
+        textCopy(record->model, sizeof(record->model), value);
+    else if (textBegins(line, "Switch Status"))
+        record->statusOk = textBegins(value, "OK");
+    else if (textBegins(line, "Detected Code in Flash"))
+        textCopy(record->firmware, sizeof(record->firmware), value);
+    else if (textBegins(line, "Serial Number"))
+        textCopy(record->serialNumber, sizeof(record->serialNumber), value);
+    else if (textBegins(line, "Up Time"))
+        upTimeText(value, record->upTime, sizeof(record->upTime));
+}
+
+// "unit/slot/port", or "slot/port" of the unit of the row. False when the row names no port.
+static bool stackPortText(const char *line, uint32_t unit, char *out, size_t size)
+{
+    constexpr size_t PORT_COLUMN = 5;
+    int numbers[3];
+
+    if (strlen(line) <= PORT_COLUMN)
+        return false;
+    switch (sscanf(line + PORT_COLUMN, "%d/%d/%d", &numbers[0], &numbers[1], &numbers[2])) {
+    case 3:
+        snprintf(out, size, "%d/%d/%d", numbers[0], numbers[1], numbers[2]);
+        return true;
+    case 2:
+        snprintf(out, size, "%u/%d/%d", unit, numbers[0], numbers[1]);
+        return true;
+    default:
+        return false;
+    }
+}
 
 int get_stacking_info(CLIENT_HANDLE_T *clientHandle)
 {
@@ -144,90 +222,4 @@ int getStackPortInfo(CLIENT_HANDLE_T *clientHandle, uint32_t unit, cJSON *array)
             jsonAppendText(array, port);
     }
     return RESULT_OK;
-}
-
-static void unitAdd(CLIENT_HANDLE_T *clientHandle, const char *line, const UNIT_INFO_RECORD_T records[STACK_UNITS],
-                    const char *bootVersion, cJSON *units)
-{
-    int number = columnStrtol(line, 0);
-    char model[17];
-
-    if (number < 1 || number > static_cast<int>(STACK_UNITS))
-        return;
-    const UNIT_INFO_RECORD_T &record = records[number - 1];
-    columnText(line, 26, 16, model, sizeof(model));
-
-    cJSON *unit = jsonAppendObject(units);
-    jsonAddNumber(unit, "unit", number);
-    jsonAddText(unit, "model", model);
-    jsonAddBool(unit, "management", lineHas(line, 4, "Mgmt Sw"));
-    jsonAddBool(unit, "standby", lineHas(line, 16, "Oper Stby"));
-    jsonAddBool(unit, "active", lineHas(line, 60, "OK"));
-    if (record.unit != 0) {
-        jsonAddText(unit, "fwVer", record.firmware);
-        jsonAddText(unit, "bootVer", bootVersion);
-        jsonAddText(unit, "sn", record.serialNumber);
-        jsonAddText(unit, "upTime", record.upTime);
-    }
-    cJSON *ports = jsonAddArray(unit, "stackPortList");
-    (void)getStackPortInfo(clientHandle, static_cast<uint32_t>(number), ports); // logged; the list stays empty
-}
-
-static bool lineHas(const char *line, size_t column, const char *text)
-{
-    return strlen(line) > column && textBegins(line + column, text);
-}
-
-static void detailLineTake(const char *line, UNIT_INFO_RECORD_T *record)
-{
-    char value[CLI_LINE_SIZE];
-
-    columnRest(line, DETAIL_VALUE, value, sizeof(value));
-    if (textBegins(line, "Management Status"))
-        record->isManagement = strstr(value, "Management Switch") != nullptr;
-    else if (textBegins(line, "Preconfigured Model Identifier"))
-        textCopy(record->model, sizeof(record->model), value);
-    else if (textBegins(line, "Switch Status"))
-        record->statusOk = textBegins(value, "OK");
-    else if (textBegins(line, "Detected Code in Flash"))
-        textCopy(record->firmware, sizeof(record->firmware), value);
-    else if (textBegins(line, "Serial Number"))
-        textCopy(record->serialNumber, sizeof(record->serialNumber), value);
-    else if (textBegins(line, "Up Time"))
-        upTimeText(value, record->upTime, sizeof(record->upTime));
-}
-
-// "0 days 1 hrs 2 mins 3 secs" with commas; numbers that are missing are 0.
-static void upTimeText(const char *value, char *out, size_t size)
-{
-    int days = 0, hours = 0, minutes = 0, seconds = 0;
-
-    (void)sscanf(value, "%d%*s%d%*s%d%*s%d%*s", &days, &hours, &minutes, &seconds); // what is read counts
-    snprintf(out, size, "%d days, %d hrs, %d mins, %d secs", days, hours, minutes, seconds);
-}
-
-// Null for a unit that no record is kept of: its lines are passed over.
-static UNIT_INFO_RECORD_T *unitRecord(UNIT_INFO_RECORD_T records[STACK_UNITS], int unit)
-{
-    return unit >= 1 && unit <= static_cast<int>(STACK_UNITS) ? &records[unit - 1] : nullptr;
-}
-
-// "unit/slot/port", or "slot/port" of the unit of the row. False when the row names no port.
-static bool stackPortText(const char *line, uint32_t unit, char *out, size_t size)
-{
-    constexpr size_t PORT_COLUMN = 5;
-    int numbers[3];
-
-    if (strlen(line) <= PORT_COLUMN)
-        return false;
-    switch (sscanf(line + PORT_COLUMN, "%d/%d/%d", &numbers[0], &numbers[1], &numbers[2])) {
-    case 3:
-        snprintf(out, size, "%d/%d/%d", numbers[0], numbers[1], numbers[2]);
-        return true;
-    case 2:
-        snprintf(out, size, "%u/%d/%d", unit, numbers[0], numbers[1]);
-        return true;
-    default:
-        return false;
-    }
 }
