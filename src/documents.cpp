@@ -44,16 +44,21 @@ static constexpr DOCUMENT_T table[] = {
     // at the start only
     document("profile", "profile", BUILDER(profileTemplateBuild, 30720), IN_NO_CYCLE)
         .atStart(2)
-        .says(nullptr, "ProfileTemplateGet failed", "ProfileTemplateGet"),
+        .failing("ProfileTemplateGet failed")
+        .missing("ProfileTemplateGet"),
     document("imageInfo", "imageInfo", BUILDER(getImageInfo, 4096), IN_NO_CYCLE).atStart(3),
     document("swcfg_ports_settings", "swcfg_ports_settings", BUILDER(getPortsSettings), IN_NO_CYCLE).atStart(6),
     document("port_hardware_info", "portHardwareInfo", BUILDER(portHardwareInfoBuild), IN_NO_CYCLE).atStart(7),
 
     // in a cycle, in this order
     direct("portStats_outbound_ex", "OutPortStatisticsEx", BUILDER(portStatsOutboundGet), EVERY_CYCLE)
-        .says("get_port_outbound_statistics_ex", "Failed,", "pioBuildList"),
+        .loggedBy("get_port_outbound_statistics_ex")
+        .failing("Failed,")
+        .missing("pioBuildList"),
     direct("portStats_inbound_ex", "InPortStatisticsEx", BUILDER(portStatsInboundGet), EVERY_CYCLE)
-        .says("get_port_inbound_statistics_ex", "Failed,", "pioBuildList"),
+        .loggedBy("get_port_inbound_statistics_ex")
+        .failing("Failed,")
+        .missing("pioBuildList"),
     document("radius_port_config", "radius_port_config", BUILDER(getPortAuthConfigJson), everyCycles(6, 2)),
     document("neighbor_ex", "lldpRemoteDevice", BUILDER(neighborListExChunkedPush), everyCycles(2, 0))
         .inChunks(CHUNK_NEIGHBORS),
@@ -72,7 +77,7 @@ static constexpr DOCUMENT_T table[] = {
     document("fiberOptics", "fiberOptics", BUILDER(fiberOpticsGet), ON_REQUEST)
         .atStart(8)
         .with(ROW_EMPTY_OK)
-        .says("wb_fiber_optics", nullptr, nullptr),
+        .loggedBy("wb_fiber_optics"),
     document("sw_ptp_cfg", "switchPtpCfg", BUILDER(switchPtpModeGet), everyCycles(6, 2)),
     document("sw_auto_trunk_cfg", "switchConfigAutoTrunk", BUILDER(switchTrunkModeGet), everyCycles(2, 1)),
     document("sw_portmirroring", "devicePortMirroring", BUILDER(getPortMirroring), everyCycles(6, 1)),
@@ -83,7 +88,8 @@ static constexpr DOCUMENT_T table[] = {
     document("scheduleList", "poeSchedule", BUILDER(getPoeScheduleAllJson), everyCycles(6, 3)),
     document("swcfg_poe", "poePortConfig", BUILDER(getPortsPoeJson), EVERY_CYCLE),
     direct("swcfg_poe_info", "poeInfo", BUILDER(gePoeInfoJson), EVERY_CYCLE)
-        .says("get_poe_info", "Failed to get POE info,", nullptr),
+        .loggedBy("get_poe_info")
+        .failing("Failed to get POE info,"),
     document("radius_config", "radiusConfig", BUILDER(getRadiusServerJson, 8192), everyCycles(6, 1))
         .with(ROW_SHARED_BUFFER | ROW_ALLOC_SILENT),
     document("logging", "loggingCfg", BUILDER(getLogConfigJson, 4096), everyCycles(6, 5)).with(ROW_SHARED_BUFFER),
@@ -92,9 +98,10 @@ static constexpr DOCUMENT_T table[] = {
     // only when somebody asks for it
     document("vlan_list", "switchConfigVlan", BUILDER(switchConfigVlanList), IN_NO_CYCLE),
     document("swcfg_port", "switchPortConfig", BUILDER(fillPhyInfStatusFastEX), IN_NO_CYCLE)
-        .says(nullptr, "getPhyInfAllStatusFast failed", "getPhyInfAllStatusFast"),
+        .failing("getPhyInfAllStatusFast failed")
+        .missing("getPhyInfAllStatusFast"),
     document("swcfg_ports_status", "swcfg_ports_status", BUILDER(getPortStatusListFast), IN_NO_CYCLE)
-        .says(nullptr, "getPortStatusList failed", nullptr),
+        .failing("getPortStatusList failed"),
     document("sw_lag_cfg", "switchConfigLagGroup", BUILDER(getLagInfoList), IN_NO_CYCLE),
 };
 static_assert(std::size(table) <= DOCUMENTS_MAX, "rows beyond are left out");

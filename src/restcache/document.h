@@ -93,9 +93,9 @@ enum CHUNK_KIND : int {
 
 // Words of a row's log lines; null for the rule.
 struct ROW_WORDS_T {
-    const char *caller;    // who logs: "wb_" and the name
-    const char *failed;    // the failure: the builder's name and "failed"
-    const char *notLinked; // which builder is missing: the builder's name
+    const char *caller;    // loggedBy(): "wb_" and the name
+    const char *failed;    // failing(): the builder's name and "failed"
+    const char *notLinked; // missing(): the builder's name
 };
 
 struct DOCUMENT_T {
@@ -111,19 +111,39 @@ struct DOCUMENT_T {
 
     [[nodiscard]] constexpr DOCUMENT_T atStart(unsigned place) const
     {
-        return {name, payloadKey, builder, due, isDirect, place, flags, chunks, words};
+        DOCUMENT_T row = *this;
+        row.start = place;
+        return row;
     }
     [[nodiscard]] constexpr DOCUMENT_T with(unsigned added) const
     {
-        return {name, payloadKey, builder, due, isDirect, start, flags | added, chunks, words};
+        DOCUMENT_T row = *this;
+        row.flags |= added;
+        return row;
     }
-    [[nodiscard]] constexpr DOCUMENT_T inChunks(CHUNK_KIND inKind) const
+    [[nodiscard]] constexpr DOCUMENT_T inChunks(CHUNK_KIND kind) const
     {
-        return {name, payloadKey, builder, due, isDirect, start, flags, inKind, words};
+        DOCUMENT_T row = *this;
+        row.chunks = kind;
+        return row;
     }
-    [[nodiscard]] constexpr DOCUMENT_T says(const char *caller, const char *failed, const char *notLinked) const
+    [[nodiscard]] constexpr DOCUMENT_T loggedBy(const char *caller) const
     {
-        return {name, payloadKey, builder, due, isDirect, start, flags, chunks, {caller, failed, notLinked}};
+        DOCUMENT_T row = *this;
+        row.words.caller = caller;
+        return row;
+    }
+    [[nodiscard]] constexpr DOCUMENT_T failing(const char *text) const
+    {
+        DOCUMENT_T row = *this;
+        row.words.failed = text;
+        return row;
+    }
+    [[nodiscard]] constexpr DOCUMENT_T missing(const char *builderName) const
+    {
+        DOCUMENT_T row = *this;
+        row.words.notLinked = builderName;
+        return row;
     }
 };
 

@@ -13,8 +13,8 @@ static const struct EXPECTED_T {
     const char *lockName, *caller, *failed, *notLinked;
 } expected[] = {
     {document("text", "key", BUILDER(fakeText), IN_NO_CYCLE), "text", "wb_text", "fakeText failed", "fakeText"},
-    {document("words", "key", BUILDER(fakeText), IN_NO_CYCLE).says("wb_w", "it failed", "it"), "words", "wb_w",
-     "it failed", "it"},
+    {document("words", "key", BUILDER(fakeText), IN_NO_CYCLE).loggedBy("wb_w").failing("it failed").missing("it"),
+     "words", "wb_w", "it failed", "it"},
     {document("a/list", "key", BUILDER(fakeText), IN_NO_CYCLE).with(ROW_NO_PAYLOAD_OK), "a_list", "wb_a_list",
      "fakeText failed", "fakeText"},
     {document("empty", "key", BUILDER(fakeText), IN_NO_CYCLE).with(ROW_EMPTY_OK), "empty", "wb_empty",
@@ -33,8 +33,8 @@ static const struct EXPECTED_T {
      "silent", "wb_silent", "fakeBuffer failed", "fakeBuffer"},
     {document("records", "key", BUILDER(fakeWrites), IN_NO_CYCLE), "records", "wb_records", "fakeWrites failed",
      "fakeWrites"},
-    {direct("direct", "key", BUILDER(fakeText), EVERY_CYCLE).says("get_it", "Failed,", "list"), "", "get_it", "Failed,",
-     "list"},
+    {direct("direct", "key", BUILDER(fakeText), EVERY_CYCLE).loggedBy("get_it").failing("Failed,").missing("list"), "",
+     "get_it", "Failed,", "list"},
     {direct("own", "key", BUILDER(fakeWrites), EVERY_CYCLE), "", "", "", "fakeWrites"},
 };
 
