@@ -25,11 +25,86 @@ struct MEASURED_T {
 
 extern "C" void benchMeasured(const BODY_T *body);
 
-static bool formattedPayload(const BUILDER_T &builder);
-static std::vector<MEASURED_T> measuredList();
-static void measure(const char *name, const char *what, const BODY_T &body);
-static bool floorsRun(const MEASURED_T &one);
-static bool cycleMeasure(const std::vector<MEASURED_T> &list);
+// A builder that writes its own records is taken to print the shorter form.
+static bool formattedPayload(const BUILDER_T &builder)
+{
+    static char buffer[65536];
+    char *text = nullptr;
+
+    if (builder.kind == BUILDER_TEXT) {
+        (void)builder.text(monitorClientHandle(), &text); // no text: no line ends either
+        OWNED_TEXT owned(text);
+        return text != nullptr && strchr(text, '\n') != nullptr;
+    }
+    if (builder.kind == BUILDER_BUFFER) {
+        memset(buffer, 0, sizeof(buffer));
+        (void)builder.buffer(monitorClientHandle(), buffer, sizeof(buffer)); // likewise
+        return strchr(buffer, '\n') != nullptr;
+    }
+    return builder.kind == BUILDER_OBJECT;
+}
+
+// Every document, warm: which records it stores is seen by taking them away.
+static std::vector<MEASURED_T> measuredList()
+{
+    std::vector<MEASURED_T> list;
+    RECORDS_T all;
+
+    for (int warm = 0; warm < 3; warm++) {
+        for (const DOCUMENT_T &document : documentsListed())
+            documentRun(document);
+    }
+    all = recordsRead();
+    for (const DOCUMENT_T &document : documentsListed()) {
+        recordsWrite({});
+        documentRun(document);
+        list.push_back({document, {}});
+        for (const auto &[name, text] : recordsRead()) {
+            FLOOR_T floor;
+            if (floorPrepare(name, text, formattedPayload(document.builder), &floor))
+                list.back().floors.push_back(std::move(floor));
+        }
+    }
+    recordsWrite(all);
+    return list;
+}
+
+static void measure(const char *name, const char *what, const BODY_T &body)
+{
+    body(); // what only a first run costs stays out
+    printf("%s %s\n", name, what);
+    fflush(stdout);
+    benchMeasured(&body);
+}
+
+static bool floorsRun(const MEASURED_T &one)
+{
+    bool good = true;
+
+    for (const FLOOR_T &floor : one.floors)
+        good &= floorRun(floor, PathGet(PATH_REST_DB));
+    return good;
+}
+
+// All rows of a cycle, whether due in the same one or not; nothing has changed.
+static bool cycleMeasure(const std::vector<MEASURED_T> &list)
+{
+    bool good = true;
+
+    measure("cycle", "cost", [&list] {
+        for (const MEASURED_T &one : list) {
+            if (documentIsInCycle(one.document))
+                documentRun(one.document);
+        }
+    });
+    measure("cycle", "floor", [&list, &good] {
+        for (const MEASURED_T &one : list) {
+            if (documentIsInCycle(one.document))
+                good &= floorsRun(one);
+        }
+    });
+    return good;
+}
 
 int main(int argc, char **argv)
 {
@@ -61,85 +136,4 @@ int main(int argc, char **argv)
 extern "C" __attribute__((noinline)) void benchMeasured(const BODY_T *body)
 {
     (*body)();
-}
-
-// All rows of a cycle, whether due in the same one or not; nothing has changed.
-static bool cycleMeasure(const std::vector<MEASURED_T> &list)
-{
-    bool good = true;
-
-    measure("cycle", "cost", [&list] {
-        for (const MEASURED_T &one : list) {
-            if (documentIsInCycle(one.document))
-                documentRun(one.document);
-        }
-    });
-    measure("cycle", "floor", [&list, &good] {
-        for (const MEASURED_T &one : list) {
-            if (documentIsInCycle(one.document))
-                good &= floorsRun(one);
-        }
-    });
-    return good;
-}
-
-// Every document, warm: which records it stores is seen by taking them away.
-static std::vector<MEASURED_T> measuredList()
-{
-    std::vector<MEASURED_T> list;
-    RECORDS_T all;
-
-    for (int warm = 0; warm < 3; warm++) {
-        for (const DOCUMENT_T &document : documentsListed())
-            documentRun(document);
-    }
-    all = recordsRead();
-    for (const DOCUMENT_T &document : documentsListed()) {
-        recordsWrite({});
-        documentRun(document);
-        list.push_back({document, {}});
-        for (const auto &[name, text] : recordsRead()) {
-            FLOOR_T floor;
-            if (floorPrepare(name, text, formattedPayload(document.builder), &floor))
-                list.back().floors.push_back(std::move(floor));
-        }
-    }
-    recordsWrite(all);
-    return list;
-}
-
-// A builder that writes its own records is taken to print the shorter form.
-static bool formattedPayload(const BUILDER_T &builder)
-{
-    static char buffer[65536];
-    char *text = nullptr;
-
-    if (builder.kind == BUILDER_TEXT) {
-        (void)builder.text(monitorClientHandle(), &text); // no text: no line ends either
-        OWNED_TEXT owned(text);
-        return text != nullptr && strchr(text, '\n') != nullptr;
-    }
-    if (builder.kind == BUILDER_BUFFER) {
-        memset(buffer, 0, sizeof(buffer));
-        (void)builder.buffer(monitorClientHandle(), buffer, sizeof(buffer)); // likewise
-        return strchr(buffer, '\n') != nullptr;
-    }
-    return builder.kind == BUILDER_OBJECT;
-}
-
-static void measure(const char *name, const char *what, const BODY_T &body)
-{
-    body(); // what only a first run costs stays out
-    printf("%s %s\n", name, what);
-    fflush(stdout);
-    benchMeasured(&body);
-}
-
-static bool floorsRun(const MEASURED_T &one)
-{
-    bool good = true;
-
-    for (const FLOOR_T &floor : one.floors)
-        good &= floorRun(floor, PathGet(PATH_REST_DB));
-    return good;
 }

@@ -21,9 +21,6 @@ struct ASKED_T {
 
 static unsigned processes;
 
-static void documentCount(const DOCUMENT_T &document);
-static void observe(void *context, const char *name, const char *key, bool isCommand);
-
 extern "C" {
 int __real_system(const char *command);
 FILE *__real_popen(const char *command, const char *mode);
@@ -57,24 +54,14 @@ int __wrap_posix_spawn(pid_t *pid, const char *path, const posix_spawn_file_acti
 }
 }
 
-int main(int argc, char **argv)
+static void observe(void *context, const char *name, const char *, bool isCommand)
 {
-    if (argc != 2) {
-        fputs("usage: counts SCENARIO\n", stderr);
-        return 2;
-    }
-    allocInstall();
-    documentsRegister();
-    std::string root = scenarioBegin(argv[1]);
-    if (root.empty())
-        return 2;
-    for (const DOCUMENT_T &document : documentsListed()) {
-        for (int warm = 0; warm < 3; warm++) // what only the first runs ask stays out
-            documentRun(document);
-        documentCount(document);
-    }
-    rootRemove(root);
-    return 0;
+    auto *asked = static_cast<ASKED_T *>(context);
+
+    if (isCommand)
+        asked->commands.emplace_back(name);
+    else
+        asked->calls++;
 }
 
 static void documentCount(const DOCUMENT_T &document)
@@ -94,12 +81,22 @@ static void documentCount(const DOCUMENT_T &document)
            static_cast<long long>(allocCount()), processes - processesBefore);
 }
 
-static void observe(void *context, const char *name, const char *, bool isCommand)
+int main(int argc, char **argv)
 {
-    auto *asked = static_cast<ASKED_T *>(context);
-
-    if (isCommand)
-        asked->commands.emplace_back(name);
-    else
-        asked->calls++;
+    if (argc != 2) {
+        fputs("usage: counts SCENARIO\n", stderr);
+        return 2;
+    }
+    allocInstall();
+    documentsRegister();
+    std::string root = scenarioBegin(argv[1]);
+    if (root.empty())
+        return 2;
+    for (const DOCUMENT_T &document : documentsListed()) {
+        for (int warm = 0; warm < 3; warm++) // what only the first runs ask stays out
+            documentRun(document);
+        documentCount(document);
+    }
+    rootRemove(root);
+    return 0;
 }

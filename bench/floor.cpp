@@ -5,45 +5,6 @@
 
 #include <cstring>
 
-static OWNED_TEXT documentPrint(const FLOOR_T &document);
-static cJSON *treeBuild(const cJSON *ready);
-static OWNED_TEXT envelopePrint(const char *key, const char *payload);
-static bool recordSame(const char *database, const char *name, const char *text);
-
-bool floorPrepare(const std::string &name, const std::string &text, bool formatted, FLOOR_T *document)
-{
-    OWNED_JSON tree(cJSON_Parse(text.c_str()));
-
-    if (tree == nullptr || tree->child == nullptr || strcmp(tree->child->string, "resp") == 0)
-        return false;
-    document->name = name;
-    document->text = text;
-    document->key = tree->child->string;
-    document->payload.reset(cJSON_DetachItemViaPointer(tree.get(), tree->child));
-    document->formatted = formatted;
-    document->enveloped = true;
-    document->enveloped = documentPrint(*document).get() == text;
-    if (!document->enveloped)
-        document->payload.reset(cJSON_Parse(text.c_str()));
-    return true;
-}
-
-bool floorRun(const FLOOR_T &document, const char *database)
-{
-    OWNED_TEXT text = documentPrint(document);
-
-    return recordSame(database, document.name.c_str(), document.enveloped ? text.get() : document.text.c_str());
-}
-
-static OWNED_TEXT documentPrint(const FLOOR_T &document)
-{
-    OWNED_JSON tree(treeBuild(document.payload.get()));
-    OWNED_TEXT payload(document.formatted ? cJSON_Print(tree.get()) : cJSON_PrintUnformatted(tree.get()));
-
-    tree.reset();
-    return document.enveloped ? envelopePrint(document.key.c_str(), payload.get()) : std::move(payload);
-}
-
 static cJSON *treeBuild(const cJSON *ready)
 {
     switch (ready->type & 0xFF) {
@@ -82,6 +43,33 @@ static OWNED_TEXT envelopePrint(const char *key, const char *payload)
     return OWNED_TEXT(cJSON_Print(root.get()));
 }
 
+static OWNED_TEXT documentPrint(const FLOOR_T &document)
+{
+    OWNED_JSON tree(treeBuild(document.payload.get()));
+    OWNED_TEXT payload(document.formatted ? cJSON_Print(tree.get()) : cJSON_PrintUnformatted(tree.get()));
+
+    tree.reset();
+    return document.enveloped ? envelopePrint(document.key.c_str(), payload.get()) : std::move(payload);
+}
+
+bool floorPrepare(const std::string &name, const std::string &text, bool formatted, FLOOR_T *document)
+{
+    OWNED_JSON tree(cJSON_Parse(text.c_str()));
+
+    if (tree == nullptr || tree->child == nullptr || strcmp(tree->child->string, "resp") == 0)
+        return false;
+    document->name = name;
+    document->text = text;
+    document->key = tree->child->string;
+    document->payload.reset(cJSON_DetachItemViaPointer(tree.get(), tree->child));
+    document->formatted = formatted;
+    document->enveloped = true;
+    document->enveloped = documentPrint(*document).get() == text;
+    if (!document->enveloped)
+        document->payload.reset(cJSON_Parse(text.c_str()));
+    return true;
+}
+
 static bool recordSame(const char *database, const char *name, const char *text)
 {
     sqlite3 *opened = nullptr;
@@ -100,4 +88,11 @@ static bool recordSame(const char *database, const char *name, const char *text)
     const void *stored = sqlite3_column_text(prepared, 0);
     size_t length = static_cast<size_t>(sqlite3_column_bytes(prepared, 0));
     return length == strlen(text) && memcmp(stored, text, length) == 0;
+}
+
+bool floorRun(const FLOOR_T &document, const char *database)
+{
+    OWNED_TEXT text = documentPrint(document);
+
+    return recordSame(database, document.name.c_str(), document.enveloped ? text.get() : document.text.c_str());
 }

@@ -26,12 +26,73 @@ constexpr int RUNS = 15;
 
 static double platformMicroseconds; // in show commands, so far
 
-static void documentTime(const DOCUMENT_T &document, const std::string &folder);
-static void timesPrint(const std::string &name, const std::function<void()> &body);
-static void handling(const std::set<std::string> &commands, const std::string &name, const std::string &text);
-static void textKeep(const std::string &command, const std::string &folder);
-static void observe(void *context, const char *name, const char *key, bool isCommand);
-static double processorMicroseconds();
+static void observe(void *context, const char *name, const char *, bool isCommand)
+{
+    if (isCommand)
+        static_cast<std::set<std::string> *>(context)->insert(name);
+}
+
+static void textKeep(const std::string &command, const std::string &folder)
+{
+    std::string file = command, text = vsShowText(command);
+
+    std::replace(file.begin(), file.end(), ' ', '_');
+    std::replace(file.begin(), file.end(), '/', '-');
+    textWrite(folder + "/" + file, text);
+    vsTextSet(command, text);
+}
+
+static double processorMicroseconds()
+{
+    struct timespec now;
+
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now); // cannot fail
+    return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
+}
+
+static void timesPrint(const std::string &name, const std::function<void()> &body)
+{
+    for (int run = 0; run < RUNS; run++) {
+        recordsDelete({name}); // so that each run stores
+        double begin = processorMicroseconds() - platformMicroseconds;
+        body();
+        printf(" %.0f", processorMicroseconds() - platformMicroseconds - begin);
+    }
+}
+
+static void handling(const std::set<std::string> &commands, const std::string &name, const std::string &text)
+{
+    char line[CLI_LINE_SIZE];
+
+    for (const std::string &command : commands) {
+        SHOW_FILE_T show;
+        const SHOW_REQUEST_T request = {__func__, command.c_str(), PATH_SHOW_SLOT};
+        if (showFileRun(&show, monitorClientHandle(), request) != 0)
+            exit(2);
+        while (showFileLine(&show, line, sizeof(line))) {
+        }
+    }
+    if (restapi_db_operation(REST_DB_WRITE, name.c_str(), text.c_str()) != SQLITE_DONE)
+        exit(2);
+}
+
+static void documentTime(const DOCUMENT_T &document, const std::string &folder)
+{
+    std::set<std::string> commands;
+
+    vsObserverSet(observe, &commands);
+    documentRun(document);
+    vsObserverSet(nullptr, nullptr);
+    for (const std::string &command : commands)
+        textKeep(command, folder);
+    const std::string text = recordsRead()[document.name];
+    timesPrint(document.name, [&document] { documentRun(document); });
+    putchar('|');
+    timesPrint(document.name, [&] { handling(commands, document.name, text); });
+    for (const std::string &command : commands)
+        printf("|%s", command.c_str());
+    putchar('\n');
+}
 
 int main(int argc, char **argv)
 {
@@ -61,72 +122,4 @@ int rpcclt_openapiCliShowExecuteToFile(openclt_handle_t *handle, openclt_buffer_
 
     platformMicroseconds += processorMicroseconds() - begin;
     return result;
-}
-
-static void documentTime(const DOCUMENT_T &document, const std::string &folder)
-{
-    std::set<std::string> commands;
-
-    vsObserverSet(observe, &commands);
-    documentRun(document);
-    vsObserverSet(nullptr, nullptr);
-    for (const std::string &command : commands)
-        textKeep(command, folder);
-    const std::string text = recordsRead()[document.name];
-    timesPrint(document.name, [&document] { documentRun(document); });
-    putchar('|');
-    timesPrint(document.name, [&] { handling(commands, document.name, text); });
-    for (const std::string &command : commands)
-        printf("|%s", command.c_str());
-    putchar('\n');
-}
-
-static void timesPrint(const std::string &name, const std::function<void()> &body)
-{
-    for (int run = 0; run < RUNS; run++) {
-        recordsDelete({name}); // so that each run stores
-        double begin = processorMicroseconds() - platformMicroseconds;
-        body();
-        printf(" %.0f", processorMicroseconds() - platformMicroseconds - begin);
-    }
-}
-
-static void handling(const std::set<std::string> &commands, const std::string &name, const std::string &text)
-{
-    char line[CLI_LINE_SIZE];
-
-    for (const std::string &command : commands) {
-        SHOW_FILE_T show;
-        const SHOW_REQUEST_T request = {__func__, command.c_str(), PATH_SHOW_SLOT};
-        if (showFileRun(&show, monitorClientHandle(), request) != 0)
-            exit(2);
-        while (showFileLine(&show, line, sizeof(line))) {
-        }
-    }
-    if (restapi_db_operation(REST_DB_WRITE, name.c_str(), text.c_str()) != SQLITE_DONE)
-        exit(2);
-}
-
-static void textKeep(const std::string &command, const std::string &folder)
-{
-    std::string file = command, text = vsShowText(command);
-
-    std::replace(file.begin(), file.end(), ' ', '_');
-    std::replace(file.begin(), file.end(), '/', '-');
-    textWrite(folder + "/" + file, text);
-    vsTextSet(command, text);
-}
-
-static void observe(void *context, const char *name, const char *, bool isCommand)
-{
-    if (isCommand)
-        static_cast<std::set<std::string> *>(context)->insert(name);
-}
-
-static double processorMicroseconds()
-{
-    struct timespec now;
-
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now); // cannot fail
-    return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
 }

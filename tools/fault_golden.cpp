@@ -28,88 +28,13 @@ struct OUTCOME_T {
     std::vector<SAID_T> said;
 };
 
-static std::string documentText(const DOCUMENT_T &document, const RECORDS_T &clean);
-static LOG_T cleanRun(const DOCUMENT_T &document, std::vector<std::string> *own);
-static std::vector<CASE_T> casesOf(const DOCUMENT_T &document);
-static std::string likeness(const CASE_T &one);
-static OUTCOME_T *outcomeOf(const LINES_T &document, std::vector<OUTCOME_T> *outcomes);
-static void caseAdd(const CASE_T &one, const LINES_T &logged, OUTCOME_T *outcome);
-static std::string outcomeText(const OUTCOME_T &outcome);
-static LINES_T recordsDifference(const std::string &document, const RECORDS_T &was, const RECORDS_T &now);
-static LOG_T logTake();
-static size_t stampAfter(const std::string &line);
-static std::string logLine(const std::string &raw);
-static LINES_T logDifference(const LOG_T &was, const LOG_T &now);
-
-RECORDS_T faultTexts(const NAMES_T &only)
+static std::string likeness(const CASE_T &one)
 {
-    RECORDS_T clean = recordsRead();
-    RECORDS_T texts;
-
-    textWrite(PathGet(PATH_LOG_LEVEL), std::to_string(LOG_LEVEL_DEBUG));
-    for (const DOCUMENT_T &document : documentsListed()) {
-        if (only.empty() || only.count(document.name) != 0)
-            texts[document.name] = documentText(document, clean);
+    for (PATH_ID folder : {PATH_TEMPLATE_DIR, PATH_EXPORT_DIR}) {
+        if (one.file.rfind(PathGet(folder), 0) == 0)
+            return PathGet(folder);
     }
-    return texts;
-}
-
-static std::string documentText(const DOCUMENT_T &document, const RECORDS_T &clean)
-{
-    std::vector<CASE_T> cases = casesOf(document);
-    std::vector<OUTCOME_T> outcomes;
-    OUTCOME_T none = {{"no difference"}, {}};
-    std::vector<std::string> own; // deleted before each run: what is not stored then shall not be the old record
-    LOG_T cleanLog = cleanRun(document, &own);
-
-    RECORDS_T begin = clean;
-    for (const std::string &name : own)
-        begin.erase(name);
-    recordsWrite(begin);
-    for (const CASE_T &one : cases) {
-        coldBegin();
-        (void)logTake();
-        caseRun(one, document);
-        LINES_T changed = recordsDifference(document.name, clean, recordsRead());
-        LINES_T logged = logDifference(cleanLog, logTake());
-        if (!changed.empty())
-            caseAdd(one, logged, outcomeOf(changed, &outcomes));
-        else if (!logged.empty() || one.file.empty())
-            caseAdd(one, logged, &none);
-        recordsDelete(own);
-        if (recordsRead() != begin)
-            recordsWrite(begin);
-    }
-    recordsWrite(clean);
-    std::string text;
-    if (!cleanLog.order.empty())
-        text = outcomeText({{"no fault"}, {{logDifference({}, cleanLog), {}}}});
-    outcomes.push_back(none);
-    for (const OUTCOME_T &outcome : outcomes)
-        text += outcomeText(outcome);
-    return text;
-}
-
-// What the document logs when nothing fails, and the records that it writes then.
-static LOG_T cleanRun(const DOCUMENT_T &document, std::vector<std::string> *own)
-{
-    recordsWrite({});
-    coldBegin();
-    (void)logTake();
-    documentRun(document);
-    for (const auto &[name, text] : recordsRead())
-        own->push_back(name);
-    return logTake();
-}
-
-static OUTCOME_T *outcomeOf(const LINES_T &document, std::vector<OUTCOME_T> *outcomes)
-{
-    for (OUTCOME_T &outcome : *outcomes) {
-        if (outcome.document == document)
-            return &outcome;
-    }
-    outcomes->push_back({document, {}});
-    return &outcomes->back();
+    return one.file.empty() ? withoutNumbers(one.subject) : one.file;
 }
 
 // Of commands that differ in numbers only, and of files that are all of a kind, the first and the last.
@@ -131,89 +56,6 @@ static std::vector<CASE_T> casesOf(const DOCUMENT_T &document)
             cases.push_back(one);
     }
     return cases;
-}
-
-static std::string likeness(const CASE_T &one)
-{
-    for (PATH_ID folder : {PATH_TEMPLATE_DIR, PATH_EXPORT_DIR}) {
-        if (one.file.rfind(PathGet(folder), 0) == 0)
-            return PathGet(folder);
-    }
-    return one.file.empty() ? withoutNumbers(one.subject) : one.file;
-}
-
-static void caseAdd(const CASE_T &one, const LINES_T &logged, OUTCOME_T *outcome)
-{
-    std::string subject = one.file.empty() ? one.subject : one.subject.substr(rootName().size());
-    auto same = std::find_if(outcome->said.begin(), outcome->said.end(),
-                             [&](const SAID_T &said) { return said.log == logged; });
-
-    if (same == outcome->said.end())
-        same = outcome->said.insert(same, {logged, {}});
-    if (!same->cases.empty() && same->cases.back().rfind(subject + " ", 0) == 0)
-        same->cases.back() += ", " + one.mode;
-    else
-        same->cases.push_back(subject + " " + one.mode);
-}
-
-static std::string outcomeText(const OUTCOME_T &outcome)
-{
-    std::string text;
-
-    if (outcome.said.empty())
-        return "";
-    for (const std::string &line : outcome.document)
-        text += line + "\n";
-    for (const SAID_T &said : outcome.said) {
-        for (const std::string &one : said.cases)
-            text += "  when " + one + "\n";
-        for (const std::string &line : said.log)
-            text += "      " + line + "\n";
-    }
-    return text;
-}
-
-// Lines about another record than the document's begin with its name.
-static LINES_T recordsDifference(const std::string &document, const RECORDS_T &was, const RECORDS_T &now)
-{
-    LINES_T lines;
-
-    for (const auto &[name, text] : now) {
-        auto before = was.find(name);
-        if (before == was.end()) {
-            lines.push_back(name + " is new");
-            continue;
-        }
-        for (const std::string &line : jsonDifference(before->second, text))
-            lines.push_back((name == document ? "" : name + ": ") + line);
-    }
-    for (const auto &[name, text] : was) {
-        if (now.count(name) == 0)
-            lines.push_back(name + " is not stored");
-    }
-    return lines;
-}
-
-// What was logged since the last time.
-static LOG_T logTake()
-{
-    std::istringstream raw(textRead(PathGet(PATH_LOG)));
-    std::string line;
-    LOG_T log;
-
-    textWrite(PathGet(PATH_LOG), "");
-    while (std::getline(raw, line)) {
-        for (size_t next; !line.empty(); line.erase(0, next)) {
-            next = stampAfter(line);
-            const std::string text = logLine(line.substr(0, next));
-            const std::string kind = withoutNumbers(text);
-            if (log.count[kind]++ == 0) {
-                log.first[kind] = text;
-                log.order.push_back(kind);
-            }
-        }
-    }
-    return log;
 }
 
 // Where the next header begins in a line, whose message has no line end then; the line's size for none.
@@ -253,6 +95,61 @@ static std::string logLine(const std::string &raw)
     return line;
 }
 
+// What was logged since the last time.
+static LOG_T logTake()
+{
+    std::istringstream raw(textRead(PathGet(PATH_LOG)));
+    std::string line;
+    LOG_T log;
+
+    textWrite(PathGet(PATH_LOG), "");
+    while (std::getline(raw, line)) {
+        for (size_t next; !line.empty(); line.erase(0, next)) {
+            next = stampAfter(line);
+            const std::string text = logLine(line.substr(0, next));
+            const std::string kind = withoutNumbers(text);
+            if (log.count[kind]++ == 0) {
+                log.first[kind] = text;
+                log.order.push_back(kind);
+            }
+        }
+    }
+    return log;
+}
+
+// What the document logs when nothing fails, and the records that it writes then.
+static LOG_T cleanRun(const DOCUMENT_T &document, std::vector<std::string> *own)
+{
+    recordsWrite({});
+    coldBegin();
+    (void)logTake();
+    documentRun(document);
+    for (const auto &[name, text] : recordsRead())
+        own->push_back(name);
+    return logTake();
+}
+
+// Lines about another record than the document's begin with its name.
+static LINES_T recordsDifference(const std::string &document, const RECORDS_T &was, const RECORDS_T &now)
+{
+    LINES_T lines;
+
+    for (const auto &[name, text] : now) {
+        auto before = was.find(name);
+        if (before == was.end()) {
+            lines.push_back(name + " is new");
+            continue;
+        }
+        for (const std::string &line : jsonDifference(before->second, text))
+            lines.push_back((name == document ? "" : name + ": ") + line);
+    }
+    for (const auto &[name, text] : was) {
+        if (now.count(name) == 0)
+            lines.push_back(name + " is not stored");
+    }
+    return lines;
+}
+
 // Debug lines are told only when there is no such line without the fault.
 static LINES_T logDifference(const LOG_T &was, const LOG_T &now)
 {
@@ -276,4 +173,94 @@ static LINES_T logDifference(const LOG_T &was, const LOG_T &now)
             lines.push_back("not logged: " + was.first.at(kind));
     }
     return lines;
+}
+
+static void caseAdd(const CASE_T &one, const LINES_T &logged, OUTCOME_T *outcome)
+{
+    std::string subject = one.file.empty() ? one.subject : one.subject.substr(rootName().size());
+    auto same = std::find_if(outcome->said.begin(), outcome->said.end(),
+                             [&](const SAID_T &said) { return said.log == logged; });
+
+    if (same == outcome->said.end())
+        same = outcome->said.insert(same, {logged, {}});
+    if (!same->cases.empty() && same->cases.back().rfind(subject + " ", 0) == 0)
+        same->cases.back() += ", " + one.mode;
+    else
+        same->cases.push_back(subject + " " + one.mode);
+}
+
+static OUTCOME_T *outcomeOf(const LINES_T &document, std::vector<OUTCOME_T> *outcomes)
+{
+    for (OUTCOME_T &outcome : *outcomes) {
+        if (outcome.document == document)
+            return &outcome;
+    }
+    outcomes->push_back({document, {}});
+    return &outcomes->back();
+}
+
+static std::string outcomeText(const OUTCOME_T &outcome)
+{
+    std::string text;
+
+    if (outcome.said.empty())
+        return "";
+    for (const std::string &line : outcome.document)
+        text += line + "\n";
+    for (const SAID_T &said : outcome.said) {
+        for (const std::string &one : said.cases)
+            text += "  when " + one + "\n";
+        for (const std::string &line : said.log)
+            text += "      " + line + "\n";
+    }
+    return text;
+}
+
+static std::string documentText(const DOCUMENT_T &document, const RECORDS_T &clean)
+{
+    std::vector<CASE_T> cases = casesOf(document);
+    std::vector<OUTCOME_T> outcomes;
+    OUTCOME_T none = {{"no difference"}, {}};
+    std::vector<std::string> own; // deleted before each run: what is not stored then shall not be the old record
+    LOG_T cleanLog = cleanRun(document, &own);
+
+    RECORDS_T begin = clean;
+    for (const std::string &name : own)
+        begin.erase(name);
+    recordsWrite(begin);
+    for (const CASE_T &one : cases) {
+        coldBegin();
+        (void)logTake();
+        caseRun(one, document);
+        LINES_T changed = recordsDifference(document.name, clean, recordsRead());
+        LINES_T logged = logDifference(cleanLog, logTake());
+        if (!changed.empty())
+            caseAdd(one, logged, outcomeOf(changed, &outcomes));
+        else if (!logged.empty() || one.file.empty())
+            caseAdd(one, logged, &none);
+        recordsDelete(own);
+        if (recordsRead() != begin)
+            recordsWrite(begin);
+    }
+    recordsWrite(clean);
+    std::string text;
+    if (!cleanLog.order.empty())
+        text = outcomeText({{"no fault"}, {{logDifference({}, cleanLog), {}}}});
+    outcomes.push_back(none);
+    for (const OUTCOME_T &outcome : outcomes)
+        text += outcomeText(outcome);
+    return text;
+}
+
+RECORDS_T faultTexts(const NAMES_T &only)
+{
+    RECORDS_T clean = recordsRead();
+    RECORDS_T texts;
+
+    textWrite(PathGet(PATH_LOG_LEVEL), std::to_string(LOG_LEVEL_DEBUG));
+    for (const DOCUMENT_T &document : documentsListed()) {
+        if (only.empty() || only.count(document.name) != 0)
+            texts[document.name] = documentText(document, clean);
+    }
+    return texts;
 }

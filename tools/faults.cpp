@@ -33,9 +33,38 @@ static const COMMAND_MODE_T commandModes[] = {
     {"has garbage bytes", VS_GARBAGE, 0, true},
 };
 
-static ASKED_T askedRecord(const DOCUMENT_T &document);
-static void askedNote(void *context, const char *name, const char *key, bool isCommand);
-static CASE_T callCase(const std::string &name, const std::string &key, const std::string &mode);
+static void askedNote(void *context, const char *name, const char *key, bool isCommand)
+{
+    ASKED_T *asked = static_cast<ASKED_T *>(context);
+    auto add = [](std::vector<std::string> *texts, const char *text) {
+        if (std::find(texts->begin(), texts->end(), text) == texts->end())
+            texts->push_back(text);
+    };
+
+    add(isCommand ? &asked->commands : &asked->calls, name);
+    if (!isCommand)
+        add(&asked->keys[name], key);
+}
+
+static ASKED_T askedRecord(const DOCUMENT_T &document)
+{
+    ASKED_T asked;
+
+    coldBegin();
+    vsObserverSet(askedNote, &asked);
+    documentRun(document);
+    vsObserverSet(nullptr, nullptr);
+    return asked;
+}
+
+static CASE_T callCase(const std::string &name, const std::string &key, const std::string &mode)
+{
+    CASE_T one = {name, mode, {}, "", false};
+
+    one.fault.name = name;
+    one.fault.key = key;
+    return one;
+}
 
 // A call without keys, or with one, can only fail always.
 std::vector<CASE_T> platformCases(const DOCUMENT_T &document, bool wide, bool keys)
@@ -121,37 +150,4 @@ std::string rootName()
 
     root.resize(root.size() - strlen("/tmp/restapi_db"));
     return root;
-}
-
-static ASKED_T askedRecord(const DOCUMENT_T &document)
-{
-    ASKED_T asked;
-
-    coldBegin();
-    vsObserverSet(askedNote, &asked);
-    documentRun(document);
-    vsObserverSet(nullptr, nullptr);
-    return asked;
-}
-
-static void askedNote(void *context, const char *name, const char *key, bool isCommand)
-{
-    ASKED_T *asked = static_cast<ASKED_T *>(context);
-    auto add = [](std::vector<std::string> *texts, const char *text) {
-        if (std::find(texts->begin(), texts->end(), text) == texts->end())
-            texts->push_back(text);
-    };
-
-    add(isCommand ? &asked->commands : &asked->calls, name);
-    if (!isCommand)
-        add(&asked->keys[name], key);
-}
-
-static CASE_T callCase(const std::string &name, const std::string &key, const std::string &mode)
-{
-    CASE_T one = {name, mode, {}, "", false};
-
-    one.fault.name = name;
-    one.fault.key = key;
-    return one;
 }

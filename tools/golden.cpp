@@ -51,44 +51,6 @@ static const char GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden";
 static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios";
 static const char FAULT_GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden/faults";
 
-static bool optionsTake(int argc, char **argv, OPTIONS_T *options);
-static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally);
-static bool forFaults(const std::string &scenario);
-static void textsKeep(const std::string &folder, const RECORDS_T &records);
-static GOLDENS_T documentGoldens(const std::string &scenario, const RECORDS_T &records);
-static std::string goldenText(const std::string &text);
-static void goldensCompare(const OPTIONS_T &options, GOLDENS_T goldens, TALLY_T *tally);
-static void goldenDifference(const std::string &path, const std::string &golden, const std::string &now);
-static void goldenUpdate(const std::string &path, const std::string &now);
-static std::vector<std::string> filesOf(const std::string &folder, const char *extension);
-static std::string fileName(const std::string &apiName);
-static std::string apiName(const std::string &fileStem);
-static bool wanted(const OPTIONS_T &options, const std::string &name);
-
-int main(int argc, char **argv)
-{
-    OPTIONS_T options;
-    TALLY_T tally;
-
-    if (!optionsTake(argc, argv, &options)) {
-        fputs(USAGE, stderr);
-        return 2;
-    }
-    if (options.scenarios.empty()) {
-        options.scenarios = filesOf(SCENARIOS, ".json");
-        for (const std::string &scenario : filesOf(FAULT_GOLDENS, ".json"))
-            options.scenarios.push_back(scenario);
-    }
-    documentsRegister();
-    for (const std::string &scenario : options.scenarios) {
-        if (!scenarioCompare(options, scenario, &tally))
-            return 2;
-    }
-    printf("golden: %zu scenarios, %u texts, %u %s\n", options.scenarios.size(), tally.texts, tally.different,
-           options.update ? "rewritten" : "different");
-    return tally.texts > 0 && (tally.different == 0 || options.update) ? 0 : 1;
-}
-
 static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
 {
     for (int i = 1; i < argc; i++) {
@@ -110,25 +72,18 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
     return true;
 }
 
-// False when the scenario cannot be run at all.
-static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally)
+// Files with an extension in a folder, in the order of their names.
+static std::vector<std::string> filesOf(const std::string &folder, const char *extension)
 {
-    std::string name = std::filesystem::path(scenario).stem().string();
+    std::vector<std::string> files;
+    std::error_code none;
 
-    if (!options.documents && !forFaults(scenario))
-        return true;
-    std::string root = scenarioBegin(scenario);
-    if (root.empty())
-        return false;
-    RECORDS_T now = recordsRead();
-    if (!options.kept.empty())
-        textsKeep(options.kept + "/" + name, now);
-    if (options.documents)
-        goldensCompare(options, documentGoldens(name, now), tally);
-    if (options.faults && forFaults(scenario))
-        goldensCompare(options, {std::string(FAULT_GOLDENS) + "/" + name, ".txt", faultTexts(options.names)}, tally);
-    rootRemove(root);
-    return true;
+    for (const auto &entry : std::filesystem::directory_iterator(folder, none)) {
+        if (entry.path().extension() == extension)
+            files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 static bool forFaults(const std::string &scenario)
@@ -136,6 +91,25 @@ static bool forFaults(const std::string &scenario)
     std::error_code none;
 
     return std::filesystem::equivalent(std::filesystem::absolute(scenario).parent_path(), FAULT_GOLDENS, none);
+}
+
+static std::string apiName(const std::string &fileStem)
+{
+    std::string name = fileStem;
+    size_t at;
+
+    while ((at = name.find("%2F")) != std::string::npos)
+        name.replace(at, 3, "/");
+    return name;
+}
+
+static std::string fileName(const std::string &apiName)
+{
+    std::string file;
+
+    for (char character : apiName)
+        file += character == '/' ? std::string("%2F") : std::string(1, character);
+    return file;
 }
 
 // Of an earlier run nothing stays.
@@ -147,49 +121,22 @@ static void textsKeep(const std::string &folder, const RECORDS_T &records)
         textWrite(folder + "/" + fileName(name) + ".json", text);
 }
 
-static GOLDENS_T documentGoldens(const std::string &scenario, const RECORDS_T &records)
+// The records of a document in chunks, "name/0" and on, go with their name.
+static bool wanted(const OPTIONS_T &options, const std::string &name)
 {
-    GOLDENS_T goldens = {std::string(GOLDENS) + "/" + scenario, ".json", {}};
-
-    for (const auto &[name, text] : records)
-        goldens.now[name] = goldenText(text);
-    return goldens;
+    return options.names.empty() || options.names.count(name) != 0 ||
+           options.names.count(name.substr(0, name.rfind('/'))) != 0;
 }
 
-static std::string goldenText(const std::string &text)
+// An empty text removes the golden.
+static void goldenUpdate(const std::string &path, const std::string &now)
 {
-    if (text.size() <= READABLE)
-        return text + "\n";
-    uint64_t sum = 0xCBF29CE484222325; // FNV-1a
-    char line[80];
-    for (char character : text)
-        sum = (sum ^ static_cast<unsigned char>(character)) * 0x100000001B3;
-    snprintf(line, sizeof line, "%zu bytes, FNV-1a %016" PRIx64 "\n", text.size(), sum);
-    return line;
-}
-
-static void goldensCompare(const OPTIONS_T &options, GOLDENS_T goldens, TALLY_T *tally)
-{
-    RECORDS_T before;
-
-    for (const std::string &file : filesOf(goldens.folder, goldens.extension)) {
-        std::string name = apiName(std::filesystem::path(file).stem());
-        before[name] = textRead(file);
-        goldens.now.insert({name, ""});
-    }
-    for (const auto &[name, text] : goldens.now) {
-        if (!wanted(options, name))
-            continue;
-        std::string path = goldens.folder + "/" + fileName(name) + goldens.extension;
-        tally->texts += text.empty() ? 0 : 1;
-        if (before[name] == text)
-            continue;
-        tally->different++;
-        if (options.update)
-            goldenUpdate(path, text);
-        else
-            goldenDifference(path, before[name], text);
-    }
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    if (now.empty())
+        std::filesystem::remove(path);
+    else
+        textWrite(path, now);
+    printf("%s %s\n", now.empty() ? "removed" : "written", path.c_str());
 }
 
 static void goldenDifference(const std::string &path, const std::string &golden, const std::string &now)
@@ -216,53 +163,92 @@ static void goldenDifference(const std::string &path, const std::string &golden,
     unlink(fresh);
 }
 
-// An empty text removes the golden.
-static void goldenUpdate(const std::string &path, const std::string &now)
+static void goldensCompare(const OPTIONS_T &options, GOLDENS_T goldens, TALLY_T *tally)
 {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    if (now.empty())
-        std::filesystem::remove(path);
-    else
-        textWrite(path, now);
-    printf("%s %s\n", now.empty() ? "removed" : "written", path.c_str());
-}
+    RECORDS_T before;
 
-// Files with an extension in a folder, in the order of their names.
-static std::vector<std::string> filesOf(const std::string &folder, const char *extension)
-{
-    std::vector<std::string> files;
-    std::error_code none;
-
-    for (const auto &entry : std::filesystem::directory_iterator(folder, none)) {
-        if (entry.path().extension() == extension)
-            files.push_back(entry.path());
+    for (const std::string &file : filesOf(goldens.folder, goldens.extension)) {
+        std::string name = apiName(std::filesystem::path(file).stem());
+        before[name] = textRead(file);
+        goldens.now.insert({name, ""});
     }
-    std::sort(files.begin(), files.end());
-    return files;
+    for (const auto &[name, text] : goldens.now) {
+        if (!wanted(options, name))
+            continue;
+        std::string path = goldens.folder + "/" + fileName(name) + goldens.extension;
+        tally->texts += text.empty() ? 0 : 1;
+        if (before[name] == text)
+            continue;
+        tally->different++;
+        if (options.update)
+            goldenUpdate(path, text);
+        else
+            goldenDifference(path, before[name], text);
+    }
 }
 
-static std::string fileName(const std::string &apiName)
+static std::string goldenText(const std::string &text)
 {
-    std::string file;
-
-    for (char character : apiName)
-        file += character == '/' ? std::string("%2F") : std::string(1, character);
-    return file;
+    if (text.size() <= READABLE)
+        return text + "\n";
+    uint64_t sum = 0xCBF29CE484222325; // FNV-1a
+    char line[80];
+    for (char character : text)
+        sum = (sum ^ static_cast<unsigned char>(character)) * 0x100000001B3;
+    snprintf(line, sizeof line, "%zu bytes, FNV-1a %016" PRIx64 "\n", text.size(), sum);
+    return line;
 }
 
-static std::string apiName(const std::string &fileStem)
+static GOLDENS_T documentGoldens(const std::string &scenario, const RECORDS_T &records)
 {
-    std::string name = fileStem;
-    size_t at;
+    GOLDENS_T goldens = {std::string(GOLDENS) + "/" + scenario, ".json", {}};
 
-    while ((at = name.find("%2F")) != std::string::npos)
-        name.replace(at, 3, "/");
-    return name;
+    for (const auto &[name, text] : records)
+        goldens.now[name] = goldenText(text);
+    return goldens;
 }
 
-// The records of a document in chunks, "name/0" and on, go with their name.
-static bool wanted(const OPTIONS_T &options, const std::string &name)
+// False when the scenario cannot be run at all.
+static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenario, TALLY_T *tally)
 {
-    return options.names.empty() || options.names.count(name) != 0 ||
-           options.names.count(name.substr(0, name.rfind('/'))) != 0;
+    std::string name = std::filesystem::path(scenario).stem().string();
+
+    if (!options.documents && !forFaults(scenario))
+        return true;
+    std::string root = scenarioBegin(scenario);
+    if (root.empty())
+        return false;
+    RECORDS_T now = recordsRead();
+    if (!options.kept.empty())
+        textsKeep(options.kept + "/" + name, now);
+    if (options.documents)
+        goldensCompare(options, documentGoldens(name, now), tally);
+    if (options.faults && forFaults(scenario))
+        goldensCompare(options, {std::string(FAULT_GOLDENS) + "/" + name, ".txt", faultTexts(options.names)}, tally);
+    rootRemove(root);
+    return true;
+}
+
+int main(int argc, char **argv)
+{
+    OPTIONS_T options;
+    TALLY_T tally;
+
+    if (!optionsTake(argc, argv, &options)) {
+        fputs(USAGE, stderr);
+        return 2;
+    }
+    if (options.scenarios.empty()) {
+        options.scenarios = filesOf(SCENARIOS, ".json");
+        for (const std::string &scenario : filesOf(FAULT_GOLDENS, ".json"))
+            options.scenarios.push_back(scenario);
+    }
+    documentsRegister();
+    for (const std::string &scenario : options.scenarios) {
+        if (!scenarioCompare(options, scenario, &tally))
+            return 2;
+    }
+    printf("golden: %zu scenarios, %u texts, %u %s\n", options.scenarios.size(), tally.texts, tally.different,
+           options.update ? "rewritten" : "different");
+    return tally.texts > 0 && (tally.different == 0 || options.update) ? 0 : 1;
 }

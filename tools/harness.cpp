@@ -27,14 +27,32 @@
 static int64_t sleptMilliseconds;
 static double frozenSeconds;
 
-static std::string rootMake();
-static bool programRun(const std::vector<std::string> &arguments);
-static void timeNow(struct timespec *now);
-static void timeSleep(uint32_t milliseconds);
-static OWNED_DB cacheOpen();
-static void cacheRun(sqlite3 *db, const char *sql, std::initializer_list<const char *> texts);
+static std::string rootMake()
+{
+    char name[] = "/tmp/dm_XXXXXX";
 
-static const CLOCK_SOURCE_T frozenClock = {timeNow, timeSleep};
+    if (mkdtemp(name) != nullptr)
+        return name;
+    perror(name);
+    return "";
+}
+
+static bool programRun(const std::vector<std::string> &arguments)
+{
+    std::vector<char *> argv;
+    posix_spawn_file_actions_t actions;
+    pid_t child;
+    int status = -1;
+
+    for (const std::string &argument : arguments)
+        argv.push_back(const_cast<char *>(argument.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    bool started = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ) == 0;
+    posix_spawn_file_actions_destroy(&actions);
+    return started && waitpid(child, &status, 0) == child && status == 0;
+}
 
 std::string rootSeed(const std::string &scenario)
 {
@@ -70,6 +88,20 @@ void rootRemove(const std::string &root)
     if (!root.empty())
         std::filesystem::remove_all(root, ignored);
 }
+
+static void timeNow(struct timespec *now)
+{
+    int64_t milliseconds = static_cast<int64_t>(frozenSeconds * 1000) + sleptMilliseconds;
+
+    now->tv_sec = static_cast<time_t>(vsState().epoch + milliseconds / 1000);
+    now->tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000L;
+}
+
+static void timeSleep(uint32_t milliseconds)
+{
+    sleptMilliseconds += milliseconds;
+}
+static const CLOCK_SOURCE_T frozenClock = {timeNow, timeSleep};
 
 bool switchUse(const std::string &root, const std::string &scenario, double seconds)
 {
@@ -148,6 +180,16 @@ void documentsRunAll()
     }
 }
 
+static OWNED_DB cacheOpen()
+{
+    sqlite3 *opened = nullptr;
+
+    if (sqlite3_open(PathGet(PATH_REST_DB), &opened) != SQLITE_OK)
+        fprintf(stderr, "%s: %s\n", PathGet(PATH_REST_DB), sqlite3_errmsg(opened));
+    sqlite3_exec(opened, "PRAGMA synchronous = OFF;", nullptr, nullptr, nullptr);
+    return OWNED_DB(opened);
+}
+
 RECORDS_T recordsRead()
 {
     RECORDS_T records;
@@ -159,6 +201,15 @@ RECORDS_T recordsRead()
     while (sqlStep(select) == SQLITE_ROW)
         records[std::string(sqlText(select, 0))] = sqlText(select, 1);
     return records;
+}
+
+static void cacheRun(sqlite3 *db, const char *sql, std::initializer_list<const char *> texts)
+{
+    OWNED_STATEMENT statement;
+
+    if (sqlPrepare(db, sql, &statement) != SQLITE_OK || sqlBind(statement, texts) != SQLITE_OK ||
+        sqlStep(statement) != SQLITE_DONE)
+        fprintf(stderr, "%s: %s\n", sql, sqlite3_errmsg(db));
 }
 
 void recordsWrite(const RECORDS_T &records)
@@ -192,63 +243,4 @@ std::string textRead(const std::string &path)
 void textWrite(const std::string &path, const std::string &text)
 {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
-}
-
-static std::string rootMake()
-{
-    char name[] = "/tmp/dm_XXXXXX";
-
-    if (mkdtemp(name) != nullptr)
-        return name;
-    perror(name);
-    return "";
-}
-
-static bool programRun(const std::vector<std::string> &arguments)
-{
-    std::vector<char *> argv;
-    posix_spawn_file_actions_t actions;
-    pid_t child;
-    int status = -1;
-
-    for (const std::string &argument : arguments)
-        argv.push_back(const_cast<char *>(argument.c_str()));
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    bool started = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ) == 0;
-    posix_spawn_file_actions_destroy(&actions);
-    return started && waitpid(child, &status, 0) == child && status == 0;
-}
-
-static void timeNow(struct timespec *now)
-{
-    int64_t milliseconds = static_cast<int64_t>(frozenSeconds * 1000) + sleptMilliseconds;
-
-    now->tv_sec = static_cast<time_t>(vsState().epoch + milliseconds / 1000);
-    now->tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000L;
-}
-
-static void timeSleep(uint32_t milliseconds)
-{
-    sleptMilliseconds += milliseconds;
-}
-
-static OWNED_DB cacheOpen()
-{
-    sqlite3 *opened = nullptr;
-
-    if (sqlite3_open(PathGet(PATH_REST_DB), &opened) != SQLITE_OK)
-        fprintf(stderr, "%s: %s\n", PathGet(PATH_REST_DB), sqlite3_errmsg(opened));
-    sqlite3_exec(opened, "PRAGMA synchronous = OFF;", nullptr, nullptr, nullptr);
-    return OWNED_DB(opened);
-}
-
-static void cacheRun(sqlite3 *db, const char *sql, std::initializer_list<const char *> texts)
-{
-    OWNED_STATEMENT statement;
-
-    if (sqlPrepare(db, sql, &statement) != SQLITE_OK || sqlBind(statement, texts) != SQLITE_OK ||
-        sqlStep(statement) != SQLITE_DONE)
-        fprintf(stderr, "%s: %s\n", sql, sqlite3_errmsg(db));
 }

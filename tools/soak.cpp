@@ -74,63 +74,9 @@ struct SOAK_T {
 
 static volatile sig_atomic_t signalsSeen;
 
-static bool begin(const std::string &root, const std::string &scenario);
-static void cycleRun(SOAK_T *soak);
-static void changesFollow(SOAK_T *soak);
-static void logFollow(SOAK_T *soak);
-static size_t logPart(SOAK_T *soak, PATH_ID path, size_t offset);
-static MEASURE_T measureTake();
-static NAMES_T filesList();
-static size_t residentKiB();
-static void judge(SOAK_T *soak);
-static void growthJudge(SOAK_T *soak, const char *what, size_t before, size_t after);
-static void filesJudge(SOAK_T *soak);
-static void cacheJudge(SOAK_T *soak);
-static void finding(SOAK_T *soak, const char *format, ...) __attribute__((format(printf, 2, 3)));
-
 static void signalCount(int)
 {
     signalsSeen = signalsSeen + 1;
-}
-
-int main(int argc, char **argv)
-{
-    SOAK_T soak = {};
-    // blocks that a thread keeps back would count as handed out
-    if (MEMORY_TELLS && getenv("GLIBC_TUNABLES") == nullptr) {
-        setenv("GLIBC_TUNABLES", "glibc.malloc.tcache_count=0", 1);
-        (void)execv("/proc/self/exe", argv); // it goes on here when that fails
-    }
-    soak.cycles = argc > 2 ? static_cast<unsigned>(strtoul(argv[2], nullptr, 10)) : DEFAULT_CYCLES;
-    soak.settled = std::min(HOUR, soak.cycles / 2);
-    if (argc < 2 || argc > 3 || soak.cycles < 2) {
-        fputs("usage: soak SCENARIO [CYCLES]\n", stderr);
-        return 2;
-    }
-    std::string root = rootSeed(argv[1]);
-    if (root.empty() || !begin(root, argv[1])) {
-        rootRemove(root);
-        return 2;
-    }
-    auto started = std::chrono::steady_clock::now();
-    for (; soak.cycle < soak.cycles; soak.cycle++) {
-        if (soak.cycle == soak.settled) {
-            soak.hourFiles = filesList(); // first: the names stay in memory
-            soak.hour = measureTake();
-        }
-        cycleRun(&soak);
-    }
-    soak.end = measureTake();
-    std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
-    judge(&soak);
-    printf("soak: %u cycles (%.1f days) in %.1f s, %.2f ms each; %u changes, %d signals, log rotated %u times\n",
-           soak.cycles, soak.cycles * CYCLE_SECONDS / 86400, took.count(), took.count() * 1000 / soak.cycles,
-           soak.changes, static_cast<int>(signalsSeen), soak.log.rotations);
-    printf("soak: resident %zu KiB then %zu KiB, heap %zu then %zu bytes, descriptors %zu then %zu; %u findings\n",
-           soak.hour.residentKiB, soak.end.residentKiB, soak.hour.heapBytes, soak.end.heapBytes, soak.hour.descriptors,
-           soak.end.descriptors, soak.findings);
-    rootRemove(root);
-    return soak.findings == 0 ? 0 : 1;
 }
 
 static bool begin(const std::string &root, const std::string &scenario)
@@ -149,16 +95,31 @@ static bool begin(const std::string &root, const std::string &scenario)
     return true;
 }
 
-static void cycleRun(SOAK_T *soak)
+static NAMES_T filesList()
 {
-    if (soak->cycle == soak->settled || soak->cycle == 2 * soak->settled)
-        textWrite(PathGet(PATH_LOG_LEVEL), soak->cycle == soak->settled ? "7" : "6");
-    if (soak->cycle % FIBER_REQUEST_PERIOD == 0)
-        textWrite(PathGet(PATH_FIBER_REQUEST), std::to_string(ClockSeconds()));
-    GetAllRestApiData();
-    changesFollow(soak);
-    logFollow(soak);
-    timeMove(CYCLE_SECONDS);
+    std::string root = PathGet(PATH_REST_DB);
+    NAMES_T files;
+
+    root.resize(root.size() - strlen("/tmp/restapi_db"));
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(root))
+        files.insert(entry.path());
+    return files;
+}
+
+static size_t residentKiB()
+{
+    std::string status = textRead("/proc/self/status");
+    size_t at = status.find("VmRSS:");
+
+    return at == std::string::npos ? 0 : strtoul(status.c_str() + at + strlen("VmRSS:"), nullptr, 10);
+}
+
+static MEASURE_T measureTake()
+{
+    std::filesystem::directory_iterator descriptors("/proc/self/fd");
+
+    return {residentKiB(), mallinfo2().uordblks,
+            static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)))};
 }
 
 static void changesFollow(SOAK_T *soak)
@@ -183,20 +144,16 @@ static void changesFollow(SOAK_T *soak)
     }
 }
 
-static void logFollow(SOAK_T *soak)
+static void finding(SOAK_T *soak, const char *format, ...)
 {
-    LOG_READER_T *log = &soak->log;
-    struct stat status = {};
+    va_list arguments;
 
-    if (stat(PathGet(PATH_LOG), &status) != 0)
-        return;
-    if (log->inode != 0 && status.st_ino != log->inode) {
-        (void)logPart(soak, PATH_LOG_OLD, log->offset);
-        log->offset = 0;
-        log->rotations++;
-    }
-    log->inode = status.st_ino;
-    log->offset = logPart(soak, PATH_LOG, log->offset);
+    va_start(arguments, format);
+    printf("soak: ");
+    vprintf(format, arguments);
+    printf("\n");
+    va_end(arguments);
+    soak->findings++;
 }
 
 // Judge a log from an offset on; the offset of its end. A line at a time: a whole log would show in the memory that is
@@ -216,45 +173,32 @@ static size_t logPart(SOAK_T *soak, PATH_ID path, size_t offset)
     return offset;
 }
 
-static MEASURE_T measureTake()
+static void logFollow(SOAK_T *soak)
 {
-    std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    LOG_READER_T *log = &soak->log;
+    struct stat status = {};
 
-    return {residentKiB(), mallinfo2().uordblks,
-            static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)))};
-}
-
-static NAMES_T filesList()
-{
-    std::string root = PathGet(PATH_REST_DB);
-    NAMES_T files;
-
-    root.resize(root.size() - strlen("/tmp/restapi_db"));
-    for (const auto &entry : std::filesystem::recursive_directory_iterator(root))
-        files.insert(entry.path());
-    return files;
-}
-
-static size_t residentKiB()
-{
-    std::string status = textRead("/proc/self/status");
-    size_t at = status.find("VmRSS:");
-
-    return at == std::string::npos ? 0 : strtoul(status.c_str() + at + strlen("VmRSS:"), nullptr, 10);
-}
-
-static void judge(SOAK_T *soak)
-{
-    if (MEMORY_TELLS && soak->settled == HOUR) { // items with a period of half an hour are new in a short run
-        growthJudge(soak, "resident memory", soak->hour.residentKiB, soak->end.residentKiB);
-        growthJudge(soak, "the heap", soak->hour.heapBytes, soak->end.heapBytes);
+    if (stat(PathGet(PATH_LOG), &status) != 0)
+        return;
+    if (log->inode != 0 && status.st_ino != log->inode) {
+        (void)logPart(soak, PATH_LOG_OLD, log->offset);
+        log->offset = 0;
+        log->rotations++;
     }
-    if (soak->end.descriptors != soak->hour.descriptors)
-        finding(soak, "%zu descriptors, %zu before", soak->end.descriptors, soak->hour.descriptors);
-    if (soak->log.rotations == 0)
-        finding(soak, "the log was never rotated");
-    filesJudge(soak);
-    cacheJudge(soak);
+    log->inode = status.st_ino;
+    log->offset = logPart(soak, PATH_LOG, log->offset);
+}
+
+static void cycleRun(SOAK_T *soak)
+{
+    if (soak->cycle == soak->settled || soak->cycle == 2 * soak->settled)
+        textWrite(PathGet(PATH_LOG_LEVEL), soak->cycle == soak->settled ? "7" : "6");
+    if (soak->cycle % FIBER_REQUEST_PERIOD == 0)
+        textWrite(PathGet(PATH_FIBER_REQUEST), std::to_string(ClockSeconds()));
+    GetAllRestApiData();
+    changesFollow(soak);
+    logFollow(soak);
+    timeMove(CYCLE_SECONDS);
 }
 
 static void growthJudge(SOAK_T *soak, const char *what, size_t before, size_t after)
@@ -310,14 +254,56 @@ static void cacheJudge(SOAK_T *soak)
         finding(soak, "%zu records, a reader holds %zu", records.size(), soak->followed.size());
 }
 
-static void finding(SOAK_T *soak, const char *format, ...)
+static void judge(SOAK_T *soak)
 {
-    va_list arguments;
+    if (MEMORY_TELLS && soak->settled == HOUR) { // items with a period of half an hour are new in a short run
+        growthJudge(soak, "resident memory", soak->hour.residentKiB, soak->end.residentKiB);
+        growthJudge(soak, "the heap", soak->hour.heapBytes, soak->end.heapBytes);
+    }
+    if (soak->end.descriptors != soak->hour.descriptors)
+        finding(soak, "%zu descriptors, %zu before", soak->end.descriptors, soak->hour.descriptors);
+    if (soak->log.rotations == 0)
+        finding(soak, "the log was never rotated");
+    filesJudge(soak);
+    cacheJudge(soak);
+}
 
-    va_start(arguments, format);
-    printf("soak: ");
-    vprintf(format, arguments);
-    printf("\n");
-    va_end(arguments);
-    soak->findings++;
+int main(int argc, char **argv)
+{
+    SOAK_T soak = {};
+    // blocks that a thread keeps back would count as handed out
+    if (MEMORY_TELLS && getenv("GLIBC_TUNABLES") == nullptr) {
+        setenv("GLIBC_TUNABLES", "glibc.malloc.tcache_count=0", 1);
+        (void)execv("/proc/self/exe", argv); // it goes on here when that fails
+    }
+    soak.cycles = argc > 2 ? static_cast<unsigned>(strtoul(argv[2], nullptr, 10)) : DEFAULT_CYCLES;
+    soak.settled = std::min(HOUR, soak.cycles / 2);
+    if (argc < 2 || argc > 3 || soak.cycles < 2) {
+        fputs("usage: soak SCENARIO [CYCLES]\n", stderr);
+        return 2;
+    }
+    std::string root = rootSeed(argv[1]);
+    if (root.empty() || !begin(root, argv[1])) {
+        rootRemove(root);
+        return 2;
+    }
+    auto started = std::chrono::steady_clock::now();
+    for (; soak.cycle < soak.cycles; soak.cycle++) {
+        if (soak.cycle == soak.settled) {
+            soak.hourFiles = filesList(); // first: the names stay in memory
+            soak.hour = measureTake();
+        }
+        cycleRun(&soak);
+    }
+    soak.end = measureTake();
+    std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
+    judge(&soak);
+    printf("soak: %u cycles (%.1f days) in %.1f s, %.2f ms each; %u changes, %d signals, log rotated %u times\n",
+           soak.cycles, soak.cycles * CYCLE_SECONDS / 86400, took.count(), took.count() * 1000 / soak.cycles,
+           soak.changes, static_cast<int>(signalsSeen), soak.log.rotations);
+    printf("soak: resident %zu KiB then %zu KiB, heap %zu then %zu bytes, descriptors %zu then %zu; %u findings\n",
+           soak.hour.residentKiB, soak.end.residentKiB, soak.hour.heapBytes, soak.end.heapBytes, soak.hour.descriptors,
+           soak.end.descriptors, soak.findings);
+    rootRemove(root);
+    return soak.findings == 0 ? 0 : 1;
 }

@@ -85,11 +85,6 @@ constexpr RESP_CODE_T respCodeTable[] = {
 };
 static_assert(std::size(respCodeTable) == 64, "one row for each result code that web pages know");
 
-enum ENVELOPE_FAULT : int { ENVELOPE_BUILT, ENVELOPE_NO_ROOT, ENVELOPE_NO_RESP, ENVELOPE_NO_PAYLOAD };
-
-static ENVELOPE_FAULT envelopeBuild(int code, const char *key, const char *payload, OWNED_JSON *tree);
-static const char *envelopeFaultText(ENVELOPE_FAULT fault);
-
 const char *respCodeMsgGet(int code)
 {
     for (const RESP_CODE_T &row : respCodeTable) {
@@ -99,13 +94,36 @@ const char *respCodeMsgGet(int code)
     return "Error code unknown";
 }
 
+// Null, or what failed.
+static const char *envelopeBuild(int code, const char *key, const char *payload, OWNED_JSON *tree)
+{
+    OWNED_JSON root(cJSON_CreateObject());
+    if (root == nullptr)
+        return "Failed to create root object";
+    OWNED_JSON resp(cJSON_CreateObject());
+    if (resp == nullptr)
+        return "Failed to create resp object";
+    jsonAddNumber(resp.get(), "respCode", code);
+    jsonAddText(resp.get(), "respMsg", respCodeMsgGet(code));
+    jsonAddText(resp.get(), "status", code == RESULT_OK ? "success" : "fail");
+    if (code == RESULT_OK && key != nullptr && payload != nullptr) {
+        OWNED_JSON value(cJSON_Parse(payload));
+        if (value == nullptr)
+            return "Failed to parse data JSON";
+        jsonAddItem(root.get(), key, std::move(value));
+    }
+    jsonAddItem(root.get(), "resp", std::move(resp));
+    *tree = std::move(root);
+    return nullptr;
+}
+
 int responseJsonRreallocStr(int code, const char *key, const char *payload, char **text)
 {
     OWNED_JSON root;
-    ENVELOPE_FAULT fault = envelopeBuild(code, key, payload, &root);
+    const char *failure = envelopeBuild(code, key, payload, &root);
 
-    if (fault != ENVELOPE_BUILT) {
-        LOG_ERROR("[MEM] %s\n", envelopeFaultText(fault));
+    if (failure != nullptr) {
+        LOG_ERROR("[MEM] %s\n", failure);
         return RESULT_FAILED;
     }
     char *printed = jsonPrint(root.get(), JSON_FORMATTED);
@@ -122,7 +140,7 @@ int responseJsonStr(int code, const char *key, const char *payload, char *buffer
 {
     OWNED_JSON root;
 
-    if (envelopeBuild(code, key, payload, &root) != ENVELOPE_BUILT)
+    if (envelopeBuild(code, key, payload, &root) != nullptr)
         return RESULT_ERROR;
     OWNED_TEXT printed(jsonPrint(root.get(), JSON_FORMATTED));
     if (printed == nullptr) {
@@ -136,41 +154,4 @@ int responseJsonStr(int code, const char *key, const char *payload, char *buffer
     }
     memcpy(buffer, printed.get(), length + 1);
     return RESULT_OK;
-}
-
-static ENVELOPE_FAULT envelopeBuild(int code, const char *key, const char *payload, OWNED_JSON *tree)
-{
-    OWNED_JSON root(cJSON_CreateObject());
-    if (root == nullptr)
-        return ENVELOPE_NO_ROOT;
-    OWNED_JSON resp(cJSON_CreateObject());
-    if (resp == nullptr)
-        return ENVELOPE_NO_RESP;
-    jsonAddNumber(resp.get(), "respCode", code);
-    jsonAddText(resp.get(), "respMsg", respCodeMsgGet(code));
-    jsonAddText(resp.get(), "status", code == RESULT_OK ? "success" : "fail");
-    if (code == RESULT_OK && key != nullptr && payload != nullptr) {
-        OWNED_JSON value(cJSON_Parse(payload));
-        if (value == nullptr)
-            return ENVELOPE_NO_PAYLOAD;
-        jsonAddItem(root.get(), key, std::move(value));
-    }
-    jsonAddItem(root.get(), "resp", std::move(resp));
-    *tree = std::move(root);
-    return ENVELOPE_BUILT;
-}
-
-static const char *envelopeFaultText(ENVELOPE_FAULT fault)
-{
-    switch (fault) {
-    case ENVELOPE_BUILT:
-        break;
-    case ENVELOPE_NO_ROOT:
-        return "Failed to create root object";
-    case ENVELOPE_NO_RESP:
-        return "Failed to create resp object";
-    case ENVELOPE_NO_PAYLOAD:
-        return "Failed to parse data JSON";
-    }
-    return "";
 }

@@ -89,10 +89,10 @@ static bool isLinked(const DOCUMENT_T &row)
 {
     const BUILDER_T &builder = row.builder;
     const char *word = row.words.notLinked != nullptr ? row.words.notLinked : builder.name;
-    NAME_T caller = callerName(row);
 
     if (builder.text != nullptr || builder.buffer != nullptr || builder.object != nullptr || builder.writes != nullptr)
         return true;
+    NAME_T caller = callerName(row);
     if (row.isDirect)
         LOG_ERROR_AS("GetAllRestApiData", "%s: %s not linked\n", row.name, word);
     else
@@ -145,10 +145,12 @@ static bool outputPrepare(const DOCUMENT_T &row, RUN_T *run)
         if (run->object == nullptr)
             failed = "cJSON_CreateObject failed";
     }
+    if (failed == nullptr)
+        return true;
     NAME_T caller = callerName(row);
-    if (failed != nullptr && (row.flags & ROW_ALLOC_SILENT) == 0)
+    if ((row.flags & ROW_ALLOC_SILENT) == 0)
         LOG_ERROR_AS(caller.text, "%s: %s\n", caller.text, failed);
-    return failed == nullptr;
+    return false;
 }
 
 static int builderRun(CLIENT_HANDLE_T *clientHandle, const BUILDER_T &builder, RUN_T *run)
@@ -215,7 +217,7 @@ static int buildAndStore(CLIENT_HANDLE_T *clientHandle, const DOCUMENT_T &row)
     if (!isLinked(row))
         return RESULT_ERROR;
     if (!row.isDirect && rest_db_lock_acquire(lockName(row).text, &run.lock.fd) != RESULT_OK) {
-        restDbNotStoredSay();
+        restDbNotStoredAdd();
         return RESULT_ERROR;
     }
     if (!outputPrepare(row, &run))

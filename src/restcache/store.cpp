@@ -198,7 +198,7 @@ int restapi_db_operation(int operation, const char *apiName, const char *data)
     if (again)
         result = operationOnce(operation, apiName, data);
     if (isWrite(operation) && result != STORE_UNCHANGED && result != STORE_WRITTEN)
-        restDbNotStoredSay();
+        restDbNotStoredAdd();
     return result;
 }
 
@@ -225,7 +225,7 @@ unsigned restDbNotStored()
     return cacheFile.notStored;
 }
 
-void restDbNotStoredSay()
+void restDbNotStoredAdd()
 {
     cacheFile.notStored++;
 }

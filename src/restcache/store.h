@@ -37,4 +37,4 @@ void restDbCheck(RESTDB_NAME_T isOurs);
 
 // How many documents could not be stored so far: the write failed, or it was said so (the lock could not be had).
 [[nodiscard]] unsigned restDbNotStored();
-void restDbNotStoredSay();
+void restDbNotStoredAdd();
