@@ -45,6 +45,22 @@ const char *slotModelAt(const SLOT_MODELS_T *table, uint32_t unit, uint32_t slot
     return unit < SLOT_UNITS && slot < SLOT_COUNT ? table->model[unit][slot] : "";
 }
 
+UNIT_PARTS_T unitPartsGet(SLOT_MODELS_T *table, uint32_t unit, const char *model)
+{
+    const bool modular = strcmp(model, MODEL_MODULAR) == 0;
+    UNIT_PARTS_T parts = {};
+
+    if (!modular && strcmp(model, MODEL_CARD_CHASSIS) != 0) {
+        parts.model[0] = model;
+        return parts;
+    }
+    if (modular && table->model[unit][0][0] == '\0')
+        textCopy(table->model[unit][0], SLOT_MODEL_SIZE, model);
+    for (uint32_t slot = modular ? 0 : 1; slot < SLOT_COUNT; slot++)
+        parts.model[slot] = table->model[unit][slot][0] != '\0' ? table->model[unit][slot] : nullptr;
+    return parts;
+}
+
 int slotModelTableGet(CLIENT_HANDLE_T *clientHandle, SLOT_MODELS_T *table)
 {
     const char *path = PathGet(PATH_SHOW_SLOT);

@@ -18,6 +18,13 @@ struct SLOT_MODELS_T {
 // Entry of a unit and slot; "" outside the table.
 [[nodiscard]] const char *slotModelAt(const SLOT_MODELS_T *table, uint32_t unit, uint32_t slot);
 
+// The models whose ports a unit has, by slot, null for none: those of the cards for a card chassis, its own in slot 0
+// for any other unit, both for a modular one. Its slot 0, when that is empty in the table, is given the unit's model.
+struct UNIT_PARTS_T {
+    const char *model[SLOT_COUNT]; // in `table`, or `model` itself
+};
+[[nodiscard]] UNIT_PARTS_T unitPartsGet(SLOT_MODELS_T *table, uint32_t unit, const char *model);
+
 // Run "show slot" and fill the table: 0, 10000 when the command fails, 10016 when its output does not open.
 [[nodiscard]] int slotModelTableGet(CLIENT_HANDLE_T *clientHandle, SLOT_MODELS_T *table);
 

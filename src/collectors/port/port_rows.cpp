@@ -27,70 +27,43 @@ constexpr uint32_t SFP_TYPE_QSFP = 3;
             LOG_DEBUG_AS((source).caller, __VA_ARGS__);                                                                \
     } while (0)
 
-static int modularPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, ROW_UNIT_T *record,
-                             uint32_t *total)
-{
-    TRACE(source, "Processing TK830-T03 model for unit %d\n", static_cast<int>(unit));
-    if (slots->model[unit][0][0] == '\0') {
-        textCopy(slots->model[unit][0], SLOT_MODEL_SIZE, record->model);
-        TRACE(source, "getPhyInfAllStatus: Copied module slot model %s to base slot for unit %u\n", record->model,
-              unit);
-    }
-    for (uint32_t slot = 0; slot < SLOT_COUNT; slot++) {
-        const char *model = slotModelAt(slots, unit, slot);
-        uint32_t count = 0;
-        if (model[0] == '\0')
-            continue;
-        TRACE(source, "Processing slot %d with model %s\n", static_cast<int>(slot), model);
-        int result = modelPhysicalPortCountGet(model, &count);
-        if (result != RESULT_OK) {
-            if (source.logs)
-                LOG_ERROR_AS(source.caller, "Failed to get actual port count for model %s\n", model);
-            return result;
-        }
-        TRACE(source, "Actual port count for slot %d: %d\n", static_cast<int>(slot), static_cast<int>(count));
-        record->physicalPorts += count;
-        *total += count;
-        TRACE(source, "Total phyInfSum after slot %d: %d (using actual count)\n", static_cast<int>(slot),
-              static_cast<int>(*total));
-    }
-    return RESULT_OK;
-}
-
-static int expansionPortsCount(const SLOT_MODELS_T *slots, uint32_t unit, uint32_t *ports)
-{
-    for (uint32_t slot = 1; slot < SLOT_COUNT; slot++) {
-        const char *model = slotModelAt(slots, unit, slot);
-        uint32_t count = 0;
-        if (model[0] == '\0')
-            continue;
-        int result = modelPhysicalPortCountGet(model, &count);
-        if (result != RESULT_OK)
-            return result;
-        *ports += count;
-    }
-    return RESULT_OK;
-}
-
-// Front ports of a unit; *total counts those of all units.
+// Front ports of a unit; *total counts those of all units. Progress is told for a modular unit slot by slot.
 static int unitPortsCount(const PORT_SOURCE_T &source, uint32_t unit, SLOT_MODELS_T *slots, ROW_UNIT_T *record,
                           uint32_t *total)
 {
-    int result;
+    const bool modular = strcmp(record->model, MODEL_MODULAR) == 0;
+    const bool slotEmpty = slots->model[unit][0][0] == '\0';
 
-    if (strcmp(record->model, MODEL_MODULAR) == 0)
-        return modularPortsCount(source, unit, slots, record, total);
-    if (strcmp(record->model, MODEL_CARD_CHASSIS) == 0) {
-        result = expansionPortsCount(slots, unit, &record->physicalPorts);
-        *total += record->physicalPorts;
-        return result;
+    if (modular)
+        TRACE(source, "Processing TK830-T03 model for unit %d\n", static_cast<int>(unit));
+    const UNIT_PARTS_T parts = unitPartsGet(slots, unit, record->model);
+    if (modular && slotEmpty)
+        TRACE(source, "getPhyInfAllStatus: Copied module slot model %s to base slot for unit %u\n", record->model,
+              unit);
+    for (uint32_t slot = 0; slot < SLOT_COUNT; slot++) {
+        const char *model = parts.model[slot];
+        uint32_t count = 0;
+        if (model == nullptr)
+            continue;
+        if (modular)
+            TRACE(source, "Processing slot %d with model %s\n", static_cast<int>(slot), model);
+        int result = modelPhysicalPortCountGet(model, &count);
+        if (result != RESULT_OK) {
+            if (modular && source.logs)
+                LOG_ERROR_AS(source.caller, "Failed to get actual port count for model %s\n", model);
+            return result;
+        }
+        record->physicalPorts += count;
+        *total += count;
+        if (modular) {
+            TRACE(source, "Actual port count for slot %d: %d\n", static_cast<int>(slot), static_cast<int>(count));
+            TRACE(source, "Total phyInfSum after slot %d: %d (using actual count)\n", static_cast<int>(slot),
+                  static_cast<int>(*total));
+        }
     }
-    result = modelPhysicalPortCountGet(record->model, &record->physicalPorts);
-    if (result != RESULT_OK)
-        return result;
-    *total += record->physicalPorts;
-    TRACE(source, "Other model: Unit %d, intfCount=%d, phyInfSum=%d\n", static_cast<int>(unit),
-          static_cast<int>(record->physicalPorts), static_cast<int>(*total));
+    if (!modular && strcmp(record->model, MODEL_CARD_CHASSIS) != 0)
+        TRACE(source, "Other model: Unit %d, intfCount=%d, phyInfSum=%d\n", static_cast<int>(unit),
+              static_cast<int>(record->physicalPorts), static_cast<int>(*total));
     return RESULT_OK;
 }
 

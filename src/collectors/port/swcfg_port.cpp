@@ -19,6 +19,7 @@
 #include <cstring>
 
 constexpr uint32_t CHASSIS_CARD_RECORDS = 8; // of each card of the card chassis
+constexpr uint32_t MODULAR_SLOTS = 2;        // the modular unit's own ports, and its card
 
 constexpr uint32_t IF_MAP_SIZE = 768;      // interface numbers whose VLANs are looked at
 constexpr uint32_t INTERFACES_MAX = 65536; // more is taken for a wrong answer and cut to this
@@ -32,42 +33,24 @@ constexpr uint32_t POE_VALID = 1;
 constexpr uint32_t POE_ENABLED = 2;
 constexpr size_t LINKS_FIRST_CAPACITY = 1024;
 
-// Add what a model brings: its front ports, and its port numbers or the number of records that is given.
-static int modelAdd(PORT_UNIT_T *unit, const char *model, const uint32_t *records)
-{
-    uint32_t ports = 0;
-    uint32_t numbers = 0;
-
-    if (modelPhysicalPortCountGet(model, &ports) != RESULT_OK || modelPortCountGet(model, &numbers) != RESULT_OK)
-        return RESULT_FAILED;
-    unit->portCount += ports;
-    unit->recordCount += records != nullptr ? *records : numbers;
-    return RESULT_OK;
-}
-
-// Front ports and records of a unit, from its model or from the cards of a chassis.
+// Front ports and records of a unit, from its model or those of its cards; a modular unit has one card.
 static int unitCount(PORT_TABLE_T *table, uint32_t unitNumber)
 {
     PORT_UNIT_T *unit = &table->units[unitNumber - 1];
-    char(*slots)[SLOT_MODEL_SIZE] = table->slots.model[unitNumber];
-    int result = RESULT_OK;
+    const UNIT_PARTS_T parts = unitPartsGet(&table->slots, unitNumber, unit->model);
+    const bool chassis = strcmp(unit->model, MODEL_CARD_CHASSIS) == 0;
 
-    if (strcmp(unit->model, MODEL_CARD_CHASSIS) == 0) {
-        for (uint32_t slot = 1; slot < SLOT_COUNT && result == RESULT_OK; slot++) {
-            if (slots[slot][0] != '\0')
-                result = modelAdd(unit, slots[slot], &CHASSIS_CARD_RECORDS);
-        }
-        return result;
+    for (uint32_t slot = 0; slot < (chassis ? SLOT_COUNT : MODULAR_SLOTS); slot++) {
+        uint32_t ports = 0, numbers = 0;
+        if (parts.model[slot] == nullptr)
+            continue;
+        if (modelPhysicalPortCountGet(parts.model[slot], &ports) != RESULT_OK ||
+            modelPortCountGet(parts.model[slot], &numbers) != RESULT_OK)
+            return RESULT_FAILED;
+        unit->portCount += ports;
+        unit->recordCount += chassis ? CHASSIS_CARD_RECORDS : numbers;
     }
-    if (strcmp(unit->model, MODEL_MODULAR) == 0) {
-        if (slots[0][0] == '\0')
-            textCopy(slots[0], SLOT_MODEL_SIZE, unit->model);
-        result = modelAdd(unit, slots[0], nullptr);
-        if (result == RESULT_OK && slots[1][0] != '\0')
-            result = modelAdd(unit, slots[1], nullptr);
-        return result;
-    }
-    return modelAdd(unit, unit->model, nullptr);
+    return RESULT_OK;
 }
 
 // A unit whose model cannot be read is not in the document.

@@ -5,6 +5,7 @@
 // show files and column readers of switch/.
 
 #include "collectors/port/port_columns.h"
+#include "collectors/port/port_name_index.h"
 #include "runtime/log.h"
 #include "runtime/result.h"
 #include "switch/cli.h"
@@ -12,12 +13,10 @@
 #include "switch/columns.h"
 #include "switch/swapi.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 constexpr char BUILDER[] = "fillPhyInfStatusFastEX"; // name in the log lines of its passes
-constexpr size_t NAME_TEXT_SIZE = 12;                // "%d/%d/%d", cut at 11 characters
 
 // Numbers at the start of a row.
 struct ROW_PLACE_T {
@@ -29,12 +28,6 @@ struct ROW_PLACE_T {
 struct ROW_COUNTER_T {
     int unit;
     uint32_t row; // within the unit, from 1
-};
-
-// A port's name and its record, for look-ups by name.
-struct NAME_ENTRY_T {
-    char name[NAME_TEXT_SIZE];
-    PORT_RECORD_T *record;
 };
 
 /*
@@ -102,35 +95,6 @@ static bool statusRowStore(CLIENT_HANDLE_T *clientHandle, const char *line, cons
         record->linkState = strstr(line, "Detach ") != nullptr ? OPENCLT_LINK_DETACHED : OPENCLT_LINK_DOWN;
     record->stpMode = strstr(line, "BLK") != nullptr ? 1 : 0;
     return true;
-}
-
-// The index, ascending by name; of two with one name the earlier record comes first. Its length, 0 without memory.
-static uint32_t nameIndexMake(PORT_TABLE_T *table, OWNED_ARRAY<NAME_ENTRY_T> *index)
-{
-    uint32_t room = 0;
-    uint32_t count = 0;
-
-    portRecordsVisit(table, [&room](PORT_RECORD_T *) { room++; });
-    *index = ownedArray<NAME_ENTRY_T>(room);
-    if (*index == nullptr)
-        return 0;
-    portRecordsVisit(table, [index, &count](PORT_RECORD_T *record) {
-        NAME_ENTRY_T &entry = (*index)[count++];
-        snprintf(entry.name, sizeof(entry.name), "%d/%d/%d", record->unit, record->slot, record->port);
-        entry.record = record;
-    });
-    std::stable_sort(index->get(), index->get() + count,
-                     [](const NAME_ENTRY_T &a, const NAME_ENTRY_T &b) { return strcmp(a.name, b.name) < 0; });
-    return count;
-}
-
-static PORT_RECORD_T *nameIndexFind(const NAME_ENTRY_T *index, uint32_t count, const char *name)
-{
-    const NAME_ENTRY_T *end = index + count;
-    const NAME_ENTRY_T *found = std::lower_bound(
-        index, end, name, [](const NAME_ENTRY_T &entry, const char *text) { return strcmp(entry.name, text) < 0; });
-
-    return found != end && strcmp(found->name, name) == 0 ? found->record : nullptr;
 }
 
 // A command that failed shows as a file that does not open.
@@ -237,19 +201,27 @@ void portVlanIdsRead(PORT_TABLE_T *table)
 {
     SHOW_FILE_T show;
     SHOW_REQUEST_T request = {BUILDER, "show vlan port all", PATH_SHOW_VLAN_PORT_PHY};
-    OWNED_ARRAY<NAME_ENTRY_T> index;
+    PORT_NAME_INDEX_T<PORT_RECORD_T> index;
     char line[PORT_LINE_SIZE];
     char name[PORT_NAME_SIZE];
-    uint32_t pvid = 0;
+    uint32_t room = 0, pvid = 0;
 
     request.openLine = SHOW_OPEN_SILENT;
     if (showFileRun(&show, table->clientHandle, request) != RESULT_OK)
         return;
-    uint32_t count = nameIndexMake(table, &index);
+    portRecordsVisit(table, [&room](PORT_RECORD_T *) { room++; });
+    if (!portNameIndexStart(&index, room))
+        return;
+    portRecordsVisit(table, [&index](PORT_RECORD_T *record) {
+        char text[INDEXED_NAME_SIZE];
+        snprintf(text, sizeof(text), "%d/%d/%d", record->unit, record->slot, record->port);
+        portNameIndexAdd(&index, text, record);
+    });
+    portNameIndexSort(&index);
     while (showFileLineCut(&show, line, sizeof(line))) {
         if (!vlanPortRow(line, name, &pvid))
             continue;
-        PORT_RECORD_T *record = nameIndexFind(index.get(), count, name);
+        PORT_RECORD_T *record = portNameIndexFind(index, name);
         if (record != nullptr)
             record->pvid = pvid;
     }
@@ -277,7 +249,7 @@ int portStatsGetFromCli(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, PORT_LOAD
 {
     constexpr size_t LINE_SIZE = 255;
     SHOW_FILE_T show;
-    char name[NAME_TEXT_SIZE];
+    char name[INDEXED_NAME_SIZE];
     char command[32];
     char line[LINE_SIZE];
 

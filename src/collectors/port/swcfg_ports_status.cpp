@@ -5,22 +5,22 @@
 // port_rows.cpp. Uses the show files and column readers of switch/.
 
 #include "collectors/port/port_columns.h"
+#include "collectors/port/port_name_index.h"
 #include "collectors/port/port_rows.h"
 #include "runtime/result.h"
 #include "switch/cli.h"
 #include "switch/columns.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 constexpr uint32_t FURTHER_ENTRIES = 256; // LAGs looked for behind the ports
 
-// The settings table, and the order of its entries by name.
+// The settings table, and an index of it by name.
 struct STATUS_T {
     PORT_LIST_T *list;
     OWNED_ARRAY<PORT_SETTINGS_T> settings;
-    OWNED_ARRAY<uint32_t> byName;
+    PORT_NAME_INDEX_T<PORT_SETTINGS_T> byName;
     PORT_SETTINGS_T *selected; // interface of the paragraph being read, null for none
 };
 
@@ -34,34 +34,15 @@ struct COMMAND_T {
 
 static void settingsDefault(STATUS_T *status)
 {
-    const INTERFACE_ENTRY_T *table = status->list->table.get();
-    uint32_t *order = status->byName.get();
-    uint32_t count = status->list->entries;
-
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < status->list->entries; i++) {
         PORT_SETTINGS_T *settings = &status->settings[i];
         settings->adminState = 1;
         settings->pvid = 1;
         settings->stpFwdState = "Disable";
         settings->autoNegotiation = "Disable";
-        order[i] = i;
+        portNameIndexAdd(&status->byName, status->list->table[i].name, settings);
     }
-    // Of entries with the same name the first one is found.
-    std::sort(order, order + count, [table](uint32_t a, uint32_t b) {
-        int compared = strcmp(table[a].name, table[b].name);
-        return compared != 0 ? compared < 0 : a < b;
-    });
-}
-
-static PORT_SETTINGS_T *settingsFind(const STATUS_T *status, const char *name)
-{
-    const INTERFACE_ENTRY_T *table = status->list->table.get();
-    const uint32_t *begin = status->byName.get(), *end = begin + status->list->entries;
-    const uint32_t *at = std::lower_bound(begin, end, name, [table](uint32_t index, const char *wanted) {
-        return strcmp(table[index].name, wanted) < 0;
-    });
-
-    return at != end && strcmp(table[*at].name, name) == 0 ? &status->settings[*at] : nullptr;
+    portNameIndexSort(&status->byName);
 }
 
 //           1         2
@@ -82,7 +63,7 @@ static void descriptionLine(const char *line, STATUS_T *status)
     } else if (sscanf(line, "%11s %127[^\r\n]", name, description) < 1) {
         return;
     }
-    PORT_SETTINGS_T *settings = settingsFind(status, name);
+    PORT_SETTINGS_T *settings = portNameIndexFind(status->byName, name);
     if (settings != nullptr)
         textCopy(settings->description, sizeof(settings->description), description);
 }
@@ -98,7 +79,7 @@ static PORT_SETTINGS_T *rowSettings(const STATUS_T *status, const char *line, si
     portNameColumn(line, name);
     if (name[0] == '\0' || strchr(titles, name[0]) != nullptr)
         return nullptr;
-    return settingsFind(status, name);
+    return portNameIndexFind(status->byName, name);
 }
 
 //           1         2         3         4
@@ -157,7 +138,7 @@ static void stormControlLine(const char *line, STATUS_T *status)
 
     if (strlen(line) < SHORTEST || sscanf(line, "%11s %15s", name, word) != 2 || strchr("-BI", name[0]) != nullptr)
         return;
-    PORT_SETTINGS_T *settings = settingsFind(status, name);
+    PORT_SETTINGS_T *settings = portNameIndexFind(status->byName, name);
     if (settings != nullptr && (strcmp(word, "Enable") == 0 || strcmp(word, "Disable") == 0))
         settings->stormControl = word[0] == 'E';
 }
@@ -169,7 +150,7 @@ static void vlanPortLine(const char *line, STATUS_T *status)
 
     if (!vlanPortRow(line, name, &pvid))
         return;
-    PORT_SETTINGS_T *settings = settingsFind(status, name);
+    PORT_SETTINGS_T *settings = portNameIndexFind(status->byName, name);
     if (settings != nullptr)
         settings->pvid = pvid;
 }
@@ -189,7 +170,7 @@ static void spanningInterfaceLine(const char *line, STATUS_T *status)
 
     if (textBegins(line, "Interface:")) {
         (void)columnText(line, NAME_COLUMN, sizeof(name), name, sizeof(name));
-        status->selected = settingsFind(status, name);
+        status->selected = portNameIndexFind(status->byName, name);
         return;
     }
     const char *dot = strrchr(line, '.');
@@ -269,8 +250,7 @@ static int statusPrepare(PORT_LIST_T *list, void *context)
 
     status->list = list;
     status->settings = ownedArray<PORT_SETTINGS_T>(list->entries);
-    status->byName = ownedArray<uint32_t>(list->entries);
-    if (status->settings == nullptr || status->byName == nullptr)
+    if (status->settings == nullptr || !portNameIndexStart(&status->byName, list->entries))
         return RESULT_NO_MEMORY;
     settingsDefault(status);
     commandsRead(status);
