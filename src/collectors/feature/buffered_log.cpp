@@ -1,7 +1,7 @@
 #include "collectors/feature/buffered_log.h"
 
-// Thousands of entries each cycle, so the document is written straight into one growing text instead of a tree. An
-// entry's room is made before it is written: it stands in the document whole or not at all.
+// Thousands of entries each cycle: the document is written straight into a growing text, not through a tree. The text
+// grows before an entry is written, so that an entry is whole or missing.
 
 #include "restcache/store.h"
 #include "runtime/json_escape.h"
@@ -26,7 +26,7 @@ struct LOG_DOCUMENT_T {
 
 static const char caller[] = "get_buffered_log";
 
-// For texts whose room is made.
+// For texts that fit.
 static void textAppend(LOG_DOCUMENT_T *document, const char *text)
 {
     size_t length = strlen(text);
@@ -51,7 +51,7 @@ static bool entryNext(CLIENT_HANDLE_T *clientHandle, uint32_t *index, char *entr
 }
 
 // Double until `need` more bytes fit, terminator included. False without memory; the document is untouched then.
-static bool roomMake(LOG_DOCUMENT_T *document, size_t need)
+static bool textGrow(LOG_DOCUMENT_T *document, size_t need)
 {
     size_t size = document->size;
 
@@ -70,7 +70,7 @@ static bool roomMake(LOG_DOCUMENT_T *document, size_t need)
 
 static bool entryAppend(LOG_DOCUMENT_T *document, const char *entry, bool first)
 {
-    if (!roomMake(document, ESCAPED * strlen(entry) + sizeof(",\"\"")))
+    if (!textGrow(document, ESCAPED * strlen(entry) + sizeof(",\"\"")))
         return false;
     textAppend(document, first ? "\"" : ",\"");
     document->length += jsonEscape(entry, JSON_CONTROLS_HEX, document->text.get() + document->length,
@@ -110,7 +110,7 @@ int get_buffered_log(CLIENT_HANDLE_T *clientHandle)
     }
     textAppend(&document, header);
     entriesAppend(clientHandle, entry.get(), &document);
-    if (!roomMake(&document, sizeof(footer))) {
+    if (!textGrow(&document, sizeof(footer))) {
         LOG_ERROR("get_buffered_log: realloc failed for footer, truncating\n");
         return RESULT_ERROR;
     }

@@ -9,6 +9,7 @@
 #include "switch/cli.h"
 
 #include <cstring>
+#include <iterator>
 
 // Characters of a line in which the severity is looked for, terminator included.
 constexpr size_t SEVERITY_LINE_SIZE = 512;
@@ -98,7 +99,7 @@ int bufferedLogseverityGet(CLIENT_HANDLE_T *clientHandle, uint32_t *level)
     int result = loggingLineGet(clientHandle, __func__, "Buffered Logging Severity Filter", line, sizeof(line));
     if (result != RESULT_OK)
         return result;
-    for (uint32_t i = 0; i < sizeof(severities) / sizeof(severities[0]); i++) {
+    for (uint32_t i = 0; i < std::size(severities); i++) {
         if (strstr(line, severities[i]) != nullptr) {
             *level = i;
             break;

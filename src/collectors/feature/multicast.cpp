@@ -1,6 +1,6 @@
 #include "collectors/feature/multicast.h"
 
-// Who must not send multicast, and where the multicast routers are. Both documents turn around one access list, which
+// Who must not send multicast, and where the multicast routers are. Both documents are about one access list, which
 // the web interface applies to the interfaces it blocks; the platform tells where it is applied, and only the CLI tells
 // which addresses it denies. Uses the walks and show files of switch/ and runtime/json.h.
 

@@ -1,6 +1,6 @@
 #include "collectors/feature/multicast_groups_ex.h"
 
-// From the platform's group table to rows of text. The label of each interface is looked up once per push, in a map by
+// From the platform's group table to rows of text. The label of each interface is looked up once per build, in a map by
 // interface number, since thousands of rows name a few hundred interfaces. Each row is a small document of its own, so
 // that one without memory is left out and no other. Uses the walks of switch/ and the chunk writer of restcache/.
 
@@ -66,7 +66,7 @@ static void lagsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
     }
 }
 
-// The group after this one (all zero: the first). False after the last, and when the platform goes in a circle.
+// The group after this one (all zero: the first). False after the last, and when a group comes again.
 static bool groupNext(CLIENT_HANDLE_T *clientHandle, GROUP_CIRCLE_T *circle, openclt_snoop_group_t *group)
 {
     return rpcclt_openapiSnoopingGroupNextGet(clientHandle, OPENCLT_AF_IPV4, 0, group) == OPENCLT_OK &&
@@ -100,7 +100,7 @@ static void rowAdd(const openclt_snoop_group_t *group, const GROUP_TEXTS_T *text
         ipv4Text(subscriber->address, address);
         macText(subscriber->mac, mac);
     }
-    jsonBuildBegin(); // a key lost in an earlier row must not cost this one
+    jsonBuildBegin(); // an earlier row without memory does not drop this one
     OWNED_JSON row(cJSON_CreateObject());
     jsonAddNumber(row.get(), "unit", texts->unit);
     jsonAddText(row.get(), "port", texts->port);

@@ -1,7 +1,7 @@
 #include "collectors/feature/profile.h"
 
-// Joins the template files into one array, in the order of their names. What a template holds is the web interface's
-// matter: a file is copied as it stands and not parsed. If that makes no JSON, the envelope refuses the whole list.
+// Joins the template files into one array, in the order of their names. Files are copied without being parsed; if the
+// result is no JSON, the envelope refuses the document.
 
 #include "runtime/log.h"
 #include "runtime/owned.h"
@@ -17,8 +17,8 @@
 
 constexpr size_t TEXT_MAX = PROFILE_TEMPLATE_BUFFER_SIZE - 1;
 
-// What the switch offers; each stands for some templates.
-struct OFFER_T {
+// What the switch supports; some templates are offered only then.
+struct TEMPLATE_CONDITIONS_T {
     bool dot1as;
     bool smpte;
     bool modularRoom;
@@ -41,16 +41,16 @@ struct DIR_LIST_T {
 };
 
 // The array being written: '[' and the elements, not yet closed.
-struct ARRAY_T {
+struct ARRAY_TEXT_T {
     char *text;
     size_t length;
     uint32_t elements;
 };
 
 // A machine model that cannot be read offers nothing of its own.
-static OFFER_T offerGet(CLIENT_HANDLE_T *clientHandle)
+static TEMPLATE_CONDITIONS_T conditionsGet(CLIENT_HANDLE_T *clientHandle)
 {
-    OFFER_T offer = {};
+    TEMPLATE_CONDITIONS_T offer = {};
     char model[256] = "";
 
     (void)machineModelGet(clientHandle, model);         // stays empty when it fails
@@ -65,17 +65,17 @@ static int nameOrder(const struct dirent **left, const struct dirent **right)
     return strcmp((*left)->d_name, (*right)->d_name);
 }
 
-static bool templateOffered(const char *name, const OFFER_T &offer)
+static bool templateOffered(const char *name, const TEMPLATE_CONDITIONS_T &offer)
 {
     static const struct {
         const char *name;
-        bool OFFER_T::*condition;
+        bool TEMPLATE_CONDITIONS_T::*condition;
     } conditions[] = {
-        {"Audio_Video_AVB", &OFFER_T::dot1as},
-        {"Audio_Video_AVB_MILAN", &OFFER_T::dot1as},
-        {"Audio_Video_AVB_MILAN_with_Dante_PTPv1_PTPv2_or_AES67", &OFFER_T::dot1as},
-        {"Audio_Video_SMPTE", &OFFER_T::smpte},
-        {"Poly_StudioNet_Modular_Room_Switch", &OFFER_T::modularRoom},
+        {"Audio_Video_AVB", &TEMPLATE_CONDITIONS_T::dot1as},
+        {"Audio_Video_AVB_MILAN", &TEMPLATE_CONDITIONS_T::dot1as},
+        {"Audio_Video_AVB_MILAN_with_Dante_PTPv1_PTPv2_or_AES67", &TEMPLATE_CONDITIONS_T::dot1as},
+        {"Audio_Video_SMPTE", &TEMPLATE_CONDITIONS_T::smpte},
+        {"Poly_StudioNet_Modular_Room_Switch", &TEMPLATE_CONDITIONS_T::modularRoom},
     };
 
     for (const auto &row : conditions) {
@@ -107,7 +107,7 @@ static bool templateRead(const char *path, char content[TEXT_MAX + 1])
 }
 
 // False when the array is full.
-static bool templateAppend(ARRAY_T *array, const char *content)
+static bool templateAppend(ARRAY_TEXT_T *array, const char *content)
 {
     const size_t length = strlen(content);
 
@@ -125,9 +125,9 @@ static bool templateAppend(ARRAY_T *array, const char *content)
 int ProfileTemplateGet(CLIENT_HANDLE_T *clientHandle, int ignored, char *buffer)
 {
     (void)ignored;
-    const OFFER_T offer = offerGet(clientHandle);
+    const TEMPLATE_CONDITIONS_T offer = conditionsGet(clientHandle);
     const char *const folder = PathGet(PATH_TEMPLATE_DIR);
-    ARRAY_T array = {buffer, 1, 0};
+    ARRAY_TEXT_T array = {buffer, 1, 0};
     DIR_LIST_T list;
 
     memcpy(buffer, "[", 2);

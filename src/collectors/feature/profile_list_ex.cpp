@@ -25,7 +25,7 @@ constexpr uint32_t VLAN_LAST = 4096;
 constexpr size_t ROWS_FIRST = 64;
 constexpr int TYPE_DATA = 1; // VLANs of this type have no exported configuration
 
-struct ROWS_T {
+struct DATABASE_ROWS_T {
     OWNED_ARRAY<VLAN_INFO_ENTRY_T> entries; // ascending ID
     uint32_t count = 0;
     size_t capacity = 0;
@@ -35,7 +35,7 @@ struct ROWS_T {
 // One build: what is known of each VLAN ID.
 struct PROFILE_BUILD_T {
     CLIENT_HANDLE_T *clientHandle = nullptr;
-    ROWS_T rows;
+    DATABASE_ROWS_T rows;
     PROFILE_FILES_T exports{PATH_EXPORT_DIR};
     OWNED_JSON tagged[VLAN_LAST + 1], untagged[VLAN_LAST + 1]; // interface numbers; null for none
     char ip[VLAN_LAST + 1][16] = {}, mask[VLAN_LAST + 1][16] = {};
@@ -49,15 +49,15 @@ static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t si
     textCopy(out, size, text == nullptr ? "" : reinterpret_cast<const char *>(text));
 }
 
-// The rows that a VLAN ID can find: one an ID. No file, no table: no rows, and every VLAN shows its defaults. False
-// when the read breaks off (logged): with defaults in their place the document would look whole.
-static bool rowsRead(ROWS_T *rows)
+// The first row of each VLAN ID. Without file or table there are no rows, and every VLAN shows its defaults. False when
+// the read breaks off (logged): defaults in place of the remaining rows would be wrong.
+static bool rowsRead(DATABASE_ROWS_T *rows)
 {
     OWNED_DB db;
     sqlite3_stmt *prepared = nullptr;
     std::bitset<VLAN_LAST + 1> seen;
 
-    // sorted here: SQLite would keep all the rows of a database that somebody has filled with millions
+    // sorted here: SQLite's ORDER BY would hold all rows in memory, however many there are
     if (databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db) != SQLITE_OK ||
         sqlite3_prepare_v2(db.get(), "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo", -1,
                            &prepared, nullptr) != SQLITE_OK)
@@ -90,14 +90,14 @@ static bool rowsRead(ROWS_T *rows)
     return false;
 }
 
-static void bucketAdd(OWNED_JSON *bucket, uint32_t ifNum)
+static void interfaceAppend(OWNED_JSON *list, uint32_t ifNum)
 {
-    if (*bucket == nullptr)
-        bucket->reset(cJSON_CreateArray());
-    jsonAppendNumber(bucket->get(), ifNum);
+    if (*list == nullptr)
+        list->reset(cJSON_CreateArray());
+    jsonAppendNumber(list->get(), ifNum);
 }
 
-static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum)
+static void interfaceRead(PROFILE_BUILD_T *build, uint32_t ifNum)
 {
     openclt_vlan_list_t list;
     openclt_buffer_t buffer = {sizeof(list), reinterpret_cast<char *>(&list)};
@@ -107,19 +107,19 @@ static void interfaceEnter(PROFILE_BUILD_T *build, uint32_t ifNum)
     if (rpcclt_openapiDot1qSwPortTaggedVlanListGet(build->clientHandle, ifNum, &buffer) == OPENCLT_OK) {
         for (uint32_t i = 0; i < list.count && i < OPENCLT_VLAN_LIST_MAX; i++) {
             if (list.ids[i] <= VLAN_LAST)
-                bucketAdd(&build->tagged[list.ids[i]], ifNum);
+                interfaceAppend(&build->tagged[list.ids[i]], ifNum);
         }
     }
     if (openapiVlanIfPvidGet(build->clientHandle, ifNum, &pvid) == OPENCLT_OK && pvid <= VLAN_LAST)
-        bucketAdd(&build->untagged[pvid], ifNum);
+        interfaceAppend(&build->untagged[pvid], ifNum);
 }
 
-static void bucketsFill(PROFILE_BUILD_T *build)
+static void interfacesRead(PROFILE_BUILD_T *build)
 {
     uint32_t maxMembers = 0;
 
     for (IF_WALK_T port = ifWalkStart(build->clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
-        interfaceEnter(build, port.ifNum);
+        interfaceRead(build, port.ifNum);
 
     IF_WALK_T lag = ifWalkStart(build->clientHandle, OPENCLT_IF_LAG);
     if (!lag.valid || rpcclt_openapiLagMaxMemberCountGet(build->clientHandle, &maxMembers) != OPENCLT_OK)
@@ -127,7 +127,7 @@ static void bucketsFill(PROFILE_BUILD_T *build)
     for (; lag.valid && maxMembers > 0; ifWalkNext(&lag)) {
         LAG_MEMBERS_T members;
         if (lagMembersGet(build->clientHandle, lag.ifNum, maxMembers, &members) == RESULT_OK && members.count > 0)
-            interfaceEnter(build, lag.ifNum);
+            interfaceRead(build, lag.ifNum);
     }
 }
 
@@ -152,7 +152,7 @@ static void routingFill(PROFILE_BUILD_T *build)
 }
 
 // The VLAN's row, to which the cursor moves; the defaults when it has none.
-static VLAN_INFO_ENTRY_T profileGet(ROWS_T *rows, uint32_t vlanId)
+static VLAN_INFO_ENTRY_T profileGet(DATABASE_ROWS_T *rows, uint32_t vlanId)
 {
     while (rows->cursor < rows->count && rows->entries[rows->cursor].id < static_cast<int64_t>(vlanId))
         rows->cursor++;
@@ -176,10 +176,10 @@ static bool routingAllowed(const char *profileType)
     return strcmp(profileType, "Allen & Heath gigaACEGX") != 0 && strcmp(profileType, "Audio Basalte Multiroom") != 0;
 }
 
-static OWNED_JSON bucketTake(OWNED_JSON *buckets, uint32_t vlanId)
+static OWNED_JSON interfacesOf(OWNED_JSON *lists, uint32_t vlanId)
 {
-    if (vlanId <= VLAN_LAST && buckets[vlanId] != nullptr)
-        return std::move(buckets[vlanId]);
+    if (vlanId <= VLAN_LAST && lists[vlanId] != nullptr)
+        return std::move(lists[vlanId]);
     return OWNED_JSON(cJSON_CreateArray());
 }
 
@@ -224,8 +224,8 @@ static OWNED_JSON vlanObject(PROFILE_BUILD_T *build, uint32_t vlanId)
     jsonAddText(object.get(), "ip", vlanId <= VLAN_LAST ? build->ip[vlanId] : "");
     jsonAddText(object.get(), "ipMask", vlanId <= VLAN_LAST ? build->mask[vlanId] : "");
     jsonAddBool(object.get(), "routing", routingAllowed(profile.profileType));
-    jsonAddItem(object.get(), "tagged", bucketTake(build->tagged, vlanId));
-    jsonAddItem(object.get(), "untagged", bucketTake(build->untagged, vlanId));
+    jsonAddItem(object.get(), "tagged", interfacesOf(build->tagged, vlanId));
+    jsonAddItem(object.get(), "untagged", interfacesOf(build->untagged, vlanId));
     jsonAddItem(object.get(), "assignedPort", assignedPorts(&build->exports, profile, vlanId));
     return object;
 }
@@ -262,11 +262,11 @@ int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
     if (!rowsRead(&build->rows))
         return RESULT_FAILED;
     const int64_t rowsDone = ClockMicroseconds();
-    bucketsFill(build.get());
+    interfacesRead(build.get());
     routingFill(build.get());
     const int64_t tablesDone = ClockMicroseconds();
-    // A port that was lost for want of memory would be missed by somebody; a VLAN without memory is left out.
-    const bool portsLost = jsonIncomplete();
+    // Without memory for a port the document fails; a VLAN without memory is left out.
+    const bool portsMissing = jsonIncomplete();
     vlansAdd(build.get(), array.get());
     const int64_t end = ClockMicroseconds();
     build.reset();
@@ -274,7 +274,7 @@ int profileListExGet(CLIENT_HANDLE_T *clientHandle, char **out)
               milliseconds(start, rowsDone), milliseconds(rowsDone, tablesDone), milliseconds(tablesDone, end),
               milliseconds(start, end));
 
-    if (!portsLost)
+    if (!portsMissing)
         *out = jsonPrint(array.get(), JSON_COMPACT);
     return *out == nullptr ? RESULT_FAILED : RESULT_OK;
 }

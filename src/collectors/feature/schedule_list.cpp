@@ -1,8 +1,8 @@
 #include "collectors/feature/schedule_list.h"
 
 // A time range is read in four passes: its first entry's start, all entries' ends, its status, and the ports that name
-// it. Numbers of entries and of time ranges are held within limits, so that a wrong answer cannot hold the daemon. Uses
-// the walks and wrappers of switch/ and runtime/json.h.
+// it. Numbers of entries and of time ranges are held within limits, so that a wrong answer cannot keep the daemon busy.
+// Uses the walks and wrappers of switch/ and runtime/json.h.
 
 #include "runtime/json.h"
 #include "runtime/log.h"

@@ -54,7 +54,7 @@ static bool numberAtEnd(const char *line, uint32_t *number)
 // Local Clock Priority1.......................... 246
 // Local Clock Priority2.......................... 248
 //
-// 0 when both were found, else both are 0 or what was found. The output stays for others to read.
+// 0 when both were found, else both are 0 or what was found. The output file is not deleted: other programs read it.
 static int clockPrioritiesGet(CLIENT_HANDLE_T *clientHandle, CLOCK_PRIORITIES_T *clock)
 {
     SHOW_FILE_T show;
@@ -233,7 +233,7 @@ void vlanEntryRelease(VLAN_INFO_T *vlan)
 
 int vlanListAllInfoGetEX(CLIENT_HANDLE_T *clientHandle, VLAN_INFOX_LIST_T *list)
 {
-    (void)vlanListBaseInfoGetEX(clientHandle, list); // has logged; what it left is what there is to show
+    (void)vlanListBaseInfoGetEX(clientHandle, list); // logged; the VLANs read so far are shown
 
     OWNED_VLAN_PORTS ports = vlanSlotsCreate<VLAN_PORTS_T>();
     if (ports == nullptr) {

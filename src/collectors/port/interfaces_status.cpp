@@ -2,7 +2,7 @@
 
 // What holds for the whole build (LAG members, 802.1X mode, size of an optic's text) is read once; then one walk over
 // the ports, in which a unit and a slot enter the document with their first port, and one over the LAGs. A read that
-// fails leaves its default and nothing else. Uses the walks, wrappers and texts of switch/ and runtime/json.h.
+// fails leaves its default. Uses the walks, wrappers and texts of switch/ and runtime/json.h.
 
 #include "runtime/json.h"
 #include "runtime/result.h"
@@ -14,6 +14,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 constexpr uint32_t UNITS = 8;      // units 1 to 8
 constexpr uint32_t SLOT_LAST = 12; // slots 0 to 12
@@ -27,7 +28,7 @@ constexpr uint32_t DOT1X_NOT_APPLICABLE = 3;
 
 // A unit that is in the document: its model, its array of slots, and for each slot its array of ports; null for what
 // has had no port yet.
-struct UNIT_T {
+struct UNIT_JSON_T {
     char model[MODEL_SIZE];
     cJSON *slots;
     cJSON *ports[SLOT_LAST + 1];
@@ -39,7 +40,7 @@ struct STATUS_BUILD_T {
     uint32_t dot1xMode;
     uint32_t complianceSize;
     cJSON *units;
-    UNIT_T unit[UNITS + 1]; // by unit number
+    UNIT_JSON_T unit[UNITS + 1]; // by unit number
 };
 
 static void lagMembersRead(STATUS_BUILD_T *build)
@@ -117,7 +118,7 @@ static const char *speedText(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint
         "1000 Full", "2.5G Full", "5G Full",  "10G Full",  "20G Full",  "25G Full", "40G Full",
         "50G Full",  "100G Full", "155",      "200G Full", "400G Full", "LAG",
     };
-    constexpr size_t COUNT = sizeof(texts) / sizeof(texts[0]);
+    constexpr size_t COUNT = std::size(texts);
     static_assert(COUNT == 20, "speed codes 0 to 19");
     uint32_t speed = 0;
 
@@ -169,7 +170,7 @@ static void portAdd(STATUS_BUILD_T *build, uint32_t ifNum, uint32_t port, cJSON 
 
 static void unitAdd(STATUS_BUILD_T *build, uint32_t unit)
 {
-    UNIT_T &row = build->unit[unit];
+    UNIT_JSON_T &row = build->unit[unit];
     openclt_buffer_t buffer = {sizeof(row.model), row.model};
     char model[256] = "";
 

@@ -20,7 +20,7 @@ struct NAMED_ROW_T {
 using NAMED_ROW_PARSE = bool (*)(const char *line, NAMED_ROW_T *row);
 
 // One of the two tables joined to the status table.
-struct JOINED_T {
+struct JOINED_TABLE_T {
     const char *caller;
     PATH_ID file;
     NAMED_ROW_PARSE parse;
@@ -90,7 +90,7 @@ static bool statusRowParse(const char *line, INTERFACE_ENTRY_T *entry)
 
 // Rows stand in the order of the status table, which may list more: each name is looked for behind the last one found.
 // A name that is not there leaves nothing to look in, and the parse ends.
-static int joinedRead(const JOINED_T &joined, INTERFACE_ENTRY_T *table, uint32_t count)
+static int joinedRead(const JOINED_TABLE_T &joined, INTERFACE_ENTRY_T *table, uint32_t count)
 {
     SHOW_FILE_T show;
     NAMED_ROW_T row;
@@ -154,7 +154,7 @@ static void fanOutStore(INTERFACE_ENTRY_T *entry, const char *text)
     textCopy(entry->fanOutMode, STORED + 1, text);
 }
 
-// A command that failed may leave a part of its text, which nobody is going to read.
+// The partial output of a command that failed is removed.
 static bool commandRun(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_ID file)
 {
     if (cliShowExecuteToFile(clientHandle, command, PathGet(file)) == RESULT_OK)

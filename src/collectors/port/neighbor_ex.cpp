@@ -1,7 +1,7 @@
 #include "collectors/port/neighbor_ex.h"
 
 // LLDP knows a device best, so its rows come first; a learned address gives a row only when no LLDP row has it. The
-// tables that rows are made from are read once per push, and searched in logarithmic time, since a large switch has
+// tables that rows are made from are read once per build, and searched in logarithmic time, since a large switch has
 // 16,384 learned addresses. Rows go through the chunk writer of restcache/.
 
 #include "collectors/port/neighbor_ex_rows.h"
@@ -19,8 +19,8 @@
 constexpr uint32_t LLDP_TEXT_SIZE = 256;                // when the platform does not say
 constexpr uint32_t CHASSIS_IS_MAC = 4, PORT_IS_MAC = 3; // subtypes
 
-// What one push works with.
-struct PUSH_T {
+// State of one build.
+struct NEIGHBOR_BUILD_T {
     CLIENT_HANDLE_T *clientHandle;
     CHUNK_SINK_T sink;
     ARP_TABLE_T arp;
@@ -84,7 +84,7 @@ static bool lldpDeviceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32
 }
 
 // False when the row is too long and is left out.
-static bool rowAdd(PUSH_T *push, NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row)
+static bool rowAdd(NEIGHBOR_BUILD_T *build, NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &row)
 {
     char text[NEIGHBOR_ROW_SIZE];
 
@@ -93,14 +93,14 @@ static bool rowAdd(PUSH_T *push, NEIGHBOR_ROW_FORM form, const NEIGHBOR_ROW_T &r
         LOG_WARN("neighbor_ex: a row of interface %u is too long, dropping\n", row.ifNum);
         return false;
     }
-    chunkRowAdd(&push->sink, text, length);
+    chunkRowAdd(&build->sink, text, length);
     return true;
 }
 
 // False when there is no memory to remember the address of a row.
-static bool lldpRowAdd(PUSH_T *push, uint32_t ifNum, const LLDP_DEVICE_T *device)
+static bool lldpRowAdd(NEIGHBOR_BUILD_T *build, uint32_t ifNum, const LLDP_DEVICE_T *device)
 {
-    const NEIGHBOR_IF_T *interface = &push->interfaces[ifNum];
+    const NEIGHBOR_IF_T *interface = &build->interfaces[ifNum];
     const char *mac = "";
 
     if (device->chassisSubtype == CHASSIS_IS_MAC)
@@ -109,85 +109,85 @@ static bool lldpRowAdd(PUSH_T *push, uint32_t ifNum, const LLDP_DEVICE_T *device
         mac = device->portId;
     const char *hostName = device->systemName[0] != '\0' ? device->systemName : ouiVendorOfMac(mac);
 
-    bool added = rowAdd(push, NEIGHBOR_ROW_LLDP,
+    bool added = rowAdd(build, NEIGHBOR_ROW_LLDP,
                         {interface, ifNum, interface->pvid, hostName, device->address, mac, device->portId});
-    return !added || mac[0] == '\0' || macListAdd(&push->lldpMacs, mac);
+    return !added || mac[0] == '\0' || macListAdd(&build->lldpMacs, mac);
 }
 
 // Rows of all devices on one port; false when there is no memory.
-static bool interfaceDevicesAdd(PUSH_T *push, uint32_t ifNum, LLDP_DEVICE_T *device)
+static bool interfaceDevicesAdd(NEIGHBOR_BUILD_T *build, uint32_t ifNum, LLDP_DEVICE_T *device)
 {
     uint32_t index = 0;
 
-    while (lldpDeviceNext(push->clientHandle, ifNum, &index)) {
-        if (lldpDeviceRead(push->clientHandle, ifNum, index, device) && !lldpRowAdd(push, ifNum, device))
+    while (lldpDeviceNext(build->clientHandle, ifNum, &index)) {
+        if (lldpDeviceRead(build->clientHandle, ifNum, index, device) && !lldpRowAdd(build, ifNum, device))
             return false;
     }
     return true;
 }
 
-static bool lldpRowsAdd(PUSH_T *push)
+static bool lldpRowsAdd(NEIGHBOR_BUILD_T *build)
 {
     LLDP_DEVICE_T device = {};
 
-    if (!lldpDeviceAlloc(push->clientHandle, &device) || !macListStart(&push->lldpMacs))
+    if (!lldpDeviceAlloc(build->clientHandle, &device) || !macListStart(&build->lldpMacs))
         return false;
     for (uint32_t ifNum = 0; ifNum < NEIGHBOR_IF_COUNT; ifNum++) {
-        const NEIGHBOR_IF_T *interface = &push->interfaces[ifNum];
-        if (interface->valid && interface->linkUp && !interfaceDevicesAdd(push, ifNum, &device))
+        const NEIGHBOR_IF_T *interface = &build->interfaces[ifNum];
+        if (interface->valid && interface->linkUp && !interfaceDevicesAdd(build, ifNum, &device))
             return false;
     }
     return true;
 }
 
-static bool fdbEntryShown(const PUSH_T *push, const FDB_ENTRY_T *entry)
+static bool fdbEntryShown(const NEIGHBOR_BUILD_T *build, const FDB_ENTRY_T *entry)
 {
     if (entry->ifNum >= NEIGHBOR_IF_COUNT || entry->learned != 1)
         return false;
-    const NEIGHBOR_IF_T *interface = &push->interfaces[entry->ifNum];
+    const NEIGHBOR_IF_T *interface = &build->interfaces[entry->ifNum];
     return interface->valid && interface->switchMode != OPENCLT_PORT_MODE_AUTO_TRUNK &&
-           !macListHas(&push->lldpMacs, entry->mac);
+           !macListHas(&build->lldpMacs, entry->mac);
 }
 
-static void fdbRowsAdd(PUSH_T *push)
+static void fdbRowsAdd(NEIGHBOR_BUILD_T *build)
 {
     OWNED_ARRAY<FDB_ENTRY_T> entries;
 
-    uint32_t count = fdbSnapshotGet(push->clientHandle, &entries);
+    uint32_t count = fdbSnapshotGet(build->clientHandle, &entries);
     for (uint32_t i = 0; i < count; i++) {
         const FDB_ENTRY_T *entry = &entries[i];
-        if (!fdbEntryShown(push, entry))
+        if (!fdbEntryShown(build, entry))
             continue;
-        (void)rowAdd(push, NEIGHBOR_ROW_FDB, // one that is dropped has said so
-                     {&push->interfaces[entry->ifNum], entry->ifNum, static_cast<uint32_t>(entry->vlanId),
-                      ouiVendorOfMac(entry->mac), arpTableFind(&push->arp, entry->mac), entry->mac, ""});
+        (void)rowAdd(build, NEIGHBOR_ROW_FDB, // one that is dropped has said so
+                     {&build->interfaces[entry->ifNum], entry->ifNum, static_cast<uint32_t>(entry->vlanId),
+                      ouiVendorOfMac(entry->mac), arpTableFind(&build->arp, entry->mac), entry->mac, ""});
     }
 }
 
 // False when there is no memory for something that rows cannot be made without.
-static bool rowsCollect(PUSH_T *push)
+static bool rowsCollect(NEIGHBOR_BUILD_T *build)
 {
-    if (!arpTableRead(push->clientHandle, &push->arp)) // rows lack addresses then, no more
-        LOG_ERROR("neighbor_ex: no memory for the ARP table at count=%zu\n", push->arp.count);
-    if (!interfaceTableRead(push->clientHandle, &push->interfaces))
+    if (!arpTableRead(build->clientHandle, &build->arp)) // rows lack addresses then, no more
+        LOG_ERROR("neighbor_ex: no memory for the ARP table at count=%zu\n", build->arp.count);
+    if (!interfaceTableRead(build->clientHandle, &build->interfaces))
         return false;
     ouiTableLoad();
-    if (!lldpRowsAdd(push))
+    if (!lldpRowsAdd(build))
         return false;
-    macListSort(&push->lldpMacs);
-    fdbRowsAdd(push);
+    macListSort(&build->lldpMacs);
+    fdbRowsAdd(build);
     return true;
 }
 
 int neighborListExChunkedPush(CLIENT_HANDLE_T *clientHandle)
 {
-    PUSH_T push = {};
+    NEIGHBOR_BUILD_T build = {};
 
-    push.clientHandle = clientHandle;
-    int result = chunkBegin(&push.sink, CHUNK_NEIGHBORS);
+    build.clientHandle = clientHandle;
+    int result = chunkBegin(&build.sink, CHUNK_NEIGHBORS);
     if (result != RESULT_OK)
         return result;
-    if (!rowsCollect(&push))
-        push.sink.error = 1;
-    return chunkEnd(&push.sink);
+    if (!rowsCollect(&build))
+        build.sink.error = 1;
+    return chunkEnd(&build.sink);
 }

@@ -1,8 +1,8 @@
 #include "collectors/port/neighbor_ex_tables.h"
 
-// Three tables that are read or filled once per push. The two that are searched for every learned address are sorted by
-// MAC first; a position kept in each ARP entry makes the search find what a search from the front would. Uses the walks
-// of switch/.
+// Three tables that are read or filled once per build. The two that are searched for every learned address are sorted
+// by MAC first; a position kept in each ARP entry makes the search find what a search from the front would. Uses the
+// walks of switch/.
 
 #include "runtime/result.h"
 #include "switch/columns.h"
@@ -38,7 +38,7 @@ static void interfaceRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, NEIGHBO
     *entry = read;
 }
 
-// The entry after this one (all zero: the first). False after the last, and when the platform goes in a circle.
+// The entry after this one (all zero: the first). False after the last, and when an entry comes again.
 static bool arpNext(CLIENT_HANDLE_T *clientHandle, ARP_CIRCLE_T *circle, openclt_arp_entry_t *entry)
 {
     std::array<uint8_t, sizeof(openclt_inet_addr_t::bytes)> address;

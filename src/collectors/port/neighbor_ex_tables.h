@@ -1,4 +1,4 @@
-// neighbor_ex_tables.h - what one push of the neighbour list looks things up in: ports, ARP entries, LLDP addresses.
+// neighbor_ex_tables.h - look-up tables of one build of the neighbour list: ports, ARP entries, LLDP addresses.
 //
 // Platform: openapiIfFirstGet, openapiIfNextGet, rpcclt_openapiDot1qSwPortModeGet,
 // rpcclt_openapiHashIntfUnitSlotPortGet, openapiIfNameGet, openapiVlanIfPvidGet, openapiIfLinkStateGet,

@@ -130,7 +130,7 @@ static int tablesFill(PORT_LIST_T *list, const PORT_SOURCE_T &source)
     flowControlFill(list);
     interfacesTableFill(list->clientHandle, list->table.get(), list->physical, further, &count);
 
-    // Room that was only offered ends with the first entry that has no name.
+    // With room for more than there are, the first entry without a name ends the table.
     list->entries = list->physical;
     while (list->entries < list->physical + further &&
            (source.furtherRoom == 0 || list->table[list->entries].name[0] != '\0'))

@@ -12,6 +12,7 @@
 #include "switch/walk.h"
 
 #include <cstdio>
+#include <iterator>
 
 constexpr size_t COUNTERS = 7;
 constexpr size_t NAME_SIZE = 256;
@@ -76,7 +77,7 @@ static const uint64_t speedBits[] = {
     200000000000, // 17
     400000000000, // 18
 };
-constexpr size_t SPEED_CODES = sizeof(speedBits) / sizeof(speedBits[0]);
+constexpr size_t SPEED_CODES = std::size(speedBits);
 static_assert(SPEED_CODES == 19, "speed codes 0 to 18");
 
 // What a row says of one interface now; all 0 while its link is down.

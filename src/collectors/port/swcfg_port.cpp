@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 constexpr uint32_t CHASSIS_CARD_RECORDS = 8; // of each card of the card chassis
 constexpr uint32_t MODULAR_SLOTS = 2;        // the modular unit's own ports, and its card
@@ -234,19 +235,19 @@ static bool slotModuleTypeGet(const PORT_TABLE_T *table, const PORT_RECORD_T *re
     return true;
 }
 
-// The modular chassis says by its cards what a port is; so does every unit after one in the stack, even if the chassis
-// lists no port.
+// In a modular unit the card decides the module type, and in every unit after the first modular one of the stack, even
+// if that one lists no port.
 static void modulesRead(PORT_TABLE_T *table)
 {
-    uint32_t firstBySlot = 1;
+    uint32_t firstModularUnit = 1;
 
-    while (firstBySlot <= PORT_TABLE_UNITS && strcmp(table->units[firstBySlot - 1].model, MODEL_MODULAR) != 0)
-        firstBySlot++;
-    portRecordsVisit(table, [table, firstBySlot](PORT_RECORD_T *record) {
+    while (firstModularUnit <= PORT_TABLE_UNITS && strcmp(table->units[firstModularUnit - 1].model, MODEL_MODULAR) != 0)
+        firstModularUnit++;
+    portRecordsVisit(table, [table, firstModularUnit](PORT_RECORD_T *record) {
         (void)boxsSfpTypeGet(table->clientHandle, record->ifNum, &record->moduleType); // 0, logged
         if (ifCapabilitiesGet(table->clientHandle, record->ifNum, &record->portCapability) != RESULT_OK)
             record->portCapability = 0; // logged; what it leaves is no class
-        if (record->unit >= firstBySlot)
+        if (record->unit >= firstModularUnit)
             (void)slotModuleTypeGet(table, record, &record->moduleType); // unchanged for an empty slot
         if (record->moduleType >= MODULE_TYPE_LAST)
             record->moduleType = MODULE_TYPE_OTHER;
@@ -311,7 +312,7 @@ void getPortLinkSpeed(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, char text[P
         "100FX FULL", "1000SX FULL", "2P5FX FULL",  "5FX FULL",   "10GSX FULL",  "20GSX FULL",  "25GSX FULL",
         "40GSX FULL", "50GSX FULL",  "100GSX FULL", "155 AAL5",   "200GSX FULL", "400GSX FULL", "LAG",
     };
-    constexpr size_t COUNT = sizeof(texts) / sizeof(texts[0]);
+    constexpr size_t COUNT = std::size(texts);
     static_assert(COUNT == 20, "speed codes 0 to 19");
     uint32_t speed = 0;
 

@@ -24,7 +24,7 @@ struct ROW_PLACE_T {
     int unit, slot, port;
 };
 
-// Which record the rows of a table belong to, while they are gone through.
+// Position in a table: its n-th row of a unit belongs to the n-th record of that unit.
 struct ROW_COUNTER_T {
     int unit;
     uint32_t row; // within the unit, from 1

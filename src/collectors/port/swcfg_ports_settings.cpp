@@ -1,7 +1,7 @@
 #include "collectors/port/swcfg_ports_settings.h"
 
 // Settings are asked of the platform one by one for each interface, unlike those of swcfg_ports_status.cpp: a table of
-// calls with what each is named in the log. Then the edit pass over the printed rows: out goes the live state, in comes
+// calls with their names in the log. Then the edit pass over the rows: out goes the live state, in comes
 // the front port of a sub-port. The rows themselves are made in port_rows.cpp.
 
 #include "collectors/port/port_rows.h"
@@ -21,10 +21,10 @@ constexpr uint32_t STORM_BROADCAST = 2;
 constexpr int NO_ROOT_PORT = -1;
 static const char CALLER[] = "getPortStatusList"; // in the log lines of the reads
 
-// A number that is read of each interface; `otherwise` stands when the call fails, which is logged as `what`.
-struct READ_T {
+// A setting that one call reads of each interface. When it fails, `what` is logged, and `fallback` used.
+struct SETTING_CALL_T {
     int (*call)(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value);
-    uint32_t otherwise;
+    uint32_t fallback;
     const char *what;
 };
 
@@ -65,16 +65,16 @@ static uint32_t pvidRead(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
     return openapiVlanIfPvidGet(clientHandle, ifNum, &pvid) == OPENCLT_OK ? pvid : 1;
 }
 
-static uint32_t numberRead(const READ_T &read, CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
+static uint32_t settingRead(const SETTING_CALL_T &setting, CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
 {
-    uint32_t value = read.otherwise;
+    uint32_t value = setting.fallback;
 
-    int result = read.call(clientHandle, ifNum, &value);
+    int result = setting.call(clientHandle, ifNum, &value);
     if (result == OPENCLT_OK)
         return value;
-    LOG_ERROR_AS(CALLER, "Bad return code trying to get %s (port = %d result = %d)\n", read.what,
+    LOG_ERROR_AS(CALLER, "Bad return code trying to get %s (port = %d result = %d)\n", setting.what,
                  static_cast<int>(ifNum), result);
-    return read.otherwise;
+    return setting.fallback;
 }
 
 static int forwardingStateGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t *value)
@@ -87,15 +87,16 @@ static int stormControlGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32
     return rpcclt_openapiStormControlIntfModeGet(clientHandle, ifNum, STORM_BROADCAST, value);
 }
 
-static const READ_T readStp = {rpcclt_openapiDot1SIntfModeGet, 0, "Spanning Tree Mode"};
-static const READ_T readEdge = {rpcclt_openapiDot1SIntfEdgePortModeGet, 0, "Spanning Tree Interface Edge Port Mode."};
-static const READ_T readTcnGuard = {rpcclt_openapiDot1SPortRestrictedTcnGet, 0,
-                                    "Spanning Tree Restricted TCN parameterfor an interface."};
-static const READ_T readForwarding = {forwardingStateGet, 0, "Spanning Tree Port Forwarding State."};
-static const READ_T readBpduFilter = {rpcclt_openapiDot1SIntfBPDUFilterModeGet, 0,
-                                      "Spanning Tree Interface BPDU Filter Mode."};
-static const READ_T readAutoNeg = {openapiIfAutoNegGet, 1, "auto-negotiation mode of physical interface."};
-static const READ_T readStormControl = {stormControlGet, 0, "storm control mode on an interface."};
+static const SETTING_CALL_T callStp = {rpcclt_openapiDot1SIntfModeGet, 0, "Spanning Tree Mode"};
+static const SETTING_CALL_T callEdge = {rpcclt_openapiDot1SIntfEdgePortModeGet, 0,
+                                        "Spanning Tree Interface Edge Port Mode."};
+static const SETTING_CALL_T callTcnGuard = {rpcclt_openapiDot1SPortRestrictedTcnGet, 0,
+                                            "Spanning Tree Restricted TCN parameterfor an interface."};
+static const SETTING_CALL_T callForwarding = {forwardingStateGet, 0, "Spanning Tree Port Forwarding State."};
+static const SETTING_CALL_T callBpduFilter = {rpcclt_openapiDot1SIntfBPDUFilterModeGet, 0,
+                                              "Spanning Tree Interface BPDU Filter Mode."};
+static const SETTING_CALL_T callAutoNeg = {openapiIfAutoNegGet, 1, "auto-negotiation mode of physical interface."};
+static const SETTING_CALL_T callStormControl = {stormControlGet, 0, "storm control mode on an interface."};
 
 static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, void *, PORT_SETTINGS_T *settings)
 {
@@ -104,15 +105,15 @@ static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, vo
     descriptionRead(clientHandle, row->ifNum, settings->description);
     settings->adminState = adminStateRead(clientHandle, row->ifNum);
     settings->pvid = pvidRead(clientHandle, row->ifNum);
-    settings->stp = numberRead(readStp, clientHandle, row->ifNum) != 0;
-    settings->stpEdge = numberRead(readEdge, clientHandle, row->ifNum) != 0;
-    settings->stpTcnGuard = numberRead(readTcnGuard, clientHandle, row->ifNum) != 0;
-    settings->stpFwdState = stpFwdStateText(numberRead(readForwarding, clientHandle, row->ifNum));
-    settings->stpBpduFilter = numberRead(readBpduFilter, clientHandle, row->ifNum) != 0;
+    settings->stp = settingRead(callStp, clientHandle, row->ifNum) != 0;
+    settings->stpEdge = settingRead(callEdge, clientHandle, row->ifNum) != 0;
+    settings->stpTcnGuard = settingRead(callTcnGuard, clientHandle, row->ifNum) != 0;
+    settings->stpFwdState = stpFwdStateText(settingRead(callForwarding, clientHandle, row->ifNum));
+    settings->stpBpduFilter = settingRead(callBpduFilter, clientHandle, row->ifNum) != 0;
     if (row->lag)
         return;
-    settings->autoNegotiation = portAutoNegText(numberRead(readAutoNeg, clientHandle, row->ifNum));
-    settings->stormControl = numberRead(readStormControl, clientHandle, row->ifNum) != 0;
+    settings->autoNegotiation = portAutoNegText(settingRead(callAutoNeg, clientHandle, row->ifNum));
+    settings->stormControl = settingRead(callStormControl, clientHandle, row->ifNum) != 0;
 }
 
 static PORT_SOURCE_T sourceOfPage(uint32_t pageIndex)

@@ -1,8 +1,8 @@
 #include "collectors/port/swcfg_ports_status.h"
 
-// Settings of all interfaces from whole tables of show commands, each command with the rule that takes one of its
-// lines. Lines name their interface; names are looked up in a sorted index. The rows themselves are made in
-// port_rows.cpp. Uses the show files and column readers of switch/.
+// Settings of all interfaces from whole tables of show commands, each command with the parser of its lines. Lines name
+// their interface; names are looked up in a sorted index. The rows themselves are made in port_rows.cpp. Uses the show
+// files and column readers of switch/.
 
 #include "collectors/port/port_columns.h"
 #include "collectors/port/port_name_index.h"
@@ -17,22 +17,22 @@
 constexpr uint32_t FURTHER_ENTRIES = 256; // LAGs looked for behind the ports
 
 // The settings table, and an index of it by name.
-struct STATUS_T {
+struct STATUS_TABLES_T {
     PORT_LIST_T *list;
     OWNED_ARRAY<PORT_SETTINGS_T> settings;
     PORT_NAME_INDEX_T<PORT_SETTINGS_T> byName;
     PORT_SETTINGS_T *selected; // interface of the paragraph being read, null for none
 };
 
-using LINE_RULE = void (*)(const char *line, STATUS_T *status);
+using LINE_PARSER = void (*)(const char *line, STATUS_TABLES_T *status);
 
-struct COMMAND_T {
+struct SETTINGS_COMMAND_T {
     const char *command;
     PATH_ID file;
-    LINE_RULE rule;
+    LINE_PARSER parse;
 };
 
-static void settingsDefault(STATUS_T *status)
+static void settingsDefault(STATUS_TABLES_T *status)
 {
     for (uint32_t i = 0; i < status->list->entries; i++) {
         PORT_SETTINGS_T *settings = &status->settings[i];
@@ -51,7 +51,7 @@ static void settingsDefault(STATUS_T *status)
 // ---------  ----------------
 // 1/0/1      FOH console
 // lag 1      Rack B            (a LAG's name has a blank, so its row is taken by columns)
-static void descriptionLine(const char *line, STATUS_T *status)
+static void descriptionLine(const char *line, STATUS_TABLES_T *status)
 {
     constexpr size_t DESCRIPTION_COLUMN = 11;
     char name[12] = "", description[PORT_LINE_SIZE] = "";
@@ -70,7 +70,8 @@ static void descriptionLine(const char *line, STATUS_T *status)
 
 // Settings of the interface that the first nine columns name; null for a short line, for a name that begins as the
 // titles and rules do, and for an unknown one.
-static PORT_SETTINGS_T *rowSettings(const STATUS_T *status, const char *line, size_t shortest, const char *titles)
+static PORT_SETTINGS_T *rowSettings(const STATUS_TABLES_T *status, const char *line, size_t shortest,
+                                    const char *titles)
 {
     char name[PORT_NAME_SIZE];
 
@@ -90,7 +91,7 @@ static PORT_SETTINGS_T *rowSettings(const STATUS_T *status, const char *line, si
 // 1/0/45    PC Mbr Enable    Auto       1000 Full
 //
 // LAGs are listed too, but keep their default.
-static void portAllLine(const char *line, STATUS_T *status)
+static void portAllLine(const char *line, STATUS_TABLES_T *status)
 {
     constexpr size_t SHORTEST = 23, ADMIN_COLUMN = 17, ADMIN_WIDTH = 9;
     char mode[ADMIN_WIDTH + 1];
@@ -112,7 +113,7 @@ static void portAllLine(const char *line, STATUS_T *status)
 // Intf       Type                Neg       Operational
 // ---------  ------------------  --------  -----------
 // 1/0/1      Copper              Enabled   1000 Full
-static void advertiseLine(const char *line, STATUS_T *status)
+static void advertiseLine(const char *line, STATUS_TABLES_T *status)
 {
     constexpr size_t SHORTEST = 20, NAME_WIDTH = 9;
     PORT_SETTINGS_T *settings = rowSettings(status, line, SHORTEST, "-I");
@@ -131,7 +132,7 @@ static void advertiseLine(const char *line, STATUS_T *status)
 // Intf       Mode     Level       Action
 // ---------  -------  ----------  ----------
 // 1/0/1      Disable  5%          None
-static void stormControlLine(const char *line, STATUS_T *status)
+static void stormControlLine(const char *line, STATUS_TABLES_T *status)
 {
     constexpr size_t SHORTEST = 14;
     char name[12], word[16];
@@ -143,7 +144,7 @@ static void stormControlLine(const char *line, STATUS_T *status)
         settings->stormControl = word[0] == 'E';
 }
 
-static void vlanPortLine(const char *line, STATUS_T *status)
+static void vlanPortLine(const char *line, STATUS_TABLES_T *status)
 {
     char name[PORT_NAME_SIZE];
     uint32_t pvid = 0;
@@ -163,7 +164,7 @@ static void vlanPortLine(const char *line, STATUS_T *status)
 // TCN Guard..................................... False
 //
 // One paragraph for each interface. Those of an unknown one are passed over.
-static void spanningInterfaceLine(const char *line, STATUS_T *status)
+static void spanningInterfaceLine(const char *line, STATUS_TABLES_T *status)
 {
     constexpr size_t NAME_COLUMN = 10;
     char name[PORT_LINE_SIZE], word[16];
@@ -190,7 +191,7 @@ static void spanningInterfaceLine(const char *line, STATUS_T *status)
 // Interface Mode     Type   State               Role
 // --------- -------- -----  ------------------  -----------
 // 1/0/48    Enabled         Discarding          Alternate
-static void spanningSummaryLine(const char *line, STATUS_T *status)
+static void spanningSummaryLine(const char *line, STATUS_TABLES_T *status)
 {
     constexpr size_t SHORTEST = 18, MODE_COLUMN = 10, MODE_WIDTH = 8, STATE_COLUMN = 26;
     static const char *const states[][2] = {
@@ -217,7 +218,7 @@ static void spanningSummaryLine(const char *line, STATUS_T *status)
     }
 }
 
-static const COMMAND_T commands[] = {
+static const SETTINGS_COMMAND_T commands[] = {
     {"show interfaces description all", PATH_SHOW_DESCRIPTIONS, descriptionLine},
     {"show port all", PATH_SHOW_PORT_ALL, portAllLine},
     {"show port advertise", PATH_SHOW_ADVERTISE, advertiseLine},
@@ -228,11 +229,11 @@ static const COMMAND_T commands[] = {
 };
 
 // A command that fails, or leaves no file, leaves its settings as they are.
-static void commandsRead(STATUS_T *status)
+static void commandsRead(STATUS_TABLES_T *status)
 {
     char line[PORT_LINE_SIZE];
 
-    for (const COMMAND_T &one : commands) {
+    for (const SETTINGS_COMMAND_T &one : commands) {
         SHOW_FILE_T show;
         SHOW_REQUEST_T request = {"getPortStatusListFast", one.command, one.file};
         request.openLine = SHOW_OPEN_SILENT;
@@ -240,13 +241,13 @@ static void commandsRead(STATUS_T *status)
             continue;
         status->selected = nullptr;
         while (showFileLineCut(&show, line, sizeof(line)))
-            one.rule(line, status);
+            one.parse(line, status);
     }
 }
 
 static int statusPrepare(PORT_LIST_T *list, void *context)
 {
-    auto *status = static_cast<STATUS_T *>(context);
+    auto *status = static_cast<STATUS_TABLES_T *>(context);
 
     status->list = list;
     status->settings = ownedArray<PORT_SETTINGS_T>(list->entries);
@@ -263,7 +264,7 @@ static void statusSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, v
 {
     uint32_t edge = 0, autoNeg = 1;
 
-    *settings = static_cast<STATUS_T *>(context)->settings[row->index];
+    *settings = static_cast<STATUS_TABLES_T *>(context)->settings[row->index];
     settings->stpEdge =
         rpcclt_openapiDot1SIntfEdgePortModeGet(list->clientHandle, row->ifNum, &edge) == OPENCLT_OK && edge != 0;
     if (row->lag || row->linkState != OPENCLT_LINK_DETACHED)
@@ -275,7 +276,7 @@ static void statusSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, v
 
 int getPortStatusListFast(CLIENT_HANDLE_T *clientHandle, char **out)
 {
-    STATUS_T status = {};
+    STATUS_TABLES_T status = {};
 
     if (out == nullptr)
         return RESULT_INVALID_ARGUMENT;

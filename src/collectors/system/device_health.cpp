@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <strings.h>
 
 // Rows of a unit that the document shows.
@@ -99,7 +100,7 @@ static uint32_t sensorState(const char *text)
     static const char *const states[] = {"NONE",     "LOW",      "NORMAL",     "WARNING",
                                          "CRITICAL", "SHUTDOWN", "NOTPRESENT", "NOTOPERATIONAL"};
 
-    for (uint32_t state = 0; state < sizeof(states) / sizeof(states[0]); state++) {
+    for (uint32_t state = 0; state < std::size(states); state++) {
         if (strncasecmp(text, states[state], strlen(states[state])) == 0)
             return state;
     }
