@@ -60,11 +60,6 @@ static TEMPLATE_CONDITIONS_T conditionsGet(CLIENT_HANDLE_T *clientHandle)
     return offer;
 }
 
-static int nameOrder(const struct dirent **left, const struct dirent **right)
-{
-    return strcmp((*left)->d_name, (*right)->d_name);
-}
-
 static bool templateOffered(const char *name, const TEMPLATE_CONDITIONS_T &offer)
 {
     static const struct {
@@ -131,7 +126,9 @@ int ProfileTemplateGet(CLIENT_HANDLE_T *clientHandle, int ignored, char *buffer)
     DIR_LIST_T list;
 
     memcpy(buffer, "[", 2);
-    list.count = scandir(folder, &list.entries, nullptr, nameOrder);
+    list.count = scandir(folder, &list.entries, nullptr, [](const struct dirent **left, const struct dirent **right) {
+        return strcmp((*left)->d_name, (*right)->d_name);
+    });
     if (list.count < 0)
         LOG_ERROR("Open dir error...\r\n");
     for (int i = 0; i < list.count; i++) {

@@ -11,6 +11,7 @@
 #include "runtime/log.h"
 #include "runtime/paths.h"
 #include "runtime/result.h"
+#include "runtime/sql.h"
 #include "stores/profile_template.h"
 #include "stores/vlan_info.h"
 #include "switch/columns.h"
@@ -42,11 +43,11 @@ struct PROFILE_BUILD_T {
 };
 
 // A text column, cut to size-1; NULL is an empty text.
-static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t size)
+static void columnCopy(const OWNED_STATEMENT &statement, int column, char *out, size_t size)
 {
-    const unsigned char *text = sqlite3_column_text(statement, column);
+    const char *text = sqlText(statement, column).data();
 
-    textCopy(out, size, text == nullptr ? "" : reinterpret_cast<const char *>(text));
+    textCopy(out, size, text == nullptr ? "" : text);
 }
 
 // The first row of each VLAN ID. Without file or table there are no rows, and every VLAN shows its defaults. False when
@@ -54,22 +55,21 @@ static void columnCopy(sqlite3_stmt *statement, int column, char *out, size_t si
 static bool rowsRead(DATABASE_ROWS_T *rows)
 {
     OWNED_DB db;
-    sqlite3_stmt *prepared = nullptr;
+    OWNED_STATEMENT statement;
     std::bitset<VLAN_LAST + 1> seen;
 
     // sorted here: SQLite's ORDER BY would hold all rows in memory, however many there are
     if (databaseOpenRead(PathGet(PATH_VLANINFO_DB), &db) != SQLITE_OK ||
-        sqlite3_prepare_v2(db.get(), "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo", -1,
-                           &prepared, nullptr) != SQLITE_OK)
+        sqlPrepare(db.get(), "SELECT id, vlanType, profileName, profileType, color FROM vlanInfo", &statement) !=
+            SQLITE_OK)
         return true;
-    OWNED_STATEMENT statement(prepared);
     rows->entries = ownedArray<VLAN_INFO_ENTRY_T>(ROWS_FIRST);
     if (rows->entries == nullptr)
         return true;
     rows->capacity = ROWS_FIRST;
     int result;
-    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
-        const int id = sqlite3_column_int(prepared, 0);
+    while ((result = sqlStep(statement)) == SQLITE_ROW) {
+        const int id = sqlite3_column_int(statement.get(), 0);
         if (id < 1 || id > static_cast<int>(VLAN_LAST) || seen.test(static_cast<size_t>(id)))
             continue;
         if (rows->count == rows->capacity && !ownedArrayDouble(&rows->entries, &rows->capacity))
@@ -77,10 +77,10 @@ static bool rowsRead(DATABASE_ROWS_T *rows)
         seen.set(static_cast<size_t>(id));
         VLAN_INFO_ENTRY_T &entry = rows->entries[rows->count++];
         entry.id = id;
-        entry.vlanType = sqlite3_column_int(prepared, 1);
-        columnCopy(prepared, 2, entry.profileName, sizeof(entry.profileName));
-        columnCopy(prepared, 3, entry.profileType, sizeof(entry.profileType));
-        columnCopy(prepared, 4, entry.color, sizeof(entry.color));
+        entry.vlanType = sqlite3_column_int(statement.get(), 1);
+        columnCopy(statement, 2, entry.profileName, sizeof(entry.profileName));
+        columnCopy(statement, 3, entry.profileType, sizeof(entry.profileType));
+        columnCopy(statement, 4, entry.color, sizeof(entry.color));
     }
     std::sort(rows->entries.get(), rows->entries.get() + rows->count,
               [](const VLAN_INFO_ENTRY_T &one, const VLAN_INFO_ENTRY_T &other) { return one.id < other.id; });

@@ -80,12 +80,12 @@ static int enableGet(CLIENT_HANDLE_T *clientHandle, uint32_t, uint32_t ifNum, ui
     return rpcclt_openapiPoePsePortAdminEnableGet(clientHandle, ifNum, enable);
 }
 
-struct POE_READ_T {
+struct POE_VALUE_CALL_T {
     int (*call)(CLIENT_HANDLE_T *clientHandle, uint32_t unit, uint32_t ifNum, uint32_t *value);
     uint32_t POE_PORT_T::*field;
     const char *what; // in the message of a failure
 };
-static const POE_READ_T reads[] = {
+static const POE_VALUE_CALL_T reads[] = {
     {rpcclt_openapiPoePsePortPowerClassificationsGet, &POE_PORT_T::classification,
      "interface port terminal classification"},
     {powerGet, &POE_PORT_T::currentPower, "interface port terminal sensors"},
@@ -151,7 +151,7 @@ int getPortPoeInfo(CLIENT_HANDLE_T *clientHandle, POE_PORT_T *port)
         return RESULT_OK;
     }
     port->valid = POE_VALID;
-    for (const POE_READ_T &read : reads) {
+    for (const POE_VALUE_CALL_T &read : reads) {
         uint32_t value = 0;
         int result = read.call(clientHandle, unit, port->ifNum, &value);
         if (result != OPENCLT_OK)

@@ -74,12 +74,6 @@ static void interfaceAdd(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, uint32_t
         numberAdd(ports, pvid, untagged, number);
 }
 
-static void portsWalk(CLIENT_HANDLE_T *clientHandle, VLAN_PORT_LIST_T *ports)
-{
-    for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
-        interfaceAdd(clientHandle, port.ifNum, port.ifNum, &VLAN_PORTS_T::tagPorts, &VLAN_PORTS_T::untagPorts, ports);
-}
-
 // Only LAGs that have members count.
 static void lagsWalk(CLIENT_HANDLE_T *clientHandle, IF_WALK_T lag, VLAN_PORT_LIST_T *ports)
 {
@@ -114,7 +108,8 @@ int vlanListPortAssGetFromVlanList(CLIENT_HANDLE_T *clientHandle, VLAN_PORT_LIST
     int result = entriesCreate(ports, vlans);
     if (result != RESULT_OK)
         return result;
-    portsWalk(clientHandle, ports);
+    for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
+        interfaceAdd(clientHandle, port.ifNum, port.ifNum, &VLAN_PORTS_T::tagPorts, &VLAN_PORTS_T::untagPorts, ports);
     lagsWalk(clientHandle, lag, ports);
     return RESULT_OK;
 }

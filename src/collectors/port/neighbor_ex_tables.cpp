@@ -63,13 +63,6 @@ static bool arpEntryAdd(ARP_TABLE_T *table, const openclt_arp_entry_t *entry)
     return true;
 }
 
-static bool arpEntryLess(const ARP_ENTRY_T &a, const ARP_ENTRY_T &b)
-{
-    int order = strcasecmp(a.mac, b.mac);
-
-    return order != 0 ? order < 0 : a.order < b.order;
-}
-
 static bool macTextLess(const MAC_TEXT_T &a, const MAC_TEXT_T &b)
 {
     return strcasecmp(a.text, b.text) < 0;
@@ -102,7 +95,11 @@ bool arpTableRead(CLIENT_HANDLE_T *clientHandle, ARP_TABLE_T *table)
         return false;
     while (added && arpNext(clientHandle, &circle, &entry))
         added = arpEntryAdd(table, &entry);
-    std::sort(table->entries.get(), table->entries.get() + table->count, arpEntryLess);
+    std::sort(table->entries.get(), table->entries.get() + table->count,
+              [](const ARP_ENTRY_T &a, const ARP_ENTRY_T &b) {
+                  int order = strcasecmp(a.mac, b.mac);
+                  return order != 0 ? order < 0 : a.order < b.order;
+              });
     return added;
 }
 

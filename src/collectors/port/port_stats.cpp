@@ -155,12 +155,6 @@ static void rowAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, 
     jsonAddNumber(row, direction.percentKey, values.utilisation);
 }
 
-static void portRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows)
-{
-    for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
-        rowAdd(clientHandle, direction, port.ifNum, false, rows);
-}
-
 static void lagRowsAdd(CLIENT_HANDLE_T *clientHandle, const DIRECTION_T &direction, cJSON *rows)
 {
     uint32_t maxMembers = 0;
@@ -186,7 +180,8 @@ int pioBuildList(CLIENT_HANDLE_T *clientHandle, PIO_DIRECTION direction, char **
     if (rows == nullptr)
         return RESULT_FAILED;
 
-    portRowsAdd(clientHandle, directions[direction], rows);
+    for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port))
+        rowAdd(clientHandle, directions[direction], port.ifNum, false, rows);
     lagRowsAdd(clientHandle, directions[direction], rows);
     jsonAddNumber(root.get(), "total", cJSON_GetArraySize(rows));
 

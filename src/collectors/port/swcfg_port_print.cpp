@@ -64,11 +64,6 @@ static void vlansAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJS
         jsonAppendNumber(array, table->vlans->ids[i]->vlanId);
 }
 
-static bool shureLearns(const PORT_TABLE_T *table, const PORT_RECORD_T &record)
-{
-    return record.shure && record.ifNum < SHURE_FLAGS_SIZE && table->shureFlags[record.ifNum];
-}
-
 static void detectAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJSON *object)
 {
     if (record.linkState != OPENCLT_LINK_UP || record.autoTrunk == 1 || table->profiles == nullptr)
@@ -88,7 +83,8 @@ static void textsAdd(const PORT_TABLE_T *table, const PORT_RECORD_T &record, cJS
     jsonAddText(object, "stackCapable", stackCapable);
     jsonAddNumber(object, "dot1xStatus",
                   table->dot1xMode == PORT_DOT1X_ON ? record.dot1xStatus : PORT_DOT1X_NOT_APPLICABLE);
-    jsonAddBool(object, "shureLearn", shureLearns(table, record));
+    jsonAddBool(object, "shureLearn",
+                record.shure && record.ifNum < SHURE_FLAGS_SIZE && table->shureFlags[record.ifNum]);
     detectAdd(table, record, object);
 }
 
