@@ -43,7 +43,7 @@ struct GROUP_TEXTS_T {
 // VLAN, address and interface of a group.
 using GROUP_CIRCLE_T = KEY_CIRCLE_T<std::tuple<uint16_t, uint32_t, uint16_t>>;
 
-static void portsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
+static void portLabelsFill(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
 {
     for (IF_WALK_T port = ifWalkStart(clientHandle, OPENCLT_IF_PHYSICAL); port.valid; ifWalkNext(&port)) {
         if (port.ifNum >= MAP_SIZE)
@@ -53,7 +53,7 @@ static void portsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
     }
 }
 
-static void lagsEnter(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
+static void lagLabelsFill(CLIENT_HANDLE_T *clientHandle, MAP_ENTRY_T *map)
 {
     IF_WALK_T lag = {clientHandle, OPENCLT_IF_LAG, 0, 0, RESULT_OK, true};
 
@@ -156,8 +156,8 @@ void mgeCollectGroups(CLIENT_HANDLE_T *clientHandle, CHUNK_SINK_T *sink)
         LOG_ERROR("multicast_groups_ex: no memory for the interfaces\n");
         return;
     }
-    portsEnter(clientHandle, map.get());
-    lagsEnter(clientHandle, map.get());
+    portLabelsFill(clientHandle, map.get());
+    lagLabelsFill(clientHandle, map.get());
     while (groupNext(clientHandle, &circle, &group)) {
         if (group.ifNum < MAP_SIZE && map[group.ifNum].valid)
             groupRowsAdd(&group, &map[group.ifNum], sink);

@@ -1,7 +1,7 @@
 #include "collectors/port/port_rows.h"
 
 // The steps of a build in their order: units, tables, LAG members, rows. A row's record is put together from the
-// status table, the platform and the document's own settings, and shaped by the one routine rowPrint. Uses the tables
+// status table, the platform and the document's own settings, and shaped by the one routine rowFill. Uses the tables
 // of interfaces_table.h, the walks, models and wrappers of switch/, the VLAN profiles of stores/.
 
 #include "runtime/json.h"
@@ -161,7 +161,7 @@ static uint32_t linkStateOf(const char *text)
 }
 
 // False for an entry that gets no row: one that the platform does not know, and a fan-out sub-port that is not in use.
-static bool rowBegin(const PORT_LIST_T *list, const PORT_SOURCE_T &source, PORT_ROW_T *row)
+static bool rowStart(const PORT_LIST_T *list, const PORT_SOURCE_T &source, PORT_ROW_T *row)
 {
     int result = ifNumByNameGet(list->clientHandle, row->entry->name, &row->ifNum);
     if (result != OPENCLT_OK) {
@@ -239,7 +239,7 @@ static const char *enableText(bool on)
 }
 
 // What only a port has is empty for a LAG.
-static void lagPrint(cJSON *object)
+static void lagValuesAdd(cJSON *object)
 {
     jsonAddText(object, "fecMode", "");
     jsonAddText(object, "broadcastStormControl", "");
@@ -250,7 +250,7 @@ static void lagPrint(cJSON *object)
 }
 
 // "1000 Full" is both; a text without a blank says neither.
-static void speedAndDuplexPrint(const char *mode, cJSON *object)
+static void speedAndDuplexAdd(const char *mode, cJSON *object)
 {
     char speed[sizeof(INTERFACE_ENTRY_T::physicalMode)];
     const char *blank = strchr(mode, ' ');
@@ -283,7 +283,7 @@ static void optionsGet(const PORT_LIST_T *list, const PORT_ROW_T *row, char opti
     (void)modelFanoutModesGet(model, row->usp.port, options, OPTIONS_SIZE); // none: the text stays empty
 }
 
-static void optionsPrint(const PORT_LIST_T *list, const PORT_ROW_T *row, cJSON *object)
+static void optionsAdd(const PORT_LIST_T *list, const PORT_ROW_T *row, cJSON *object)
 {
     char options[OPTIONS_SIZE];
     char *rest = nullptr;
@@ -297,21 +297,21 @@ static void optionsPrint(const PORT_LIST_T *list, const PORT_ROW_T *row, cJSON *
     jsonAddText(object, "portMode", row->entry->fanOutMode);
 }
 
-static void physicalPrint(const PORT_LIST_T *list, const PORT_ROW_T *row, const PORT_SETTINGS_T &settings,
-                          cJSON *object)
+static void physicalValuesAdd(const PORT_LIST_T *list, const PORT_ROW_T *row, const PORT_SETTINGS_T &settings,
+                              cJSON *object)
 {
     const char *fec = fecClassGet(row->entry->fec);
 
     jsonAddText(object, "fecMode", strcmp(fec, "Unknown") == 0 ? "" : fec);
     jsonAddText(object, "broadcastStormControl", enableText(settings.stormControl));
-    speedAndDuplexPrint(row->entry->physicalMode, object);
+    speedAndDuplexAdd(row->entry->physicalMode, object);
     jsonAddText(object, "flowControl", list->flowControl[row->index]);
     jsonAddText(object, "autonegotiation", settings.autoNegotiation);
-    optionsPrint(list, row, object);
+    optionsAdd(list, row, object);
 }
 
-static void rowPrint(PORT_LIST_T *list, const PORT_ROW_T *row, const PORT_SETTINGS_T &settings, uint32_t firstLag,
-                     cJSON *object)
+static void rowFill(PORT_LIST_T *list, const PORT_ROW_T *row, const PORT_SETTINGS_T &settings, uint32_t firstLag,
+                    cJSON *object)
 {
     char port[PORT_LABEL_SIZE];
     PORT_PROFILE_T profile;
@@ -343,9 +343,9 @@ static void rowPrint(PORT_LIST_T *list, const PORT_ROW_T *row, const PORT_SETTIN
     jsonAddText(object, "stpBPDUFilterMode", enableText(settings.stpBpduFilter));
     jsonAddBool(object, "freeze", row->linkState == OPENCLT_LINK_DETACHED || lagFlagGet(&list->lagFlags, row->ifNum));
     if (row->lag)
-        lagPrint(object);
+        lagValuesAdd(object);
     else
-        physicalPrint(list, row, settings, object);
+        physicalValuesAdd(list, row, settings, object);
 }
 
 // The pass over the ports, or the one over the LAGs.
@@ -361,10 +361,10 @@ static void rowsAdd(PORT_LIST_T *list, const PORT_SOURCE_T &source, bool lag, cJ
     for (row.lag = lag; row.index < end; row.index++) {
         PORT_SETTINGS_T settings = {};
         row.entry = &list->table[row.index];
-        if (!rowBegin(list, source, &row))
+        if (!rowStart(list, source, &row))
             continue;
         source.settingsRead(list, &row, source.context, &settings);
-        rowPrint(list, &row, settings, first, jsonAppendObject(rows));
+        rowFill(list, &row, settings, first, jsonAppendObject(rows));
     }
 }
 

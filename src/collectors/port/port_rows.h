@@ -78,16 +78,17 @@ struct PORT_ROW_T {
 
 // How a document reads its settings.
 struct PORT_SOURCE_T {
-    const char *caller;   // function name in log lines
-    bool logs;            // progress (debug) and failures of the common steps
-    uint32_t furtherRoom; // entries looked for behind the ports; 0: exactly as many as there are LAGs
-    uint32_t indexPage;   // goes into the document
-    void *context;        // handed to the two routines
+    const char *caller;       // function name in log lines
+    bool logs = false;        // progress (debug) and failures of the common steps
+    uint32_t furtherRoom = 0; // entries looked for behind the ports; 0: exactly as many as there are LAGs
+    uint32_t indexPage = 0;   // goes into the document
+    void *context = nullptr;  // handed to the two routines
 
     // Run when the tables are filled, before the LAG members are read; null: nothing to do. Not 0: ends the build.
-    int (*prepare)(PORT_LIST_T *list, void *context);
+    int (*prepare)(PORT_LIST_T *list, void *context) = nullptr;
 
-    void (*settingsRead)(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context, PORT_SETTINGS_T *settings);
+    void (*settingsRead)(const PORT_LIST_T *list, const PORT_ROW_T *row, void *context,
+                         PORT_SETTINGS_T *settings) = nullptr;
 };
 
 // Build the document's tree: 0 with it in *document. 10002 when root or rows cannot be created; -7 when a table cannot

@@ -118,7 +118,12 @@ static void callsSettingsRead(const PORT_LIST_T *list, const PORT_ROW_T *row, vo
 
 static PORT_SOURCE_T sourceOfPage(uint32_t pageIndex)
 {
-    return {CALLER, true, 0, pageIndex, nullptr, nullptr, callsSettingsRead};
+    PORT_SOURCE_T source = {CALLER};
+
+    source.logs = true;
+    source.indexPage = pageIndex;
+    source.settingsRead = callsSettingsRead;
+    return source;
 }
 
 static void unitModelsRead(CLIENT_HANDLE_T *clientHandle, UNIT_MODELS_T *models)

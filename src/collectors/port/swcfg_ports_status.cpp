@@ -280,6 +280,11 @@ int getPortStatusListFast(CLIENT_HANDLE_T *clientHandle, char **out)
 
     if (out == nullptr)
         return RESULT_INVALID_ARGUMENT;
-    const PORT_SOURCE_T source = {__func__, false, FURTHER_ENTRIES, 1, &status, statusPrepare, statusSettingsRead};
+    PORT_SOURCE_T source = {__func__};
+    source.furtherRoom = FURTHER_ENTRIES;
+    source.indexPage = 1;
+    source.context = &status;
+    source.prepare = statusPrepare;
+    source.settingsRead = statusSettingsRead;
     return portRowsPrint(clientHandle, source, out);
 }

@@ -66,7 +66,7 @@ static void upTimeText(const char *value, char *out, size_t size)
     snprintf(out, size, "%d days, %d hrs, %d mins, %d secs", days, hours, minutes, seconds);
 }
 
-static void detailLineTake(const char *line, UNIT_INFO_RECORD_T *record)
+static void detailLineParse(const char *line, UNIT_INFO_RECORD_T *record)
 {
     char value[CLI_LINE_SIZE];
 
@@ -186,7 +186,7 @@ void unitInfoGet(CLIENT_HANDLE_T *clientHandle, UNIT_INFO_RECORD_T records[STACK
             if (record != nullptr)
                 record->unit = static_cast<uint32_t>(unit);
         } else if (record != nullptr) {
-            detailLineTake(line, record);
+            detailLineParse(line, record);
         }
     }
 }
