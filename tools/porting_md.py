@@ -91,6 +91,10 @@ def faults(names, page):
         for name in files.split(", "):
             if "/" in name and not os.path.exists(os.path.join(HOME, name)):
                 yield "%s: no such file" % name
+    scenarios = read("docs", "scenarios.md")
+    for model in re.findall(r'^ +\{"(\S+)", \d+, \d+, \{', read("platform", "virtual", "models.cpp"), re.M):
+        if not re.search(r"^\|.*\b%s\b.*\|.*\|$" % re.escape(model), scenarios, re.M):
+            yield "%s: a model that docs/scenarios.md does not list" % model
 
 
 def main():

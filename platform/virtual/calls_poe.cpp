@@ -78,19 +78,31 @@ READS(rpcclt_openapiPoePsePortAdminEnableGet, enable, &VS_POE_T::enable);
 READS(rpcclt_openapiPoePsePortCurPowerLimitGet, milliwatts, &VS_POE_T::limit);
 READS(rpcclt_openapiPoePsePortCurPowerPriorityGet, priority, &VS_POE_T::priority);
 READS(rpcclt_openapiPoePsePortDetectionModeGet, mode, &VS_POE_T::detection);
-READS(rpcclt_openapiPoePsePortDetectionStatusGet, status, &VS_POE_T::status);
 READS(rpcclt_openapiPoePsePortPowerClassificationsGet, classification, &VS_POE_T::classification);
 READS(rpcclt_openapiPoePsePortPowerUpModeGet, mode, &VS_POE_T::powerUp);
 READS(rpcclt_openapiPoePsePortViolationTypeGet, type, &VS_POE_T::limitMode);
 
-// A port that is switched off, or whose unit is away, feeds nothing: power and current are 0, as in the unit's sum.
+// A port that would deliver, and feeds nothing now, searches.
+ANSWER(rpcclt_openapiPoePsePortDetectionStatusGet)
+{
+    const VS_PORT_T *port = vsPort(call.state(), args.ifNum);
+    if (port == nullptr || !port->poe.valid) {
+        return OPENCLT_NOT_FOUND;
+    }
+    bool waits = port->poe.status == VS_POE_DELIVERING && !vsPoeFeeds(call.state(), *port, call.now());
+    *args.status = waits ? VS_POE_SEARCHING : port->poe.status;
+    return OPENCLT_OK;
+}
+
+// A port that is switched off, has no link, or whose unit is away feeds nothing: power and current are 0, as in the
+// unit's sum.
 ANSWER(rpcclt_openapiPoePsePortSensorsGet)
 {
     const VS_PORT_T *port = vsPort(call.state(), args.ifNum);
     if (port == nullptr || !port->poe.valid) {
         return OPENCLT_NOT_FOUND;
     }
-    bool feeds = port->poe.enable && vsFind<VS_UNIT_T>(call.state(), port->unit, call.now()) != nullptr;
+    bool feeds = vsPoeFeeds(call.state(), *port, call.now());
     *args.power = feeds ? port->poe.power : 0;
     *args.voltage = port->poe.voltage;
     *args.current = feeds ? port->poe.current : 0;

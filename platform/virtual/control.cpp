@@ -156,6 +156,8 @@ void rereadIfChanged(ENGINE_T &e)
     std::string error = vsScenarioRead(e.path, fresh);
     if (error.empty()) {
         e.stamps = fresh.files == e.scenario.files ? stamps : stampsOf(fresh.files);
+        if (!e.complaint.empty())
+            fprintf(stderr, "vswitch: %s: right again, and read\n", e.path.c_str());
         e.complaint.clear();
         install(e, std::move(fresh));
         return;

@@ -26,4 +26,5 @@ std::string vsScenarioRead(const std::string &path, VS_SCENARIO_T &scenario);
 
 // Output of a command, literal or rendered; false when it is not known. The caller holds the lock.
 bool vsShow(const std::string &command, std::string &text);
+bool vsShowRendered(const std::string &command); // whether there is a renderer, for a command with its arguments
 bool vsLiteral(const std::string &command, std::string &text);

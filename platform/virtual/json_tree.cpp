@@ -183,7 +183,7 @@ std::string vsJsonParse(const std::string &json, const std::string &name, VS_NOD
     LINES_T lines(json);
     BUILDER_T builder{lines, root};
     rapidjson::Reader reader;
-    reader.Parse<rapidjson::kParseIterativeFlag>(lines, builder);
+    reader.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(lines, builder);
     std::string at = name + ":" + std::to_string(lines.line) + ": ";
     if (!builder.refusal.empty())
         return at + builder.refusal;

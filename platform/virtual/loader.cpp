@@ -74,9 +74,9 @@ constexpr SECTION_T SECTIONS[] = {
     {"mirror", nullptr, vsReadMirror, nullptr},
     {"ptp", nullptr, vsReadPtp, nullptr},
     {"log", nullptr, vsReadLog, tablesSort},
+    {"texts", nullptr, vsReadTexts, nullptr},
     {"faults", nullptr, vsReadFaults, nullptr},
     {"latency", nullptr, vsReadLatency, nullptr},
-    {"texts", nullptr, vsReadTexts, nullptr},
 };
 
 bool keysKnown(VS_READ_T &read, const VS_NODE_T &root)

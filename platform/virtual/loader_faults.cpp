@@ -5,7 +5,7 @@
 #include <sstream>
 
 // How a scenario's switch misbehaves: faults, latency, and literal outputs of show commands. A name that no client call
-// has is refused; a command can be any text.
+// has is refused, and so is a command that nothing answers; a literal output can be that of any command.
 
 static bool callName(VS_READ_T &read, const VS_NODE_T &node, std::string &name)
 {
@@ -17,6 +17,14 @@ static bool callName(VS_READ_T &read, const VS_NODE_T &node, std::string &name)
             return true;
         }
     return vsRefuse(read, node, "expected the name of a client call, or \"*\"");
+}
+
+// The literal outputs have been read by now.
+static bool commandName(VS_READ_T &read, const VS_NODE_T &node, std::string &name)
+{
+    return vsText(read, node, name) &&
+           (read.out.texts.count(name) > 0 || vsShowRendered(name) ||
+            vsRefuse(read, node, "expected a show command that is rendered, or stands in \"texts\""));
 }
 
 static bool eitherName(VS_READ_T &read, const VS_NODE_T &node)
@@ -72,7 +80,7 @@ static bool faultResult(VS_READ_T &read, const VS_NODE_T &node, VS_FAULT_T &faul
 
 static const VS_FIELD_T<VS_FAULT_T> FAULT_FIELDS[] = {
     {"call", value<&VS_FAULT_T::name, callName>},
-    {"command", plain<&VS_FAULT_T::name>},
+    {"command", value<&VS_FAULT_T::name, commandName>},
     {"key", value<&VS_FAULT_T::key, numberOrText>},
     {"nth", number<&VS_FAULT_T::nth, 0, UINT32_MAX>},
     {"do", faultKind},
@@ -110,7 +118,7 @@ struct LATENCY_T {
 
 static const VS_FIELD_T<LATENCY_T> LATENCY_FIELDS[] = {
     {"call", value<&LATENCY_T::name, callName>},
-    {"command", plain<&LATENCY_T::name>},
+    {"command", value<&LATENCY_T::name, commandName>},
     {"microseconds", number<&LATENCY_T::microseconds, 0, 60'000'000>},
 };
 

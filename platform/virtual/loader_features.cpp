@@ -1,6 +1,7 @@
 #include "loader.h"
 
 #include <algorithm>
+#include <map>
 #include <tuple>
 
 // Tables of neighbours and features: FDB, ARP, LLDP, multicast groups, access lists, RADIUS, time ranges, mirroring,
@@ -230,8 +231,21 @@ template <class ROW, class KEY> static void tableSort(std::vector<ROW> &rows, KE
                rows.end());
 }
 
+// What a switch learns through a member of a LAG it learns on the LAG.
+static void learnedOnLags(VS_STATE_T &state)
+{
+    std::map<uint32_t, uint32_t> lagOf;
+    for (const VS_LAG_T &lag : state.lags)
+        for (uint32_t member : lag.members)
+            lagOf[member] = lag.ifNum;
+    for (FDB &row : state.fdb)
+        if (auto lag = lagOf.find(row.ifNum); row.learned && lag != lagOf.end())
+            row.ifNum = lag->second;
+}
+
 void vsTablesSort(VS_STATE_T &state)
 {
+    learnedOnLags(state);
     tableSort(state.fdb, [](const FDB &row) { return std::tie(row.vlan, row.mac); });
     tableSort(state.arp, [](const ARP &row) { return row.address; });
     tableSort(state.lldp, [](const LLDP &row) { return std::tie(row.ifNum, row.index); });

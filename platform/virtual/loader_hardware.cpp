@@ -316,20 +316,27 @@ static const VS_FIELD_T<OPTIC> OPTIC_FIELDS[] = {
     {"faultStatus", plain<&OPTIC::faultStatus>},
 };
 
+static const VS_WORD_T POE_CLASSES[] = {{"class0", 0}, {"class1", 1}, {"class2", 2}, {"class3", 3}, {"class4", 4},
+                                        {"class5", 5}, {"class6", 6}, {"class7", 7}, {"class8", 8}};
+static const VS_WORD_T POE_STATUS[] = {
+    {"idle", 1},      {"searching", VS_POE_SEARCHING}, {"delivering", VS_POE_DELIVERING}, {"test", 4}, {"fault", 5},
+    {"otherFault", 6}};
+static const VS_WORD_T POE_PRIORITIES[] = {{"low", 1}, {"high", 2}, {"critical", 3}};
+
 using POE = VS_POE_T;
 static const VS_FIELD_T<POE> POE_FIELDS[] = {
     {"valid", plain<&POE::valid>},
     {"enable", plain<&POE::enable>},
-    {"classification", number<&POE::classification, 0, 255>},
+    {"classification", word<&POE::classification, POE_CLASSES>},
     {"power", number<&POE::power, 0, 200000>},
     {"voltage", number<&POE::voltage, 0, 100>},
     {"current", number<&POE::current, 0, 10000>},
     {"temperature", number<&POE::temperature, 0, 200>},
     {"limit", number<&POE::limit, 0, 200000>},
     {"limitMode", number<&POE::limitMode, 0, 255>},
-    {"status", number<&POE::status, 0, 255>},
+    {"status", word<&POE::status, POE_STATUS>},
     {"detection", number<&POE::detection, 0, 255>},
-    {"priority", number<&POE::priority, 0, 255>},
+    {"priority", word<&POE::priority, POE_PRIORITIES>},
     {"powerUp", number<&POE::powerUp, 0, 255>},
     {"schedule", plain<&POE::schedule>},
 };

@@ -214,14 +214,16 @@ uint32_t vsFanSpeed(const VS_UNIT_T &unit, const VS_FAN_T &fan, double now)
     return static_cast<uint32_t>(fan.speed * (1 + 0.02 * wobble(now, 45, unit.unit * 8 + fan.id)));
 }
 
+bool vsPoeFeeds(const VS_STATE_T &state, const VS_PORT_T &port, double now)
+{
+    return port.poe.valid && port.poe.enable && vsLinkUp(state, port, now);
+}
+
 uint32_t vsPoeConsumption(const VS_STATE_T &state, uint32_t unit, double now)
 {
-    const VS_UNIT_T *row = vsUnit(state, unit);
-    if (row == nullptr || !vsWindowOpen(row->present, now))
-        return 0;
     uint64_t milliwatts = 0;
     for (const VS_PORT_T &port : state.ports)
-        if (port.unit == unit && port.poe.valid && port.poe.enable)
+        if (port.unit == unit && vsPoeFeeds(state, port, now))
             milliwatts += port.poe.power;
     return static_cast<uint32_t>(milliwatts / 1000);
 }

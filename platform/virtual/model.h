@@ -37,6 +37,9 @@ struct VS_OPTIC_T {
     std::string faultStatus = "No Fault";
 };
 
+// Codes of this switch's own; others are passed on as the scenario gives them.
+constexpr uint32_t VS_POE_SEARCHING = 2, VS_POE_DELIVERING = 3;
+
 struct VS_POE_T {
     bool valid = false; // the port can feed power
     bool enable = true;
@@ -47,7 +50,7 @@ struct VS_POE_T {
     uint32_t temperature = 0;
     uint32_t limit = 30000; // milliwatts
     uint32_t limitMode = 2; // violation type code
-    uint32_t status = 1;    // detection status code
+    uint32_t status = 1;    // detection status code while there is a link
     uint32_t detection = 4; // detection mode code
     uint32_t priority = 1;
     uint32_t powerUp = 3; // power-up mode code
@@ -326,4 +329,6 @@ uint64_t vsRate(const VS_INTERFACE_T &interface, bool inbound,
                 double now); // bits per second, wobbles around the set one
 double vsCpu(const VS_UNIT_T &unit, double now);
 uint32_t vsFanSpeed(const VS_UNIT_T &unit, const VS_FAN_T &fan, double now); // rpm, wobbles a little around the set one
+// Whether a port feeds power: it can, may, and something is attached that has a link.
+bool vsPoeFeeds(const VS_STATE_T &state, const VS_PORT_T &port, double now);
 uint32_t vsPoeConsumption(const VS_STATE_T &state, uint32_t unit, double now); // watts

@@ -41,6 +41,12 @@ static const VS_SHOW_ROW_T *rowOf(const std::string &command, std::string &argum
     return open;
 }
 
+bool vsShowRendered(const std::string &command)
+{
+    std::string argument;
+    return rowOf(command, argument) != nullptr && argument != "*"; // as the list of commands has it
+}
+
 bool vsShow(const std::string &command, std::string &text)
 {
     if (vsLiteral(command, text))

@@ -8,7 +8,9 @@ struct Poe : BUILDER_TEST {
         state.units.resize(2);
         state.units[0].poeSupported = true;
         state.units[1].unit = 2;
-        VS_POE_T &poe = portAdd(10, 1, 0, 5).poe;
+        VS_PORT_T &camera = portAdd(10, 1, 0, 5);
+        camera.linkUp = true;
+        VS_POE_T &poe = camera.poe;
         poe.valid = true;
         poe.classification = 4;
         poe.power = 12000;

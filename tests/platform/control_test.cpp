@@ -206,8 +206,10 @@ TEST_F(Control, AChangedFileIsReadAgainAndABadOneKeepsTheLastGoodState)
     EXPECT_EQ(vsState().system.name, "one");
     EXPECT_EQ(said.substr(0, said.find(": not a key")), "vswitch: " + path + ":2: sistem");
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+    testing::internal::CaptureStderr();
     fileSet(path, R"({"system": {"name": "two"}, "texts": {"show t": {"file": "t.txt"}}})");
     EXPECT_TRUE(becomes("two"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "vswitch: " + path + ": right again, and read\n");
     fileSet(folder + "/t.txt", "another");
     EXPECT_TRUE(waitUntil([this]() { return show("show t").text == "another"; }));
 }

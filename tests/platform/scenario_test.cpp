@@ -15,6 +15,7 @@ struct REFUSAL_T {
 const REFUSAL_T REFUSALS[] = {
     {"", "1: JSON: expected a JSON text: The document is empty"},
     {"{\n \"units\": {\n", "3: JSON: expected a JSON text: Missing a name for object member"},
+    {"{\n\"description\": \"Lumi\xe8re\"}", "2: JSON: expected a JSON text: Invalid encoding in string"},
     {"{\n\"colour\": 1}", "2: colour: not a key here; expected one of description, epoch, ..."},
     {"{\"epoch\": \"2026-13-01 08:00\"}", "1: epoch: expected a time like ..."},
     {"{\"system\": {\n\"name\": 7}}", "2: name: expected a text"},
@@ -57,6 +58,11 @@ const REFUSAL_T REFUSALS_BASED[] = {
      "\"1/0/2\"}]}",
      "2: fdb[2]: expected 00:10:7F:00:00:01 in VLAN 1 once, given twice"},
     {"\"faults\": [{\"key\": 1}]}", "1: faults[1]: expected either \"call\" or \"command\" in it"},
+    {"\"ports\": {\"1/0/1\": {\"poe\": {\"status\": \"on\"}}}}", "1: status: expected \"idle\", \"searching\", ..."},
+    {"\"faults\": [{\"command\": \"show vlans\"}]}",
+     "1: command: expected a show command that is rendered, or stands in \"texts\""},
+    {"\"latency\": [{\"command\": \"show interface *\", \"microseconds\": 1}]}",
+     "1: command: expected a show command that is rendered, or stands in \"texts\""},
     {"\"faults\": [{\"call\": \"*\", \"do\": \"cut\"}]}", "1: do: expected \"fail\" for a call"},
     {"\"faults\": [{\"command\": \"show vlan\", \"value\": 1}]}", "1: value: expected a \"call\" beside it, ..."},
     {"\"texts\": {\"show vlan\":\n {\"file\": \"/nowhere/x.txt\"}}}",
@@ -93,8 +99,8 @@ TEST(Scenario, MistakesAreNamedByLineAndKeyAndLeaveTheStateAlone)
 TEST(Scenario, LaterPortEntriesOverrideEarlierOnes)
 {
     ASSERT_EQ(vsLoadText(std::string(BASE) + R"("ports": {
-        "1/0/1-12": {"linkUp": true, "pvid": 10, "inRate": 5e6},
-        "1/0/2,1/0/4-5": {"pvid": 1, "speed": "100M", "poe": {"power": 1500}}}})"),
+        "1/0/1-11": {"linkUp": true, "pvid": 10, "inRate": 5e6},
+        "1/0/2,1/0/4-5,1/0/12": {"pvid": 1, "speed": "100M", "poe": {"power": 1500, "status": "delivering"}}}})"),
               "");
     EXPECT_EQ(vsState().ports[0].pvid, 10u);
     EXPECT_EQ(vsState().ports[1].pvid, 1u);
@@ -102,6 +108,17 @@ TEST(Scenario, LaterPortEntriesOverrideEarlierOnes)
     EXPECT_EQ(vsState().ports[4].speed, 3u);
     EXPECT_TRUE(vsState().ports[4].poe.valid);
     EXPECT_TRUE(vsState().units[0].poeSupported);
+    EXPECT_EQ(vsPoeConsumption(vsState(), 1, 0), 4u); // 1.5 W of the three with a link
+}
+
+TEST(Scenario, SectionsReferToEachOther)
+{
+    ASSERT_EQ(vsLoadText(std::string(BASE) + R"("lags": {"2": {"members": ["1/0/4"]}},
+        "fdb": [{"mac": "00:10:7F:00:00:01", "port": "1/0/4"}, {"mac": "00:10:7F:00:00:02", "port": "1/0/4", "learned": false}],
+        "faults": [{"command": "show fortune"}, {"command": "show interface 1/0/1"}], "texts": {"show fortune": "a"}})"),
+              "");
+    EXPECT_EQ(vsState().fdb[0].ifNum, vsState().lags[0].ifNum); // what is learned through a member is the LAG's
+    EXPECT_EQ(vsState().fdb[1].ifNum, 4u);
 }
 
 TEST(Scenario, ExpandsToTheSameLargeSwitchFromTheSameSeed)
