@@ -2,21 +2,25 @@
 """Write docs/documents.md from the schemas and from the daemon's table of documents.
 
 What a document holds, its fields and where they come from stand in docs/schemas ("description", "x-source"); when it is
-rebuilt stands in src/documents.cpp, which tools/docnames of a build tells. With --check nothing is written: status 1 when the page is not what would be
-written, or when a source is named that the daemon does not use.
+rebuilt stands in src/documents.cpp, which tools/docnames of a build tells. Writes the example of each schema too, from the
+goldens. With --check nothing is written: status 1 when a file is not what would be written, or when a source is named that
+the daemon does not use.
 """
 
 import argparse
 import glob
+import json
 import os
 import re
 import subprocess
 import sys
+from urllib.parse import quote
 
 import validate
 
 HOME = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")
 PAGE = os.path.join(HOME, "docs", "documents.md")
+EXAMPLES = os.path.join(HOME, "tests", "golden", "two-port")
 MONITOR = os.path.join(HOME, "src", "restcache", "monitor.h")
 CALLS = os.path.join(HOME, "platform", "openclt", "openclt.h")
 TICK_SECONDS = 1
@@ -33,15 +37,48 @@ GROUPS = (
                 "init_complete")),
 )
 
+PORTS = """
+## Which ports a document lists
+
+A port is **detached** when it is not there at the moment: a front port that is fanned out, or a sub-port of one that is not.
+A **front port** has a number not above the unit's number of front ports; the others are sub-ports. LAGs are listed as rows of
+their own where it is said.
+
+| document | front ports | sub-ports | LAGs |
+|---|---|---|---|
+| interfaces_status | all, also detached | all, also detached | all, below `lag` |
+| port_hardware_info, radius_port_config, port_vendor_detect | all, also detached | all, also detached | none |
+| portStats_inbound_ex, portStats_outbound_ex | all, also detached | all, also detached | those with members |
+| swcfg_ports_status, swcfg_ports_settings | all, also detached | attached | all |
+| swcfg_port | all, also detached, below `port` | attached, below `fanout` | none |
+| swcfg_poe | those that can feed power | those that can feed power | none |
+| neighbor_ex | those with a device | those with a device | none |
+| fiberOptics | those with an optic | those with an optic | none |
+| multicast_mode_ex | multicast router ports and blocked ones | the same | the same, below `lagPort` |
+
+Of the ports of cards `swcfg_port` and the two `swcfg_ports_` documents tell more in their own sections.
+"""
+
 HEAD = """\
 # The documents
 
 <!-- Written by tools/documents_md.py from docs/schemas and the refresh schedule; do not edit. -->
 
 What every document of the REST cache holds. How to open the cache and follow its changes is in
-[consuming.md](consuming.md). Each document has a JSON Schema (2020-12) under [schemas](schemas), from which types can be
-generated. `./dev run --check` and the tests hold all documents against them; `tools/validate.py --db /tmp/restapi_db` does
-it with any cache.
+[consuming.md](consuming.md). Each document has a JSON Schema (2020-12) with an example under [schemas](schemas);
+[index.json](schemas/index.json) there finds the file of an API name. `./dev run --check` and the tests hold all
+documents against them; `tools/validate.py --db /tmp/restapi_db` does it with any cache.
+
+Titles in the schemas are names of types, no two alike. All types of TypeScript in one file, with `Documents`, which finds
+them by API name, and a strict validator that is told of this project's keywords (the document in words, its API name, where
+a value comes from):
+
+    npx json-schema-to-typescript --cwd docs/schemas docs/schemas/index.json >documents.d.ts
+
+    const ajv = new (require("ajv/dist/2020"))({strict: true, keywords: ["x-heading", "x-api-name", "x-source"]});
+    for (const file of fs.readdirSync("docs/schemas"))
+      ajv.addSchema(JSON.parse(fs.readFileSync("docs/schemas/" + file)));
+    const validate = ajv.getSchema("https://devmgr.example/schemas/swcfg_poe.json");
 
 What holds for all of them:
 
@@ -150,6 +187,9 @@ def object_lines(schema, path, seen):
     for other, properties in seen:
         if properties == inner["properties"]:
             return ["", "`%s`: as `%s`." % (path, other)]
+        if properties.items() <= inner["properties"].items():
+            more = {key: schema for key, schema in inner["properties"].items() if key not in properties}
+            return ["", "`%s`: as `%s`, and:" % (path, other), ""] + table(more, inner.get("required", []))
     seen.append((path, inner["properties"]))
     said = " " + schema["description"] if len(seen) == 1 and schema is not inner else ""
     lines = ["", "`%s`:%s" % (path, said), ""] + table(inner["properties"], inner.get("required", []))
@@ -157,6 +197,21 @@ def object_lines(schema, path, seen):
         if below.get("type") == "object" or is_list_of_objects(below):
             lines += object_lines(below, path + "." + key, seen)
     return lines
+
+
+# ---- examples ----
+
+def with_examples():
+    """(path, text) of each document's schema, with the golden of a small switch as its example, on one line."""
+    for name, file in validate.index().items():
+        path = os.path.join(validate.SCHEMA_FOLDER, file)
+        with open(path, encoding="utf-8") as schema:
+            text = schema.read()
+        with open(os.path.join(EXAMPLES, quote(name.replace("/N", "/0"), safe="") + ".json"), encoding="utf-8") as golden:
+            example = json.dumps(json.load(golden), ensure_ascii=False)
+        text = re.sub(r'^  "examples": .*\n', "", text, flags=re.M)
+        head, key, rest = text.partition('  "x-api-name": ')
+        yield path, head + '  "examples": [%s],\n' % example + key + rest
 
 
 # ---- the page ----
@@ -199,9 +254,9 @@ def page(docnames):
             words = rebuilt[name.removesuffix("/N")]
             file = name.removesuffix("/N").replace("/", "_") + ".json"
             key, _ = payload_of(schemas[name])
-            head += "| [%s](#%s) | `%s` | %s | %s |\n" % (name, anchor(name), key, words, schemas[name]["title"])
+            head += "| [%s](#%s) | `%s` | %s | %s |\n" % (name, anchor(name), key, words, schemas[name]["x-heading"])
             body += document_lines(name, schemas[name], file, words)
-    return head + "\n".join(body) + "\n"
+    return head + PORTS + "\n".join(body) + "\n"
 
 
 def sources(node):
@@ -237,14 +292,16 @@ def main():
     unused = unused_sources()
     if unused:
         sys.exit("documents_md: the daemon does not use: %s" % ", ".join(unused))
-    text = page(options.docnames)
-    if not options.check:
-        with open(PAGE, "w", encoding="utf-8") as file:
+    for path, text in {PAGE: page(options.docnames), **dict(with_examples())}.items():
+        with open(path, "r" if options.check else "r+", encoding="utf-8") as file:
+            if file.read() == text:
+                continue
+            if options.check:
+                sys.exit("%s is not what the schemas, the schedule and the goldens say; run tools/documents_md.py" %
+                         os.path.relpath(path, HOME))
+            file.seek(0)
+            file.truncate()
             file.write(text)
-        return
-    with open(PAGE, encoding="utf-8") as file:
-        if file.read() != text:
-            sys.exit("docs/documents.md is not what the schemas and the schedule say; run tools/documents_md.py")
     print("docs/documents.md agrees with %d schemas and the schedule" % len(validate.documents()))
 
 

@@ -17,6 +17,7 @@ import jsonschema
 
 SCHEMA_FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "schemas")
 SHARED = ("common", "resp")  # no documents of their own
+INDEX = "index.json"         # names them all
 MISTAKES_SHOWN = 5           # of one record
 CHECKSUM_ONLY = re.compile(rb"[0-9]+ bytes, FNV-1a [0-9a-f]+\n")  # golden of a text too large to keep
 
@@ -24,10 +25,16 @@ CHECKSUM_ONLY = re.compile(rb"[0-9]+ bytes, FNV-1a [0-9a-f]+\n")  # golden of a 
 def raw_schemas(folder=SCHEMA_FOLDER):
     """File name without its ending -> the schema as it stands."""
     schemas = {}
-    for name in sorted(os.listdir(folder)):
+    for name in sorted(set(os.listdir(folder)) - {INDEX}):
         with open(os.path.join(folder, name), encoding="utf-8") as file:
             schemas[name.removesuffix(".json")] = json.load(file)
     return schemas
+
+
+def index(folder=SCHEMA_FOLDER):
+    """API name -> file of its schema. A document written in records "name/0", "name/1" is "name/N"."""
+    with open(os.path.join(folder, INDEX), encoding="utf-8") as file:
+        return {name: schema["$ref"] for name, schema in json.load(file)["properties"].items()}
 
 
 def resolved(node, file, raw):
@@ -37,7 +44,7 @@ def resolved(node, file, raw):
         return [resolved(item, file, raw) for item in node]
     if not isinstance(node, dict):
         return node
-    beside = {key: resolved(value, file, raw) for key, value in node.items() if key not in ("$ref", "$defs")}
+    beside = {key: resolved(value, file, raw) for key, value in node.items() if key not in ("$ref", "$defs", "$id", "examples")}
     if "$ref" not in node:
         return beside
     path, _, pointer = node["$ref"].partition("#")

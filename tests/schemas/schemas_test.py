@@ -9,6 +9,7 @@ another type, a word that is none. Every spoilt document must be refused.
 import argparse
 import copy
 import os
+import re
 import subprocess
 import sys
 
@@ -20,7 +21,8 @@ import validate  # noqa: E402
 
 GOLDENS = os.path.join(HOME, "tests", "golden")
 FREE = ("ProfileTemplate",)  # contents that the schemas leave to others
-KEYWORDS = {"$schema", "$defs", "$ref", "title", "description", "type", "properties", "required", "items", "enum", "const",
+BASE = "https://devmgr.example/schemas/"
+KEYWORDS = {"$schema", "$id", "$defs", "$ref", "title", "examples", "x-heading", "description", "type", "properties", "required", "items", "enum", "const",
             "minimum", "maximum", "minLength", "maxLength", "maxItems", "pattern", "dependentRequired",
             "additionalProperties", "x-api-name", "x-source"}
 NOT_JSON_VALUES = {"integer": "1", "string": 1, "boolean": 1, "array": {}, "object": [], "null": "null"}
@@ -29,7 +31,9 @@ NOT_JSON_VALUES = {"integer": "1", "string": 1, "boolean": 1, "array": {}, "obje
 def schema_faults(name, schema, place):
     """Keywords that are none (a validator passes over them), objects that are open, values without a description."""
     faults = ["%s: %s: unknown keyword %s" % (name, place, key) for key in set(schema) - KEYWORDS]
-    if "$ref" in schema and set(schema) - {"$ref", "title", "description", "required", "x-source"}:
+    if not {"$ref", "type"} & set(schema) and name != "common":
+        faults.append("%s: %s: of any type" % (name, place))
+    if "$ref" in schema and set(schema) - {"$ref", "title", "description", "type", "required", "x-source"}:
         faults.append("%s: %s: what stands beside $ref would replace it" % (name, place))
     if schema.get("type") == "object" and schema.get("title") not in FREE:
         if schema.get("additionalProperties") is not False or "required" not in schema:
@@ -42,6 +46,26 @@ def schema_faults(name, schema, place):
     if "items" in schema:
         faults += schema_faults(name, schema["items"], place + "[]")
     return faults
+
+
+def titles_in(schema):
+    if isinstance(schema, dict):
+        yield from [schema["title"]] if isinstance(schema.get("title"), str) else []
+        for key, below in schema.items():
+            yield from titles_in(below) if key != "examples" else ()
+    elif isinstance(schema, list):
+        for below in schema:
+            yield from titles_in(below)
+
+
+def type_faults(raw):
+    """What a generator of types stumbles over: titles are names of types, no two alike; files are found by name and id."""
+    titles = [title for schema in raw.values() for title in titles_in(schema)]
+    faults = ["%s: two schemas of this title" % title for title in set(titles) if titles.count(title) > 1]
+    faults += ["%s: a title that is no name of a type" % title for title in titles if not re.fullmatch("[A-Z][A-Za-z0-9]*", title)]
+    faults += ["%s: not its $id" % name for name, schema in raw.items() if schema.get("$id") != BASE + name + ".json"]
+    named = {schema["x-api-name"]: name + ".json" for name, schema in raw.items() if "x-api-name" in schema}
+    return faults + ["index.json does not list the schemas by their names"] * (validate.index() != named)
 
 
 def spoilt(document, schema):
@@ -106,6 +130,7 @@ def main():
 
     for name, schema in validate.raw_schemas().items():
         faults += schema_faults(name, schema, "")
+    faults += type_faults(validate.raw_schemas())
     for schema in schemas.values():
         jsonschema.Draft202012Validator.check_schema(schema)
     faults += ["%s: document or schema is missing" % name for name in names_made(options.docnames) ^ set(schemas)]
