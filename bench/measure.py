@@ -5,7 +5,10 @@ import argparse
 import concurrent.futures
 import os
 import subprocess
+import sys
 import tempfile
+import threading
+import time
 
 import profiles
 import rival
@@ -22,8 +25,41 @@ PORTS_OF_UNIT = 52
 STARTS = 5
 
 
+PROGRESS_SECONDS = 4
+doing = "the first profiles"
+starred = False
+
+
 def heading(text):
+    table_end()
     print(f"\n{text}", flush=True)
+
+
+def row_print(row, misses):
+    """A row of a table, with a star behind it when it misses the table's goal."""
+    global starred
+    starred = starred or misses
+    print(row + (" *" if misses else ""), flush=True)
+
+
+def table_end():
+    global starred
+    if starred:
+        print("* misses the goal; bench/README.md says why, where that is known")
+    starred = False
+
+
+def progress_say():
+    """Every few seconds, to standard error: what is being measured."""
+    began = time.monotonic()
+    while True:
+        time.sleep(PROGRESS_SECONDS)
+        print(f"bench: {time.monotonic() - began:.0f} s, measuring {doing}", file=sys.stderr, flush=True)
+
+
+def measuring(what):
+    global doing
+    doing = what
 
 
 def floors_print(rows, where):
@@ -31,8 +67,8 @@ def floors_print(rows, where):
     print(f"{'document':28} {'instructions':>13} {'floor':>13} {'ratio':>7}   {'(switch)':>13}")
     for row in rows:
         ratio = f"{row.ratio():7.2f}" if row.floor else "      -"
-        above = "*" if row.floor and row.ratio() > GOAL_FLOOR else " "
-        print(f"{row.name:28} {row.cost:13,} {row.floor:13,} {ratio} {above} {row.switch:13,}")
+        row_print(f"{row.name:28} {row.cost:13,} {row.floor:13,} {ratio}   {row.switch:13,}",
+                  bool(row.floor) and row.ratio() > GOAL_FLOOR)
 
 
 def growth_print(by_units):
@@ -43,9 +79,8 @@ def growth_print(by_units):
     for name in tables[0]:
         costs = [table[name] for table in tables]
         factors = [after / before for before, after in zip(costs, costs[1:])]
-        above = " *" if max(factors) > GOAL_GROWTH else ""
-        print(f"{name:28}" + "".join(f"{cost // 1000:10,}" for cost in costs) + "   " +
-              " ".join(f"{factor:.2f}" for factor in factors) + above)
+        row_print(f"{name:28}" + "".join(f"{cost // 1000:10,}" for cost in costs) + "   " +
+                  " ".join(f"{factor:.2f}" for factor in factors), max(factors) > GOAL_GROWTH)
 
 
 def counts_print(build, scenarios):
@@ -53,6 +88,7 @@ def counts_print(build, scenarios):
             " | ".join(f"{ports} ports" for ports in scenarios))
     tables = []
     for scenario in scenarios.values():
+        measuring("calls and commands")
         run = subprocess.run([f"{build}/bench/counts", scenario], stdout=subprocess.PIPE, text=True, check=True)
         tables.append({name: counts for name, *counts in map(str.split, run.stdout.splitlines())})
     titles = "".join(f"{title:>8}" for title in ("calls", "cmds", "bytes", "allocs", "procs"))
@@ -65,10 +101,10 @@ def daemon_print(build, source, scenarios):
     heading("The daemon: memory at its peak; milliseconds from exec, medians")
     print(f"{'ports':>5} {'peak MiB':>9} {'goal':>5} {'init_complete':>14} {'end of cycle 1':>15}")
     for ports, scenario in scenarios.items():
+        measuring(f"the daemon with {ports} ports")
         peak = running.peak_mib(build, source, scenario)
-        above = "*" if peak > GOAL_MIB[ports] else " "
         first, cycle = running.start_ms(build, source, scenario, STARTS)
-        print(f"{ports:5} {peak:8.1f}{above} {GOAL_MIB[ports]:5} {first:14.0f} {cycle:15.0f}")
+        row_print(f"{ports:5} {peak:9.1f} {GOAL_MIB[ports]:5} {first:14.0f} {cycle:15.0f}", peak > GOAL_MIB[ports])
 
 
 def rival_print(build, source, scenarios):
@@ -76,10 +112,10 @@ def rival_print(build, source, scenarios):
             f"(processor ms, medians; goal {GOAL_RIVAL} times)")
     print(f"{'ports':>5} {'cmds':>5} {'bytes':>8} {'textfsm':>8} {'here':>8} {'times':>7} {'files+store':>12}")
     for ports, scenario in scenarios.items():
+        measuring(f"textfsm with {ports} ports")
         commands, size, there, here, handling = rival.compared(build, source, scenario)
-        below = "*" if there / here < GOAL_RIVAL else " "
-        print(f"{ports:5} {commands:5} {size:8} {there / 1000:8.2f} {here / 1000:8.2f} {there / here:7.1f}{below}"
-              f"{handling / 1000:12.2f}")
+        row_print(f"{ports:5} {commands:5} {size:8} {there / 1000:8.2f} {here / 1000:8.2f} {there / here:7.1f} "
+                  f"{handling / 1000:12.2f}", there / here < GOAL_RIVAL)
 
 
 def contention_print(path):
@@ -102,6 +138,10 @@ def everything(build, source):
                 file.write(scaled.scaled(large, units))
         jobs = {units: pool.submit(profiles.costs, program, path) for units, path in scenarios.items()}
         studio_job = pool.submit(profiles.costs, program, studio)
+        jobs_left = [*jobs.values(), studio_job]
+        for number, job in enumerate(jobs_left):
+            measuring(f"profile {number + 1} of {len(jobs_left)}")
+            job.result()
         by_units = {units: job.result() for units, job in jobs.items()}
         studio_rows = studio_job.result()
 
@@ -125,6 +165,7 @@ def main():
     args = parser.parse_args()
     build = os.path.abspath(args.build)
     source = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    threading.Thread(target=progress_say, daemon=True).start()
 
     if args.scenario or args.names:
         scenario = args.scenario or f"{source}/{STUDIO}"
@@ -133,6 +174,7 @@ def main():
         cycles = {os.path.basename(scenario): rows[0]}
     else:
         cycles = everything(build, source)
+    table_end()
     ratios = ", ".join(f"{row.ratio():.2f} ({where})" for where, row in cycles.items())
     print(f"\nfloor ratio of a full cycle: {ratios}")
 

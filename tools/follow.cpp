@@ -38,7 +38,10 @@ struct FOLLOW_T {
     pid_t daemon = 0; // 0: not known
     bool terminal = false;
     std::string expected; // file of --check, "" without
-    double limit = 600;   // seconds of --check
+    std::string messages; // file of --messages, "" without
+    size_t messagesRead = 0;
+    std::string message; // its last line
+    double limit = 600;  // seconds of --check
     double started = 0;
 };
 
@@ -48,11 +51,12 @@ constexpr double PAGE_SECONDS = 4.0;       // a table longer than the terminal t
 constexpr int BUSY_MILLISECONDS = 3000;
 
 static const char usageText[] =
-    "usage: follow --root DIR [--daemon PID] [--check FILE [--limit SECONDS]]\n"
+    "usage: follow --root DIR [--daemon PID] [--messages FILE] [--check FILE [--limit SECONDS]]\n"
     "Shows the REST cache under DIR live: a table on a terminal, plain lines when piped. Ctrl-C ends it.\n"
     "\n"
     "  --root DIR       root that the daemon was given\n"
     "  --daemon PID     end with status 1 when this process ends\n"
+    "  --messages FILE  what the daemon writes to its terminal: its last line stands below the table\n"
     "  --check FILE     wait for the end of the first cycle, print the table once; status 0 only when each name of "
     "FILE\n"
     "                   (one a line) has a document that parses and says success\n"
@@ -62,6 +66,7 @@ static bool optionsTake(int argc, char **argv, FOLLOW_T *follow);
 static int follow(FOLLOW_T *follow, int signals);
 static int check(FOLLOW_T *follow, int signals);
 static void look(FOLLOW_T *follow, bool bySignal);
+static void messagesLook(FOLLOW_T *follow);
 static OWNED_DB cacheOpen();
 static void readAll(FOLLOW_T *follow);
 static void namesAll(const FOLLOW_T *follow, sqlite3 *db, std::map<std::string, unsigned> *names);
@@ -123,11 +128,13 @@ static bool threadInterrupted()
 
 static WAKE_T waitFor(int signals, double seconds)
 {
-    struct pollfd ready = {signals, POLLIN, 0};
+    struct pollfd ready[] = {{signals, POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
     struct signalfd_siginfo info;
 
-    if (poll(&ready, 1, static_cast<int>(seconds * 1000)) != 1)
+    if (poll(ready, 2, static_cast<int>(seconds * 1000)) < 1)
         return WAKE_TIME;
+    if ((ready[1].revents & POLLERR) != 0)
+        return WAKE_END; // a pipe that nobody reads any more
     bool change = threadInterrupted();
     if (read(signals, &info, sizeof(info)) != sizeof(info))
         return WAKE_TIME;
@@ -159,6 +166,7 @@ int main(int argc, char **argv)
     sigemptyset(&blocked);
     for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH})
         sigaddset(&blocked, number);
+    (void)signal(SIGPIPE, SIG_IGN);
     sigprocmask(SIG_BLOCK, &blocked, nullptr); // before the daemon can know of this process
     OWNED_FD_T signals(signalfd(-1, &blocked, SFD_CLOEXEC | SFD_NONBLOCK));
     state.list.path = PathGet(PATH_REST_DELTA);
@@ -177,9 +185,13 @@ int main(int argc, char **argv)
 static bool optionsTake(int argc, char **argv, FOLLOW_T *follow)
 {
     static const struct option options[] = {
-        {"root", required_argument, nullptr, 'r'},  {"daemon", required_argument, nullptr, 'd'},
-        {"check", required_argument, nullptr, 'c'}, {"limit", required_argument, nullptr, 'l'},
-        {"help", no_argument, nullptr, 'h'},        {nullptr, 0, nullptr, 0},
+        {"root", required_argument, nullptr, 'r'},
+        {"daemon", required_argument, nullptr, 'd'},
+        {"check", required_argument, nullptr, 'c'},
+        {"limit", required_argument, nullptr, 'l'},
+        {"messages", required_argument, nullptr, 'm'},
+        {"help", no_argument, nullptr, 'h'},
+        {nullptr, 0, nullptr, 0},
     };
     const char *root = nullptr;
     int option;
@@ -194,6 +206,9 @@ static bool optionsTake(int argc, char **argv, FOLLOW_T *follow)
             break;
         case 'c':
             follow->expected = optarg;
+            break;
+        case 'm':
+            follow->messages = optarg;
             break;
         case 'l':
             follow->limit = strtod(optarg, nullptr);
@@ -223,6 +238,7 @@ static int follow(FOLLOW_T *follow, int signals)
     readAll(follow);
     while (wake != WAKE_END) {
         look(follow, wake == WAKE_CHANGE);
+        messagesLook(follow);
         if (follow->terminal)
             tableDraw(follow);
         fflush(stdout);
@@ -301,7 +317,7 @@ static void judge(SHOWN_T *shown)
     }
 }
 
-static void linePrint(const std::string &name, const SHOWN_T &shown, const char *what)
+static std::string clockText()
 {
     time_t now = time(nullptr);
     struct tm local;
@@ -309,7 +325,27 @@ static void linePrint(const std::string &name, const SHOWN_T &shown, const char 
 
     localtime_r(&now, &local);
     strftime(stamp, sizeof(stamp), "%H:%M:%S", &local);
-    printf("%s %s %s %zu %s\n", stamp, what, name.c_str(), shown.text.size(), shown.result.c_str());
+    return stamp;
+}
+
+static void linePrint(const std::string &name, const SHOWN_T &shown, const char *what)
+{
+    printf("%s %s %s %zu %s\n", clockText().c_str(), what, name.c_str(), shown.text.size(), shown.result.c_str());
+}
+
+// Whole lines that have been added since the last look.
+static void messagesLook(FOLLOW_T *follow)
+{
+    std::ifstream file(follow->messages);
+    std::string line;
+
+    file.seekg(static_cast<std::streamoff>(follow->messagesRead));
+    while (!follow->messages.empty() && std::getline(file, line) && !file.eof()) {
+        follow->messagesRead += line.size() + 1;
+        follow->message = line;
+        if (!follow->terminal)
+            printf("%s says %s\n", clockText().c_str(), line.c_str());
+    }
 }
 
 static void readAll(FOLLOW_T *follow)
@@ -381,7 +417,7 @@ static void tableDraw(FOLLOW_T *follow)
     (void)ioctl(STDOUT_FILENO, TIOCGWINSZ, &size); // a terminal that does not say counts as 24x80
     int height = size.ws_row > 4 ? size.ws_row : 24;
     int columns = size.ws_col > 60 ? size.ws_col : 80;
-    size_t rows = static_cast<size_t>(height - 3);
+    size_t rows = static_cast<size_t>(height - (follow->message.empty() ? 3 : 4));
     size_t pages = (follow->documents.size() + rows - 1) / rows;
     auto turn = static_cast<size_t>((steadySeconds() - follow->started) / PAGE_SECONDS);
     size_t page = pages > 1 ? turn % pages : 0;
@@ -392,6 +428,8 @@ static void tableDraw(FOLLOW_T *follow)
     if (pages > 1)
         printf(", page %zu of %zu", page + 1, pages);
     fputs(" - Ctrl-C ends\033[K\033[J", stdout);
+    if (!follow->message.empty())
+        printf("\n%.*s\033[K", columns, follow->message.c_str());
 }
 
 static std::string ageText(double seconds)

@@ -7,6 +7,7 @@
 #include "harness.h"
 
 #include "documents.h"
+#include "progress.h"
 #include "restcache/cycle.h"
 #include "runtime/clock.h"
 #include "runtime/owned.h"
@@ -294,6 +295,7 @@ int main(int argc, char **argv)
             soak.hour = measureTake();
         }
         cycleRun(&soak);
+        progressSay("soak: %u of %u cycles, %u findings", soak.cycle + 1, soak.cycles, soak.findings);
     }
     soak.end = measureTake();
     std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;

@@ -46,7 +46,8 @@ struct Follow : testing::Test {
 
     void start()
     {
-        consumer.start({beside("tools/follow"), "--root", root.dir}, root.path("shown"), root.path("err"));
+        consumer.start({beside("tools/follow"), "--root", root.dir, "--messages", root.path("said")},
+                       root.path("shown"), root.path("err"));
         ASSERT_TRUE(waitUntil([&] { return access(root.path("resourse_pid.txt").c_str(), F_OK) == 0; }));
     }
     bool shows(const std::string &name, size_t length)
@@ -100,6 +101,10 @@ TEST_F(Follow, EndsAtAnInterruptThatIsNotAChange)
     writer.announce("any");
     writer.record("any", 2);
     ASSERT_TRUE(shows("any", 2)); // still there
+    OWNED_FILE said(fopen(root.path("said").c_str(), "w"));
+    fputs("first\nsecond\nthi", said.get());
+    said.reset();
+    EXPECT_TRUE(waitUntil([&] { return fileRead(root.path("shown")).find(" says second\n") != std::string::npos; }));
     kill(consumer.pid, SIGINT);
     EXPECT_EQ(consumer.wait(), 0);
     EXPECT_NE(access(root.path("resourse_pid.txt").c_str(), F_OK), 0) << "ids left behind";

@@ -6,6 +6,7 @@
 // still.
 
 #include "change_list.h"
+#include "progress.h"
 #include "proof.h"
 #include "restcache/lock.h"
 #include "restcache/notify.h"
@@ -162,6 +163,7 @@ static bool runFor(double seconds, CHANGE_LIST_T *list, std::map<std::string, un
     while (steadySeconds() < until) {
         usleep(100000);
         linesCount(list, lines);
+        progressSay("contention: %.0f of %.0f s", seconds - (until - steadySeconds()), seconds);
         for (unsigned i = 0; i < WRITERS + READERS; i++) {
             unsigned count = i < WRITERS ? shared->writes[i] : shared->reads[i - WRITERS];
             if (count != last[i])

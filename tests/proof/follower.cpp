@@ -7,6 +7,7 @@
 // gives up a name whose record is on its way, however slow the machine is.
 
 #include "change_list.h"
+#include "progress.h"
 #include "proof.h"
 #include "restcache/notify.h"
 #include "restcache/store.h"
@@ -144,6 +145,7 @@ int main(int argc, char **argv)
     pid_t reader = spawn(follow, 0), changer = spawn(writer, changes);
     for (bool late = false; sections < SECTIONS && !late; sections += !late) {
         while (shared->written <= sections && !ended(changer)) {
+            progressSay("follower: %u of %u sections of the changes", sections, SECTIONS);
             usleep(20000 + roll(1500000));
             if (shared->written > sections)
                 break;
@@ -153,6 +155,7 @@ int main(int argc, char **argv)
         }
         double limit = steadySeconds() + HANG;
         while (shared->equal <= sections && !late) {
+            progressSay("follower: %u of %u sections of the changes", sections, SECTIONS);
             usleep(2000);
             late = steadySeconds() > limit;
         }

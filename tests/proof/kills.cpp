@@ -4,6 +4,7 @@
 // texts. Half of the kills come just before the n-th write to the cache file, the others a moment after a name was
 // announced. Now and then one whole cycle may end; then every record must be that of a clean run, and announced.
 
+#include "progress.h"
 #include "proof.h"
 
 #include <atomic>
@@ -26,6 +27,7 @@ struct TALLY_T {
     unsigned cut = 0, mixed = 0;                   // records of sound files
     unsigned setAside = 0, deleted = 0;            // by the daemon
     unsigned checks = 0, failures = 0;
+    unsigned wanted = 1000; // kills
 };
 
 struct READER_T {
@@ -95,12 +97,18 @@ static void logTake()
     (void)unlink(path("tk830.log").c_str());
 }
 
+static void killsProgress()
+{
+    progressSay("kills: %u of %u, %u cycles compared", tally.atWrite + tally.atInstant, tally.wanted, tally.checks);
+}
+
 static void wholeCycle(unsigned turn)
 {
     double limit = steadySeconds() + HANG;
     pid_t daemon = start(turn, 0);
 
     while (!cycleEnded()) {
+        killsProgress();
         if (steadySeconds() > limit || ended(daemon)) {
             failed("the first cycle does not end");
             break;
@@ -148,6 +156,7 @@ static void killOnce(unsigned round)
     (void)unlink(path("rest_db_api_delta.txt").c_str());
     pid_t daemon = start(turn, killAt);
     for (unsigned looks = 1; !ended(daemon) && announced < wanted && !late; looks++) {
+        killsProgress();
         if (!atWrite && stat(path("rest_db_api_delta.txt").c_str(), &list) == 0 && list.st_size != size) {
             size = list.st_size;
             announced++;
@@ -283,7 +292,7 @@ static void report()
 
 int main(int argc, char **argv)
 {
-    unsigned kills = argc > 1 ? static_cast<unsigned>(strtoul(argv[1], nullptr, 10)) : 1000;
+    tally.wanted = argc > 1 ? static_cast<unsigned>(strtoul(argv[1], nullptr, 10)) : 1000;
     std::error_code ignored; // a temporary folder that cannot be removed harms nobody
 
     setvbuf(stdout, nullptr, _IOLBF, 0);
@@ -293,13 +302,13 @@ int main(int argc, char **argv)
     }
     cleanRuns();
     std::thread attached(readOn);
-    for (unsigned round = 1; tally.atWrite + tally.atInstant < kills && tally.failures == 0; round++) {
+    for (unsigned round = 1; tally.atWrite + tally.atInstant < tally.wanted && tally.failures == 0; round++) {
         killOnce(round);
         inspect();
         if (round % CHECK_EVERY == 0)
             checkCycle(round);
     }
-    checkCycle(kills);
+    checkCycle(tally.wanted);
     reader.stop = true;
     attached.join();
     report();

@@ -6,6 +6,7 @@
 
 #include "documents.h"
 #include "fileops.h"
+#include "progress.h"
 #include "support/alloc.h"
 
 #include <cstdio>
@@ -225,12 +226,33 @@ static int jobBody(const OPTIONS_T &options, const std::string &root, unsigned t
     return 0;
 }
 
+// How many jobs of this pass have ended, and where the others are.
+static void sweepProgress(const std::vector<JOB_T> &jobs, const TALLY_T &total)
+{
+    size_t ended = 0;
+    unsigned runs = total.runs;
+    std::string at;
+
+    for (const JOB_T &job : jobs) {
+        ended += job.pid == -1;
+        if (job.pid <= 0)
+            continue;
+        runs += job.tally->runs;
+        at += (at.empty() ? "" : ", ") + job.name;
+    }
+    progressSay("sweep: %zu of %zu jobs of this pass, %u runs, at %s", ended, jobs.size(), runs, at.c_str());
+}
+
 // Wait for a job that ends. One that does not end by itself is a finding: a crash, or a sanitizer's report.
 static void jobEnd(std::vector<JOB_T> *jobs, TALLY_T *total)
 {
     int status = 0;
-    pid_t pid = wait(&status);
+    pid_t pid;
 
+    while ((pid = waitpid(-1, &status, WNOHANG)) == 0) {
+        sweepProgress(*jobs, *total);
+        usleep(10000);
+    }
     for (JOB_T &job : *jobs) {
         if (job.pid != pid)
             continue;
