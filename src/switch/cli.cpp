@@ -200,6 +200,8 @@ int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *
     openclt_buffer_t commandBuffer = {static_cast<uint32_t>(strlen(commandText) + 1), commandText};
     openclt_buffer_t fileBuffer = {static_cast<uint32_t>(strlen(fileText) + 1), fileText};
     int result = rpcclt_openapiCliShowExecuteToFile(clientHandle, &commandBuffer, &fileBuffer);
+    if (result != OPENCLT_OK)
+        LOG_ERROR("Show cmd failed: %s\r\n", commandText); // the lines that follow do not name it
     outputUnwrittenRemove(fileText);
     return result;
 }

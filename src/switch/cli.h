@@ -13,7 +13,8 @@
 constexpr size_t CLI_LINE_SIZE = 1024;
 
 // Run a command (cut at 254 characters) into a file (path cut at 95), deleting any earlier file first.
-// 0; 10003 when an argument is missing; 10000 when the platform fails ("Execute show cmd faile" is logged).
+// 0; 10003 when an argument is missing; 10000 when the platform fails ("Show cmd failed" with the command, and
+// "Execute show cmd faile" with the result, are logged).
 // The caller owns the file.
 [[nodiscard]] int cliShowExecuteToFile(CLIENT_HANDLE_T *clientHandle, const char *command, const char *outputFile);
 
@@ -31,8 +32,8 @@ enum SHOW_OPEN_LINE : int {
     SHOW_OPEN_SILENT,
 };
 
-// Who runs the command: the runner above, or the platform call directly (the runner's failure line does not appear and
-// *platformResult of the SHOW_FILE_T holds the platform's own result).
+// Who runs the command: the runner above, or the platform call directly (of the lines at a failure only that
+// with the command appears, and *platformResult of the SHOW_FILE_T holds the platform's own result).
 enum SHOW_RUN : int { SHOW_RUN_RUNNER, SHOW_RUN_PLATFORM };
 
 // One show command as a collector wants it. What differs from the presets is set by name.

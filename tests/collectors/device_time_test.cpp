@@ -21,6 +21,7 @@ TEST_F(DeviceTime, WhatCannotBeReadIsEmpty)
     EXPECT_EQ(document(), R"({"time": "","timezone": "", "UTC": "", "DST": {"rule":0}})");
     EXPECT_EQ(logText(), "(ERROR) getDateTime: Bad return code trying to get datetime. (result = -5)\n"
                          "(ERROR) getTimezone: Bad return code trying to get timezone. (result = -5)\n"
+                         "(ERROR) platformRun: Show cmd failed: show clock detail\n"
                          "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-5\n");
 }
 

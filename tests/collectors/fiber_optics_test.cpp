@@ -49,11 +49,12 @@ TEST_F(FiberOptics, ValuesAreThoseOfTheFirstLineWithTheName)
 
 TEST_F(FiberOptics, FailureGivesItsResultAndTheEmptyArray)
 {
-    const char *failed = "(ERROR) fiberOpticsGet: Failed to run openapiCliShowExecuteToFile\n";
+    const std::string named = "(ERROR) platformRun: Show cmd failed: ";
+    const std::string failed = "\n(ERROR) fiberOpticsGet: Failed to run openapiCliShowExecuteToFile\n";
     const char *notFound = "(INFO) fiberOpticsGet: FiberOptics not found\n";
-    const std::tuple<VS_FAULT_T, std::string, int, const char *> cases[] = {
-        {{valuesCommand}, head, 10000, failed},
-        {{infoCommand}, head, 10000, failed},
+    const std::tuple<VS_FAULT_T, std::string, int, std::string> cases[] = {
+        {{valuesCommand}, head, 10000, named + valuesCommand + failed},
+        {{infoCommand}, head, 10000, named + infoCommand + failed},
         {{infoCommand, "", 0, VS_NO_FILE}, head, 10015, notFound},
         {{valuesCommand, "", 0, VS_EMPTY}, head, 10015, notFound},
         {{"-"}, "Port  Vendor\n------- \n1/0/1\n", 10015, notFound},

@@ -27,5 +27,6 @@ TEST_F(Radius, FirstFourServersAreListedLastReadFirst)
     logClear();
     failCall("show radius servers", -5, 1);
     EXPECT_EQ(buildBuffer(getRadiusServerJson, 8192).result, 10016);
-    EXPECT_EQ(logText(), "(ERROR) getRadiusServer: show radius servers failed, result:-5\n");
+    EXPECT_EQ(logText(), "(ERROR) platformRun: Show cmd failed: show radius servers\n"
+                         "(ERROR) getRadiusServer: show radius servers failed, result:-5\n");
 }

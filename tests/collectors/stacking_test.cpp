@@ -100,6 +100,7 @@ TEST_F(Stacking, StackPortFailures)
 {
     const std::tuple<const char *, VS_FAULT_KIND, int, std::string> cases[] = {
         {"x", VS_FAIL, 10000,
+         "(ERROR) platformRun: Show cmd failed: show stack-port\n"
          "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
          "(ERROR) getStackPortInfo: Failed to get stack port CLI output\n"},
         {"x", VS_NO_FILE, 10016,

@@ -157,7 +157,8 @@ TEST_F(CLI, ManagementVlanIsOneUnlessSaidOtherwise)
     failCall("show ip management", -1);
     EXPECT_EQ(managementVlanGet(&handle, &vlan), RESULT_OPEN_FAILED);
     EXPECT_EQ(vlan, 1);
-    EXPECT_EQ(logText(), "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
+    EXPECT_EQ(logText(), "(ERROR) platformRun: Show cmd failed: show ip management\n"
+                         "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
                          "(ERROR) managementPortIPv4ParametersGet: can not open file:" +
                              std::string(PathGet(PATH_SHOW_IP_MANAGEMENT)) + "\n");
 }

@@ -99,7 +99,8 @@ TEST_F(Fdb, FailedCommandIsReportedAMissingFileIsNot)
 {
     spoilCommand("show mac-addr-table", VS_FAIL);
     EXPECT_EQ(entriesOf(fdbEntryListGetSimpleFast), "");
-    EXPECT_EQ(logText(), "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
+    EXPECT_EQ(logText(), "(ERROR) platformRun: Show cmd failed: show mac-addr-table\n"
+                         "(ERROR) cliShowExecuteToFile: Execute show cmd faile, result:-1\n"
                          "(ERROR) fdbEntryListGetSimpleFast: fdbEntryListGetSimpleFast: cliShowExecuteToFile failed\n");
     vsFaultsClear();
     logClear();
