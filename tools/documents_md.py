@@ -202,16 +202,19 @@ def object_lines(schema, path, seen):
 # ---- examples ----
 
 def with_examples():
-    """(path, text) of each document's schema, with the golden of a small switch as its example, on one line."""
+    """(path, text) of each document's schema, with the golden of a small switch as its example, on one line; as long as
+    there is no golden, without."""
     for name, file in validate.index().items():
         path = os.path.join(validate.SCHEMA_FOLDER, file)
         with open(path, encoding="utf-8") as schema:
             text = schema.read()
-        with open(os.path.join(EXAMPLES, quote(name.replace("/N", "/0"), safe="") + ".json"), encoding="utf-8") as golden:
-            example = json.dumps(json.load(golden), ensure_ascii=False)
         text = re.sub(r'^  "examples": .*\n', "", text, flags=re.M)
-        head, key, rest = text.partition('  "x-api-name": ')
-        yield path, head + '  "examples": [%s],\n' % example + key + rest
+        golden = os.path.join(EXAMPLES, quote(name.replace("/N", "/0"), safe="") + ".json")
+        if os.path.exists(golden):
+            with open(golden, encoding="utf-8") as document:
+                example = json.dumps(json.load(document), ensure_ascii=False)
+            text = text.replace('  "x-api-name": ', '  "examples": [%s],\n  "x-api-name": ' % example, 1)
+        yield path, text
 
 
 # ---- the page ----
