@@ -138,10 +138,10 @@ def everything(build, source):
                 file.write(scaled.scaled(large, units))
         jobs = {units: pool.submit(profiles.costs, program, path) for units, path in scenarios.items()}
         studio_job = pool.submit(profiles.costs, program, studio)
-        jobs_left = [*jobs.values(), studio_job]
-        for number, job in enumerate(jobs_left):
-            measuring(f"profile {number + 1} of {len(jobs_left)}")
-            job.result()
+        profiling = [*jobs.values(), studio_job]
+        measuring(f"profiles, 0 of {len(profiling)} are done")
+        for done, _ in enumerate(concurrent.futures.as_completed(profiling), 1):
+            measuring(f"profiles, {done} of {len(profiling)} are done")
         by_units = {units: job.result() for units, job in jobs.items()}
         studio_rows = studio_job.result()
 
