@@ -6,7 +6,11 @@
 //
 // Scenarios under tests/golden/faults are made for faults: there <scenario>/<API name>.txt holds what each fault of
 // what the document asks for changes in it and in the log (fault_golden.h).
+//
+// tests/collectors/cases/<name>.json holds a switch and what is different on it case by case, mostly texts that the
+// virtual switch does not print; <name>.txt the document and what each case changes (case_golden.h).
 
+#include "case_golden.h"
 #include "documents.h"
 #include "fault_golden.h"
 #include "harness.h"
@@ -22,8 +26,9 @@
 
 struct OPTIONS_T {
     bool update = false;
-    bool documents = true;
-    bool faults = true;
+    bool documents = false;
+    bool faults = false;
+    bool cases = false;
     std::string kept;                   // folder that receives the whole texts, "" for none
     std::vector<std::string> scenarios; // paths; none: all
     std::set<std::string> names;        // API names; none: all
@@ -42,14 +47,16 @@ struct GOLDENS_T {
 };
 
 static const char USAGE[] =
-    "usage: golden [--update] [--documents | --faults] [--keep FOLDER] [--scenario FILE]... [NAME]...\n"
-    "Compares the documents of the scenarios (default: all) with tests/golden, and what faults change in them with\n"
-    "tests/golden/faults; --documents and --faults do one of the two. NAMEs (API names) leave the others alone.\n"
+    "usage: golden [--update] [--documents] [--faults] [--cases] [--keep FOLDER] [--scenario FILE]... [NAME]...\n"
+    "Compares the documents of the scenarios (default: all) with tests/golden, what faults change in them with\n"
+    "tests/golden/faults, and what cases change with tests/collectors/cases; --documents, --faults and --cases do these\n"
+    "only. NAMEs (API names, or those of files of cases) leave the others alone.\n"
     "--keep puts each whole document into FOLDER/<scenario>/.\n";
 static constexpr size_t READABLE = 90000; // bytes
 static const char GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden";
 static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios";
 static const char FAULT_GOLDENS[] = DEVMGR_SOURCE_DIR "/tests/golden/faults";
+static const char CASES[] = DEVMGR_SOURCE_DIR "/tests/collectors/cases";
 
 static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
 {
@@ -57,9 +64,11 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
         if (strcmp(argv[i], "--update") == 0)
             options->update = true;
         else if (strcmp(argv[i], "--documents") == 0)
-            options->faults = false;
+            options->documents = true;
         else if (strcmp(argv[i], "--faults") == 0)
-            options->documents = false;
+            options->faults = true;
+        else if (strcmp(argv[i], "--cases") == 0)
+            options->cases = true;
         else if (strcmp(argv[i], "--scenario") == 0 && i + 1 < argc)
             options->scenarios.push_back(argv[++i]);
         else if (strcmp(argv[i], "--keep") == 0 && i + 1 < argc)
@@ -69,6 +78,8 @@ static bool optionsTake(int argc, char **argv, OPTIONS_T *options)
         else
             options->names.insert(argv[i]);
     }
+    if (!options->documents && !options->faults && !options->cases)
+        options->documents = options->faults = options->cases = true;
     return true;
 }
 
@@ -213,7 +224,7 @@ static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenari
 {
     std::string name = std::filesystem::path(scenario).stem().string();
 
-    if (!options.documents && !forFaults(scenario))
+    if (!options.documents && !(options.faults && forFaults(scenario)))
         return true;
     std::string root = scenarioBegin(scenario);
     if (root.empty())
@@ -226,6 +237,20 @@ static bool scenarioCompare(const OPTIONS_T &options, const std::string &scenari
     if (options.faults && forFaults(scenario))
         goldensCompare(options, {std::string(FAULT_GOLDENS) + "/" + name, ".txt", faultTexts(options.names)}, tally);
     rootRemove(root);
+    return true;
+}
+
+// False when a file of cases cannot be run at all.
+static bool casesCompare(const OPTIONS_T &options, TALLY_T *tally)
+{
+    GOLDENS_T goldens = {CASES, ".txt", {}};
+
+    for (const std::string &file : filesOf(CASES, ".json")) {
+        std::string name = apiName(std::filesystem::path(file).stem());
+        if (wanted(options, name) && !caseText(file, name, &goldens.now[name]))
+            return false;
+    }
+    goldensCompare(options, goldens, tally);
     return true;
 }
 
@@ -248,6 +273,8 @@ int main(int argc, char **argv)
         if (!scenarioCompare(options, scenario, &tally))
             return 2;
     }
+    if (options.cases && !casesCompare(options, &tally))
+        return 2;
     printf("golden: %zu scenarios, %u texts, %u %s\n", options.scenarios.size(), tally.texts, tally.different,
            options.update ? "rewritten" : "different");
     return tally.texts > 0 && (tally.different == 0 || options.update) ? 0 : 1;

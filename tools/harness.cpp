@@ -115,8 +115,7 @@ bool switchUse(const std::string &root, const std::string &scenario, double seco
             fprintf(stderr, "%s\n", error.c_str());
             return false;
         }
-        vsClockSet(seconds);
-        frozenSeconds = seconds;
+        timeSet(seconds);
     }
     ClockSourceSet(&frozenClock);
     return true;
@@ -135,10 +134,15 @@ std::string scenarioBegin(const std::string &scenario)
     return root;
 }
 
+void timeSet(double seconds)
+{
+    frozenSeconds = seconds;
+    vsClockSet(seconds);
+}
+
 void timeMove(double seconds)
 {
-    frozenSeconds += seconds;
-    vsClockSet(frozenSeconds);
+    timeSet(frozenSeconds + seconds);
 }
 
 void processBegin()

@@ -27,7 +27,8 @@ void rootRemove(const std::string &root);
 // All of that for a scenario, and every document built once: its root, "" (said on stderr) when it cannot be.
 [[nodiscard]] std::string scenarioBegin(const std::string &scenario);
 
-// Move the time of day and the switch's time on together.
+// The time of day and the switch's time, together: seconds since the scenario's epoch, or so many more.
+void timeSet(double seconds);
 void timeMove(double seconds);
 
 // The process as it is when the monitor's task begins: state reset, clock at the frozen time, a client session, a
