@@ -5,8 +5,11 @@
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 
+#include <algorithm>
 #include <control.h>
+#include <cstring>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // What one build left.
@@ -19,6 +22,7 @@ static std::string caseSeed(const cJSON *scenario);
 static bool caseMake(const std::string &seeded, const cJSON *file, const cJSON *one, const LINES_T &documents,
                      MADE_T *made);
 static bool given(const cJSON *what);
+static void filePut(const cJSON *file);
 static bool databaseRun(const char *path, const cJSON *sql);
 static void merge(cJSON *into, const cJSON *changes);
 static const cJSON *member(const cJSON *object, const char *name);
@@ -108,18 +112,29 @@ static bool given(const cJSON *what)
 
     if (member(what, "at") != nullptr)
         timeSet(member(what, "at")->valuedouble);
-    cJSON_ArrayForEach(file, member(what, "files"))
-    {
-        std::string path = rootName() + "/" + file->string;
-        OWNED_TEXT text(cJSON_PrintUnformatted(file));
-        std::filesystem::remove_all(path);
-        if (cJSON_IsString(file))
-            textWrite(path, file->valuestring);
-        else if (!cJSON_IsNull(file))
-            textWrite(path, text.get());
-    }
+    cJSON_ArrayForEach(file, member(what, "files")) filePut(file);
     return databaseRun(PathGet(PATH_VLANINFO_DB), member(what, "vlanInfo")) &&
            databaseRun(PathGet(PATH_OUI_DB), member(what, "oui"));
+}
+
+static void filePut(const cJSON *file)
+{
+    std::string path = rootName() + "/" + file->string;
+    OWNED_TEXT text(cJSON_PrintUnformatted(file));
+    size_t arrow = path.find(" -> ");
+    std::string name = path.substr(0, std::min(arrow, path.find_last_not_of("/|") + 1));
+
+    std::filesystem::remove_all(name);
+    if (arrow != std::string::npos)
+        std::filesystem::create_symlink(path.substr(arrow + strlen(" -> ")), name);
+    else if (path.back() == '/')
+        std::filesystem::create_directory(name);
+    else if (path.back() == '|')
+        (void)!mkfifo(name.c_str(), 0666); // the document then lacks it
+    else if (cJSON_IsString(file))
+        textWrite(name, file->valuestring);
+    else if (!cJSON_IsNull(file))
+        textWrite(name, text.get());
 }
 
 static bool databaseRun(const char *path, const cJSON *sql)

@@ -6,7 +6,8 @@
 // Text of a file of cases; false (said on stderr) when it cannot be run. The file:
 //
 //     {"documents": ["sw_lag_cfg"],               default: the file's name; built in this order
-//      "given": {"files": {"tmp/x": "text"},      files of the root before a build; no text: JSON; null: removed
+//      "given": {"files": {"tmp/x": "text"},      files of the root before a build; no text: JSON; null: removed;
+//                                                "tmp/x/": a folder, "tmp/x|": a pipe, "tmp/x -> /y": a link
 //                "vlanInfo": "delete ...",         SQL run on the profile database, and on that of vendors
 //                "oui": "...", "at": 600},         seconds since the epoch
 //      "scenario": {...},

@@ -93,21 +93,4 @@ TEST_F(ClientCalls, NamesAreFoundOnlyWhole)
     }
 }
 
-TEST_F(ClientCalls, FaultsHitTheirKeyOnly)
-{
-    vsFaultAdd({"openapiIfSpeedGet", "2", 0, VS_FAIL, -7});
-    vsFaultAdd({"rpcclt_openapiStatGet", "1", 2, VS_FAIL, -9}); // the interface is the key, not the counter
-    vsFaultAdd({"openapiIfNumGet", "1/0/2", 0, VS_FAIL, -8});
-    uint32_t value = 0;
-    uint64_t counter = 0;
-    TEXT_T hit("1/0/2"), other("1/0/1");
-    EXPECT_EQ(openapiIfSpeedGet(&client, 1, &value), OPENCLT_OK);
-    EXPECT_EQ(openapiIfSpeedGet(&client, 2, &value), -7);
-    EXPECT_EQ(rpcclt_openapiIfNumGet(&client, &hit.buffer, &value), -8);
-    EXPECT_EQ(rpcclt_openapiIfNumGet(&client, &other.buffer, &value), OPENCLT_OK);
-    EXPECT_EQ(rpcclt_openapiStatGet(&client, 51, 1, &counter), OPENCLT_OK);
-    EXPECT_EQ(rpcclt_openapiStatGet(&client, 1, 2, &counter), OPENCLT_OK);
-    EXPECT_EQ(rpcclt_openapiStatGet(&client, 53, 1, &counter), -9);
-}
-
 } // namespace

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <control.h>
 #include <gtest/gtest.h>
 #include <model.h>
@@ -119,32 +118,6 @@ TEST(Scenario, SectionsReferToEachOther)
               "");
     EXPECT_EQ(vsState().fdb[0].ifNum, vsState().lags[0].ifNum); // what is learned through a member is the LAG's
     EXPECT_EQ(vsState().fdb[1].ifNum, 4u);
-}
-
-TEST(Scenario, ExpandsToTheSameLargeSwitchFromTheSameSeed)
-{
-    const char json[] =
-        R"({"expand": {"seed": 7, "units": 8, "model": "TK830-T16", "linked": 90, "vlans": 511, "lags": 64,
-        "lagMembers": 4, "addresses": 16384, "arp": 400, "neighbours": 300, "groups": 200, "subscribers": 3, "logEntries": 50},
-        "units": {"2": {"model": "TK620-R01"}}, "vlans": {"2": {"name": "Mine"}}})";
-    ASSERT_EQ(vsLoadText(json), "");
-    VS_STATE_T first = vsState();
-    EXPECT_EQ(first.ports.size(), 7u * 52 + 12);
-    EXPECT_EQ(first.vlans.size(), 512u);
-    EXPECT_EQ(first.vlans[1].name, "Mine");
-    EXPECT_EQ(first.lags.size(), 64u);
-    EXPECT_EQ(first.lags[63].members.size(), 4u);
-    EXPECT_EQ(first.fdb.size(), 16384u);
-    for (size_t i = 1; i < first.fdb.size(); i++)
-        ASSERT_LT(std::make_pair(first.fdb[i - 1].vlan, first.fdb[i - 1].mac),
-                  std::make_pair(first.fdb[i].vlan, first.fdb[i].mac));
-    for (const VS_FDB_T &row : first.fdb) // what is learned through a member of a LAG belongs to the LAG
-        for (const VS_LAG_T &lag : first.lags)
-            ASSERT_EQ(std::count(lag.members.begin(), lag.members.end(), row.ifNum), 0);
-    ASSERT_EQ(vsLoadText(json), "");
-    EXPECT_EQ(vsState().fdb[9999].mac, first.fdb[9999].mac);
-    EXPECT_EQ(vsState().ports[300].inRate, first.ports[300].inRate);
-    EXPECT_EQ(vsState().groups[150].ifNum, first.groups[150].ifNum);
 }
 
 TEST(Scenario, TaggedRangesHoldTheVlansThatExist)

@@ -60,8 +60,8 @@ static const char USAGE[] =
     "             [--document NAME] [--wide] [--every N] [--jobs N]\n"
     "  --scenario FILE     fail each platform call and show command of each document on this scenario\n"
     "  --allocations FILE  fail each allocation of each document on this scenario\n"
-    "  --files FILE        fail each file operation of each document on this scenario, those of the store by\n"
-    "                      itself, and put other things in the place of each file\n"
+    "  --files FILE        fail each file operation of each document on this scenario, and those of the store by\n"
+    "                      itself\n"
     "  --wide              also garbage bytes, and texts cut at two thirds\n"
     "  --every N           a share: each N-th run\n";
 constexpr unsigned CYCLE_PARTS = 4;
@@ -165,10 +165,6 @@ static std::vector<JOB_T> filesJobs(const OPTIONS_T &options)
 
     if (options.document.empty() || options.document == "store")
         jobs.push_back({"store", storeFailures});
-    for (unsigned part = 0; (options.document.empty() || options.document == "places") && part < CYCLE_PARTS; part++)
-        jobs.push_back({"places", [part](SWEEP_T *sweep) {
-                            placesFailures(sweep, part, CYCLE_PARTS);
-                        }});
     return jobs;
 }
 

@@ -70,11 +70,9 @@ void recoveryCheck(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &cl
 std::vector<CASE_T> casesOf(SWEEP_T *sweep, const DOCUMENT_T &document, const CLEAN_T &clean);
 
 // The passes: each call and command of a document; each of everything, a part of many; each allocation of a document;
-// each file operation of a document; the store, with each allocation and file operation of each of its operations; each
-// file of everything, with other things in its place, a part of many.
+// each file operation of a document; the store, with each allocation and file operation of each of its operations.
 void documentFaults(SWEEP_T *sweep, const DOCUMENT_T &document);
 void cycleFaults(SWEEP_T *sweep, unsigned part, unsigned parts);
 void documentAllocations(SWEEP_T *sweep, const DOCUMENT_T &document);
 void documentFiles(SWEEP_T *sweep, const DOCUMENT_T &document);
 void storeFailures(SWEEP_T *sweep);
-void placesFailures(SWEEP_T *sweep, unsigned part, unsigned parts);
