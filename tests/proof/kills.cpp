@@ -1,4 +1,4 @@
-// kills.cpp - kills the daemon while it writes, again and again, with a reader attached, and looks at what is left.
+// kills.cpp - kills the daemon while it writes, again and again, and looks at what a whole cycle makes of what is left.
 //
 // Two scenarios take turns at a frozen time, so that each start rewrites every document and each document has two right
 // texts. Half of the kills come just before the n-th write to the cache file, the others a moment after a name was
@@ -7,32 +7,22 @@
 #include "progress.h"
 #include "proof.h"
 
-#include <atomic>
-#include <cinttypes>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
-constexpr unsigned CHECK_EVERY = 50;
+constexpr unsigned CHECK_EVERY = 10;
 constexpr unsigned ANNOUNCED_MAX = 25;
 static const char SCENARIOS[] = DEVMGR_SOURCE_DIR "/platform/virtual/scenarios/";
 static const char *const turns[] = {"studio-52", "two-port"};
 
 struct TALLY_T {
     unsigned atWrite = 0, atInstant = 0, late = 0; // late: the cycle ended before the kill
-    std::map<std::string, unsigned> bad;           // what is wrong with the file: how often
-    unsigned cut = 0, mixed = 0;                   // records of sound files
     unsigned setAside = 0, deleted = 0;            // by the daemon
     unsigned checks = 0, failures = 0;
     unsigned wanted = 1000; // kills
-};
-
-struct READER_T {
-    std::atomic<bool> stop{false};
-    std::atomic<uint64_t> reads{0}, refused{0}, records{0}, damaged{0};
 };
 
 static std::string root, db;
@@ -40,7 +30,6 @@ static RECORDS_T clean[2];
 static std::set<std::string> clockNames;     // their texts follow the time of day
 static unsigned writesOfRun[2] = {300, 300}; // to the cache file, about
 static TALLY_T tally;
-static READER_T reader;
 
 static std::string path(const char *name)
 {
@@ -177,49 +166,6 @@ static void killOnce(unsigned round)
     logTake();
 }
 
-// What the kill left, looked at in a copy.
-static void inspect()
-{
-    std::string copy = path("copy");
-    sqlite3 *opened = nullptr;
-    sqlite3_stmt *prepared = nullptr;
-    RECORDS_T records;
-    std::error_code missing;
-
-    std::filesystem::copy_file(db, copy, std::filesystem::copy_options::overwrite_existing, missing);
-    if (missing)
-        return;
-    int result = sqlite3_open(copy.c_str(), &opened);
-    OWNED_DB owned(opened);
-    if (result == SQLITE_OK)
-        result = sqlite3_prepare_v2(opened, "PRAGMA integrity_check(1)", -1, &prepared, nullptr);
-    OWNED_STATEMENT check(prepared);
-    if (result == SQLITE_OK)
-        result = sqlite3_step(prepared);
-    std::string said = result == SQLITE_ROW ? reinterpret_cast<const char *>(sqlite3_column_text(prepared, 0))
-                                            : sqlite3_errmsg(opened);
-    if (said.compare(0, 4, "*** ") == 0) // "*** in database main ***", then what is wrong there
-        said.erase(0, said.find('\n') + 1);
-    if (said != "ok") {
-        std::string kind; // pages and rows differ
-        for (char letter : said) {
-            if (letter < '0' || letter > '9')
-                kind += letter == '\n' ? ' ' : letter;
-            else if (kind.empty() || kind.back() != '#')
-                kind += '#';
-        }
-        tally.bad[kind.substr(0, 40)]++;
-        return;
-    }
-    (void)recordsRead(copy, &records); // none before the table is made
-    for (const auto &[name, text] : records) {
-        if (!parses(text))
-            tally.cut++;
-        else if (clockNames.count(name) == 0 && text != clean[0][name] && text != clean[1][name])
-            tally.mixed++;
-    }
-}
-
 static std::set<std::string> announcedNames()
 {
     std::istringstream list(fileText(path("rest_db_api_delta.txt")));
@@ -256,40 +202,6 @@ static void checkCycle(unsigned round)
     tally.checks++;
 }
 
-static void readOn()
-{
-    while (!reader.stop) {
-        RECORDS_T records;
-        if (recordsRead(db, &records) != SQLITE_DONE)
-            reader.refused++;
-        for (const auto &[name, text] : records)
-            reader.damaged += !parses(text);
-        reader.reads++;
-        reader.records += records.size();
-        usleep(500);
-    }
-}
-
-static void report()
-{
-    unsigned bad = 0;
-
-    for (const auto &[said, times] : tally.bad)
-        bad += times;
-    printf("kills: %u before a write to the cache file, %u at a random moment after an announcement, %u more after the"
-           " first cycle\n",
-           tally.atWrite, tally.atInstant, tally.late);
-    printf("file bad %u times:\n", bad);
-    for (const auto &[said, times] : tally.bad)
-        printf("  %4u %s\n", times, said.c_str());
-    printf("in sound files: %u records cut, %u of mixed text\n", tally.cut, tally.mixed);
-    printf("the daemon set %u files aside and deleted %u records\n", tally.setAside, tally.deleted);
-    printf("reader: %" PRIu64 " reads of the table, %" PRIu64 " not served, %" PRIu64 " records, %" PRIu64
-           " damaged until the next start\n",
-           reader.reads.load(), reader.refused.load(), reader.records.load(), reader.damaged.load());
-    printf("%u whole cycles compared with a clean run: %u failures\n", tally.checks, tally.failures);
-}
-
 int main(int argc, char **argv)
 {
     tally.wanted = argc > 1 ? static_cast<unsigned>(strtoul(argv[1], nullptr, 10)) : 1000;
@@ -301,17 +213,16 @@ int main(int argc, char **argv)
         return 1;
     }
     cleanRuns();
-    std::thread attached(readOn);
     for (unsigned round = 1; tally.atWrite + tally.atInstant < tally.wanted && tally.failures == 0; round++) {
         killOnce(round);
-        inspect();
         if (round % CHECK_EVERY == 0)
             checkCycle(round);
     }
     checkCycle(tally.wanted);
-    reader.stop = true;
-    attached.join();
-    report();
+    printf("kills: %u before a write to the cache file, %u at a random moment after an announcement, %u more after the"
+           " first cycle; the daemon set %u files aside and deleted %u records; %u whole cycles compared with a clean"
+           " run: %u failures\n",
+           tally.atWrite, tally.atInstant, tally.late, tally.setAside, tally.deleted, tally.checks, tally.failures);
     if (tally.failures == 0)
         std::filesystem::remove_all(root, ignored);
     else
