@@ -49,7 +49,8 @@ struct GOLDENS_T {
 static const char USAGE[] =
     "usage: golden [--update] [--documents] [--faults] [--cases] [--keep FOLDER] [--scenario FILE]... [NAME]...\n"
     "Compares the documents of the scenarios (default: all) with tests/golden, what faults change in them with\n"
-    "tests/golden/faults, and what cases change with tests/collectors/cases; --documents, --faults and --cases do these\n"
+    "tests/golden/faults, and what cases change with tests/collectors/cases; --documents, --faults and --cases do "
+    "these\n"
     "only. NAMEs (API names, or those of files of cases) leave the others alone.\n"
     "--keep puts each whole document into FOLDER/<scenario>/.\n";
 static constexpr size_t READABLE = 90000; // bytes
