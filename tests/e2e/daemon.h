@@ -98,23 +98,11 @@ struct ROOT_T : TEST_ROOT_T {
     }
 };
 
-// Records of a cache, by name; empty while there is none.
-inline std::map<std::string, std::string> cacheOf(const ROOT_T &root)
+// Records of a cache, by name; none while it cannot be read.
+inline RECORDS_T cacheOf(const ROOT_T &root)
 {
-    std::map<std::string, std::string> records;
-    sqlite3 *db = nullptr;
-    int result = sqlite3_open_v2(root.path("restapi_db").c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-    OWNED_DB owned(db);
-    sqlite3_stmt *statement = nullptr;
-    if (result != SQLITE_OK)
-        return records;
-    sqlite3_busy_timeout(db, 3000);
-    if (sqlite3_prepare_v2(db, "SELECT api_name, data FROM restapi_db", -1, &statement, nullptr) != SQLITE_OK)
-        return records;
-    OWNED_STATEMENT ownedStatement(statement);
-    while (sqlite3_step(statement) == SQLITE_ROW)
-        records[reinterpret_cast<const char *>(sqlite3_column_text(statement, 0))] =
-            reinterpret_cast<const char *>(sqlite3_column_text(statement, 1));
+    RECORDS_T records;
+    (void)recordsRead(root.path("restapi_db"), &records, "", 3000);
     return records;
 }
 

@@ -1,10 +1,9 @@
 #include <algorithm>
 #include <control.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <model.h>
 #include <openclt.h>
-#include <sstream>
+#include <support/root.h>
 #include <support/wait.h>
 #include <unistd.h>
 
@@ -21,19 +20,6 @@ int nameGet(uint32_t ifNum)
     char text[32];
     openclt_buffer_t buffer{sizeof text, text};
     return openapiIfNameGet(&handle, ifNum, &buffer);
-}
-
-std::string fileText(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-void fileSet(const std::string &path, const std::string &text)
-{
-    std::ofstream(path, std::ios::binary) << text;
 }
 
 struct SHOWN_T {
@@ -64,7 +50,7 @@ protected:
         openclt_buffer_t commandBuffer{static_cast<uint32_t>(command.size() + 1), command.data()};
         openclt_buffer_t fileBuffer{static_cast<uint32_t>(path.size() + 1), path.data()};
         int result = rpcclt_openapiCliShowExecuteToFile(&handle, &commandBuffer, &fileBuffer);
-        return {result, access(path.c_str(), F_OK) == 0, fileText(path)};
+        return {result, access(path.c_str(), F_OK) == 0, fileRead(path)};
     }
     std::string folder;
 };
@@ -171,8 +157,9 @@ TEST_F(Control, ShowCommandsCanBeSpoiled)
 
 TEST_F(Control, LiteralTextsGoBeforeTheRendered)
 {
-    fileSet(folder + "/v.txt", "from a file\r\n");
-    fileSet(folder + "/s.json", R"({"texts": {"show vlan": {"file": "v.txt"}, "show a": "x", "show b": ["1", "2"]}})");
+    fileWrite(folder + "/v.txt", "from a file\r\n");
+    fileWrite(folder + "/s.json",
+              R"({"texts": {"show vlan": {"file": "v.txt"}, "show a": "x", "show b": ["1", "2"]}})");
     EXPECT_NE(show("show vlan").text.find("VLAN"), std::string::npos);
     ASSERT_EQ(vsLoadFile(folder + "/s.json"), "");
     EXPECT_EQ(show("show vlan").text, "from a file\r\n");
@@ -192,11 +179,11 @@ static bool becomes(const std::string &name)
 TEST_F(Control, AChangedFileIsReadAgainAndABadOneKeepsTheLastGoodState)
 {
     std::string path = folder + "/s.json";
-    fileSet(folder + "/t.txt", "a");
-    fileSet(path, R"({"system": {"name": "one"}, "texts": {"show t": {"file": "t.txt"}}})");
+    fileWrite(folder + "/t.txt", "a");
+    fileWrite(path, R"({"system": {"name": "one"}, "texts": {"show t": {"file": "t.txt"}}})");
     ASSERT_EQ(vsLoadFile(path), "");
     testing::internal::CaptureStderr();
-    fileSet(path, "{\n\"sistem\": {}}");
+    fileWrite(path, "{\n\"sistem\": {}}");
     usleep(150'000);
     for (int i = 0; i < 30; i++) {
         nameGet(1);
@@ -207,9 +194,9 @@ TEST_F(Control, AChangedFileIsReadAgainAndABadOneKeepsTheLastGoodState)
     EXPECT_EQ(said.substr(0, said.find(": not a key")), "vswitch: " + path + ":2: sistem");
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
     testing::internal::CaptureStderr();
-    fileSet(path, R"({"system": {"name": "two"}, "texts": {"show t": {"file": "t.txt"}}})");
+    fileWrite(path, R"({"system": {"name": "two"}, "texts": {"show t": {"file": "t.txt"}}})");
     EXPECT_TRUE(becomes("two"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "vswitch: " + path + ": right again, and read\n");
-    fileSet(folder + "/t.txt", "another");
+    fileWrite(folder + "/t.txt", "another");
     EXPECT_TRUE(waitUntil([this]() { return show("show t").text == "another"; }));
 }

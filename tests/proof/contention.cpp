@@ -225,7 +225,7 @@ static bool daemonRebuilt()
 // Error lines of the daemon's store; that the database was locked is none.
 static unsigned daemonErrors()
 {
-    std::istringstream log(fileText(PathGet(PATH_LOG_OLD)) + fileText(PathGet(PATH_LOG)));
+    std::istringstream log(fileRead(PathGet(PATH_LOG_OLD)) + fileRead(PathGet(PATH_LOG)));
     unsigned errors = 0;
 
     for (std::string line; std::getline(log, line);) {

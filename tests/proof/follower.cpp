@@ -163,7 +163,7 @@ int main(int argc, char **argv)
     }
     end(reader, SIGKILL);
     end(changer, SIGKILL);
-    bool good = sections == SECTIONS && shared->errors == 0 && fileText(PathGet(PATH_LOG)).empty();
+    bool good = sections == SECTIONS && shared->errors == 0 && fileRead(PathGet(PATH_LOG)).empty();
     printf("follower: %u changes in %.0f s, %u restarts, %u lines seen; equal to the table after %u of %u sections, %u "
            "times"
            " by the list alone; %u errors of the store%s\n",

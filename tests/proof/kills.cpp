@@ -71,13 +71,13 @@ static pid_t start(unsigned turn, unsigned killAt)
 
 static bool cycleEnded()
 {
-    return fileText(path("tk830.log")).find("] GetAllRestApiData() End") != std::string::npos;
+    return fileRead(path("tk830.log")).find("] GetAllRestApiData() End") != std::string::npos;
 }
 
 // The log of one run is counted and removed.
 static void logTake()
 {
-    std::istringstream log(fileText(path("tk830.log")));
+    std::istringstream log(fileRead(path("tk830.log")));
 
     for (std::string line; std::getline(log, line);) {
         tally.setAside += line.find("[restDbSetAside:") != std::string::npos;
@@ -168,7 +168,7 @@ static void killOnce(unsigned round)
 
 static std::set<std::string> announcedNames()
 {
-    std::istringstream list(fileText(path("rest_db_api_delta.txt")));
+    std::istringstream list(fileRead(path("rest_db_api_delta.txt")));
     std::set<std::string> names;
 
     for (std::string line; std::getline(list, line);)

@@ -1,22 +1,17 @@
 // proof.h - what the long proofs share: records as a neighbouring program reads them, time, and the real daemon.
 #pragma once
 
-#include "runtime/owned.h"
+#include "support/read.h"
 
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
-#include <fstream>
-#include <map>
 #include <random>
 #include <spawn.h>
-#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <vector>
-
-using RECORDS_T = std::map<std::string, std::string>;
 
 constexpr int HANG = 600; // seconds that only a hang takes, however busy the machine is
 
@@ -35,45 +30,14 @@ inline unsigned roll(unsigned sides) // 0 to sides - 1
     return static_cast<unsigned>(dice()() % sides);
 }
 
-inline std::string fileText(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 inline bool parses(const std::string &text)
 {
     return OWNED_JSON(cJSON_ParseWithOpts(text.c_str(), nullptr, 1)) != nullptr;
 }
 
-// Records of a cache, on a connection of its own: all, or that of one name. SQLITE_DONE, or the code of what failed.
 inline int recordsRead(const std::string &path, RECORDS_T *records, const std::string &name = "")
 {
-    const char *sql = name.empty() ? "SELECT api_name, data FROM restapi_db NOT INDEXED"
-                                   : "SELECT api_name, data FROM restapi_db WHERE api_name = ?";
-    sqlite3 *opened = nullptr;
-    sqlite3_stmt *prepared = nullptr;
-    int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
-    OWNED_DB db(opened);
-
-    if (result != SQLITE_OK)
-        return result;
-    sqlite3_busy_timeout(opened, HANG * 1000);
-    result = sqlite3_prepare_v2(opened, sql, -1, &prepared, nullptr);
-    OWNED_STATEMENT select(prepared);
-    if (result != SQLITE_OK)
-        return result;
-    if (!name.empty())
-        sqlite3_bind_text(prepared, 1, name.c_str(), -1, SQLITE_STATIC);
-    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
-        const unsigned char *key = sqlite3_column_text(prepared, 0);
-        const unsigned char *data = sqlite3_column_text(prepared, 1);
-        (*records)[key == nullptr ? "" : reinterpret_cast<const char *>(key)] =
-            data == nullptr ? "" : reinterpret_cast<const char *>(data);
-    }
-    return result;
+    return recordsRead(path, records, name, HANG * 1000);
 }
 
 // The daemon of the same build on a root, with these variables besides the caller's and so many milliseconds a tick; 0

@@ -11,8 +11,6 @@
 #include <atomic>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 static void testNow(struct timespec *now);
 static void testSleep(uint32_t milliseconds);
@@ -50,14 +48,6 @@ TEST_ROOT_T::~TEST_ROOT_T()
     ClockSourceSet(nullptr);
     std::error_code ignored; // a test may have taken the rights away; the folder then stays
     std::filesystem::remove_all(dir, ignored);
-}
-
-std::string fileRead(const std::string &path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
 }
 
 void fileWrite(const std::string &path, const std::string &text)
@@ -107,19 +97,9 @@ void logLevelSet(char digit)
 
 std::string cacheRead(const std::string &apiName)
 {
-    sqlite3 *opened = nullptr;
-    int result = sqlite3_open_v2(PathGet(PATH_REST_DB), &opened, SQLITE_OPEN_READONLY, nullptr);
-    OWNED_DB db(opened);
-    sqlite3_stmt *prepared = nullptr;
-    if (result != SQLITE_OK || sqlite3_prepare_v2(db.get(), "SELECT data FROM restapi_db WHERE api_name = ?", -1,
-                                                  &prepared, nullptr) != SQLITE_OK)
-        return "";
-    OWNED_STATEMENT statement(prepared);
-    sqlite3_bind_text(statement.get(), 1, apiName.c_str(), -1, SQLITE_STATIC);
-    if (sqlite3_step(statement.get()) != SQLITE_ROW)
-        return "";
-    const unsigned char *data = sqlite3_column_text(statement.get(), 0);
-    return data == nullptr ? "" : reinterpret_cast<const char *>(data);
+    RECORDS_T record;
+    (void)recordsRead(PathGet(PATH_REST_DB), &record, apiName, 0); // a cache that cannot be read holds none
+    return record[apiName];
 }
 
 std::string changeList()

@@ -1,6 +1,8 @@
 // root.h - a fresh root directory for one test, with the folders and files that other programs leave on a switch.
 #pragma once
 
+#include "support/read.h"
+
 #include <string>
 
 // A temporary root of at most 18 characters, made current (PathsInit) and removed with everything in it at the end.
@@ -13,8 +15,6 @@ struct TEST_ROOT_T {
     std::string dir;
 };
 
-// Whole content of a file; "" when it is missing.
-std::string fileRead(const std::string &path);
 void fileWrite(const std::string &path, const std::string &text);
 bool fileExists(const std::string &path);
 
