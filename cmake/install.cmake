@@ -34,12 +34,15 @@ function(devmgr_installed_rpath target folder component) # RPATH, none for the l
     endif()
 endfunction()
 
-install(TARGETS devmgr COMPONENT devmgr)
+install(TARGETS devmgr devmgrctl COMPONENT devmgr)
+devmgr_man_page(${CMAKE_SOURCE_DIR}/docs/devmgrctl.1 devmgrctl devmgr)
+install(FILES ${packaging}/devmgrctl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME devmgrctl COMPONENT devmgr)
 devmgr_installed_rpath(devmgr ${CMAKE_INSTALL_BINDIR} devmgr)
 install(FILES ${made}/devmgr.service DESTINATION ${units} COMPONENT devmgr)
 install(FILES ${packaging}/devmgr.default DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/default RENAME devmgr COMPONENT devmgr)
 install(FILES README.md CHANGELOG.md docs/architecture.md docs/consuming.md docs/documents.md docs/porting.md
-    docs/troubleshooting.md
+    docs/troubleshooting.md docs/status.md docs/status.schema.json
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
 install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT devmgr)
 

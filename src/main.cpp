@@ -1,7 +1,9 @@
 // main.cpp - process entry: options, the task table, start-up.
 
 #include "documents.h"
+#include "restcache/account_file.h"
 #include "restcache/monitor.h"
+#include "runtime/account.h"
 #include "runtime/clock.h"
 #include "runtime/paths.h"
 #include "runtime/startup.h"
@@ -137,5 +139,6 @@ int main(int argc, char **argv)
     if (PathsInit(nullptr, nullptr) != 0 || !optionsTake(argc, argv, &status))
         return status;
     documentsRegister();
+    accountStart(accountFileWrite);
     return DmMain(dmTaskTable);
 }

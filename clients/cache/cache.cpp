@@ -7,6 +7,7 @@
 
 #include "runtime/files.h"
 #include "runtime/paths.h"
+#include "runtime/sql.h"
 
 #include <cerrno>
 #include <cstring>
@@ -57,22 +58,13 @@ static int connect(const char *path, OWNED_DB *db)
     return SQLITE_OK;
 }
 
-static int sqlPrepare(sqlite3 *db, const char *sql, OWNED_STATEMENT *statement)
-{
-    sqlite3_stmt *prepared = nullptr;
-    int result = sqlite3_prepare_v2(db, sql, -1, &prepared, nullptr);
-
-    statement->reset(prepared);
-    return result;
-}
-
 static int dataVersionRead(sqlite3 *db, int64_t *version)
 {
     OWNED_STATEMENT statement;
     int result = sqlPrepare(db, "PRAGMA data_version;", &statement);
 
     if (result == SQLITE_OK)
-        result = sqlite3_step(statement.get());
+        result = sqlStep(statement);
     if (result != SQLITE_ROW)
         return result;
     *version = sqlite3_column_int64(statement.get(), 0);
@@ -95,14 +87,6 @@ static bool isWanted(const std::set<std::string> &wanted, const std::string &nam
     return wanted.empty() || wanted.count(name) != 0 || wanted.count(withoutNumber(name)) != 0;
 }
 
-static std::string columnString(sqlite3_stmt *statement, int column)
-{
-    const void *text = sqlite3_column_text(statement, column); // before its size
-    int size = sqlite3_column_bytes(statement, column);
-
-    return text == nullptr ? "" : std::string(static_cast<const char *>(text), static_cast<size_t>(size));
-}
-
 // Names first, so that the texts of unwanted documents are not read.
 static int documentsRead(sqlite3 *db, const std::set<std::string> &wanted, CACHE_DOCUMENTS_T *documents)
 {
@@ -111,10 +95,10 @@ static int documentsRead(sqlite3 *db, const std::set<std::string> &wanted, CACHE
 
     if (result != SQLITE_OK)
         return result;
-    while ((result = sqlite3_step(statement.get())) == SQLITE_ROW) {
-        std::string name = columnString(statement.get(), 0);
+    while ((result = sqlStep(statement)) == SQLITE_ROW) {
+        std::string name(sqlText(statement, 0));
         if (isWanted(wanted, name))
-            (*documents)[name] = columnString(statement.get(), 1);
+            (*documents)[name] = sqlText(statement, 1);
     }
     return result == SQLITE_DONE ? SQLITE_OK : result;
 }

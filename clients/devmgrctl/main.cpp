@@ -21,7 +21,7 @@ struct WORD_T {
 constexpr size_t ANY = 1000;
 
 static const WORD_T words[] = {
-    {"status", "[NAME]", "whether the daemon works, and how old each document is",
+    {"status", "[NAME]", "whether all is well, how old each document is",
      "What is failing or overdue stands first. With NAME all that is known of that document.\n"
      "Status: 0 when all is well, 1 when something is failing, overdue or not running, 2 without an account.\n",
      0, 1, statusWord},
@@ -36,14 +36,15 @@ static const WORD_T words[] = {
      0, ANY, watchWord},
     {"diff", "OLD NEW", "two cache files, value by value", "Status: 0 when they hold the same, 1 when not.\n", 2, 2,
      diffWord},
-    {"rebuild", "NAME", "rebuild one document now, also one that is on no schedule",
+    {"rebuild", "NAME", "rebuild one document now, on a schedule or not",
      "As root. Asks the platform with the environment of the running daemon.\n", 1, 1, rebuildWord},
     {"commands", "", "the show commands: result, bytes, lines, rows",
      "\"no rows\": the text had lines, and none of them was recognised.\n"
      "Status: 1 when a command failed or gave no rows.\n",
      0, 0, commandsWord},
-    {"metrics", "", "the same as Prometheus' text, for node_exporter's textfile collector", "", 0, 0, metricsWord},
-    {"log", "[LEVEL]", "show or set the log level: error, warn, info, debug, or 3, 4, 6, 7", "", 0, 1, logWord},
+    {"metrics", "", "the same as Prometheus' text", "", 0, 0, metricsWord},
+    {"log", "[LEVEL]", "show or set the log level", "LEVEL is error, warn, info or debug, or 3, 4, 6 or 7.\n", 0, 1,
+     logWord},
     {"fibre", "", "ask the daemon for fresh optics", "As root. They are there within a cycle.\n", 0, 0, fibreWord},
 };
 

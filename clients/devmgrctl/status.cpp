@@ -67,6 +67,20 @@ static const cJSON *memberOf(const ACCOUNT_T &account, const char *name)
     return cJSON_GetObjectItemCaseSensitive(account.tree.get(), name);
 }
 
+// Whether the daemon has no session, or has been at one thing for longer than a document takes.
+static bool daemonIsLate(const ACCOUNT_T &account)
+{
+    constexpr double LATE_SECONDS = 5;
+    const cJSON *daemon = memberOf(account, "daemon");
+    const cJSON *doing = cJSON_GetObjectItemCaseSensitive(daemon, "doing");
+    const cJSON *session = cJSON_GetObjectItemCaseSensitive(daemon, "session");
+    double since = accountNumber(doing, "since", static_cast<double>(account.now));
+
+    return !cJSON_IsTrue(cJSON_GetObjectItemCaseSensitive(session, "registered")) ||
+           (accountText(doing, "text") != "waiting for the next cycle" &&
+            static_cast<double>(account.now) - since >= LATE_SECONDS);
+}
+
 // What the daemon does, in two or three lines.
 static void daemonPrint(const ACCOUNT_T &account)
 {
@@ -189,6 +203,8 @@ int statusWord(const WORDS_T &arguments)
     if (!arguments.empty())
         return std::max(status, documentTell(account, arguments[0]));
     daemonPrint(account);
+    if (daemonIsLate(account))
+        status = std::max<int>(status, CTL_FOUND);
     for (const SHOWN_ROW_T &shown : rowsJudge(account, "commands", commandJudge)) {
         if (shown.trouble.empty())
             break;

@@ -3,10 +3,12 @@
 // A loop over the table and what must be known of each row between two cycles. Whether a row is due is
 // a question that changes nothing.
 
+#include "restcache/account_file.h"
 #include "restcache/link_watch.h"
 #include "restcache/notify.h"
 #include "restcache/run.h"
 #include "restcache/store.h"
+#include "runtime/account.h"
 #include "runtime/clock.h"
 #include "runtime/files.h"
 #include "runtime/log.h"
@@ -14,6 +16,7 @@
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
 #include "runtime/result.h"
+#include "runtime/service.h"
 
 #include <cstdio>
 
@@ -81,6 +84,7 @@ void cacheBegin()
     restDbCheck(isOurName);
     (void)restapi_db_operation(REST_DB_CREATE, nullptr, nullptr); // every later operation reports the same failure
     cycle.beginnings = restDbBeginnings();
+    accountCacheBegun();
     startRowsWrite(START_MARK, START_MARK);
 }
 
@@ -115,6 +119,29 @@ static bool isDue(const DOCUMENT_T &row)
     return documentIsInCycle(row) && (!stateOf(row)->hasRun || cycle.number % row.due.period == row.due.phase);
 }
 
+// Cycles from this one to the next in which a row is due.
+static int cyclesToDue(const DOCUMENT_T &row)
+{
+    if (row.due.kind != DUE_CYCLES && row.due.kind != DUE_LINK_WATCH)
+        return ACCOUNT_NOT_DUE;
+    uint32_t cycles = 1;
+    while ((cycle.number + cycles) % row.due.period != row.due.phase)
+        cycles++;
+    return static_cast<int>(cycles);
+}
+
+static void cycleAccount()
+{
+    char status[64];
+
+    for (const DOCUMENT_T &row : documentTable())
+        accountDocumentDue(row.name, cyclesToDue(row));
+    accountCycleEnd();
+    accountFileWrite();
+    snprintf(status, sizeof(status), "cycle %u has ended; documents that fail: %u", cycle.number, accountFailing());
+    serviceStatus(status);
+}
+
 static void rowsRun(DUE_KIND kind)
 {
     for (const DOCUMENT_T &row : documentTable()) {
@@ -142,6 +169,7 @@ void GetAllRestApiData()
 {
     LOG_DEBUG("%s() Start\n", __func__);
     cycle.number++;
+    accountCycleBegin(cycle.number);
     for (const DOCUMENT_T &row : documentTable()) {
         if (!isDue(row))
             continue;
@@ -149,6 +177,7 @@ void GetAllRestApiData()
         cycleRow(row);
     }
     changesSignal();
+    cycleAccount();
     LOG_DEBUG("%s() End\n", __func__);
 }
 
@@ -161,6 +190,7 @@ void monitorRefresh()
         for (ROW_STATE_T &row : cycle.rows)
             row = ROW_STATE_T();
         linkWatchRestart();
+        accountCacheBegun();
     }
     startRowsWrite(START_MARK, DOCUMENTS_MAX);
     GetAllRestApiData();

@@ -5,6 +5,7 @@
 
 #include "restcache/connection.h"
 #include "restcache/notify.h"
+#include "runtime/account.h"
 #include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
@@ -115,6 +116,10 @@ bool restDbSetAside(const char *reason)
     const char *path = PathGet(PATH_REST_DB);
     const char *aside = PathGet(PATH_REST_DB_BAD);
 
+    char why[REASON_SIZE + 32];
+
+    snprintf(why, sizeof(why), "the file was damaged: %s", reason);
+    accountCacheReason(why);
     restDbNamesAnnounce();
     restDbChanged = 1;
     (void)moveAside(PATH_REST_JOURNAL, PATH_REST_JOURNAL_BAD); // seldom there: other programs may keep one

@@ -7,11 +7,13 @@
 #include "restcache/lock.h"
 #include "restcache/notify.h"
 #include "restcache/store.h"
+#include "runtime/account.h"
 #include "runtime/json.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
 #include "runtime/process_state.h"
 #include "runtime/result.h"
+#include "runtime/service.h"
 
 #include <cstdio>
 #include <cstring>
@@ -239,9 +241,12 @@ static int buildAndStore(CLIENT_HANDLE_T *clientHandle, const DOCUMENT_T &row)
 
 int rowRun(CLIENT_HANDLE_T *clientHandle, const DOCUMENT_T &row)
 {
-    currentRow = &row; // the row begins
+    currentRow = &row;
+    accountDocumentBegin(row.name);
     int result = buildAndStore(clientHandle, row);
-    currentRow = nullptr; // and has ended, with this result
+    accountDocumentEnd(row.name, result);
+    currentRow = nullptr;
+    serviceAlive();
     if (result == RESULT_OK && !row.isDirect)
         send_signal_to_ws();
     return result;

@@ -7,6 +7,7 @@
 
 #include "restcache/connection.h"
 #include "restcache/notify.h"
+#include "runtime/account.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
@@ -22,6 +23,7 @@ struct CACHE_FILE_T {
     bool known;
     dev_t device;
     ino_t inode;
+    bool made; // its table, by this process or before
     unsigned beginnings;
     unsigned notStored;
 };
@@ -50,8 +52,12 @@ static int tableCreate(sqlite3 *db)
 
     if (result != SQLITE_OK)
         return sqlErrorLog(db, result);
-    if (there == SQLITE_ERROR) // no such table
+    if (there == SQLITE_ERROR) { // no such table
         cacheFile.beginnings++;
+        if (cacheFile.made)
+            accountCacheReason("the file was removed");
+    }
+    cacheFile.made = true;
     return STORE_DONE;
 }
 
@@ -93,6 +99,8 @@ static int recordReplace(sqlite3 *db, const char *apiName, const char *data)
         result = sqlStep(replace);
     if (result != SQLITE_DONE)
         LOG_ERROR_AS(OPERATION, "Execution failed: %s\n", sqlite3_errmsg(db));
+    else
+        accountRecordChanged();
     return result;
 }
 
@@ -169,8 +177,10 @@ static void fileNote()
 
     if (stat(PathGet(PATH_REST_DB), &status) != 0)
         return; // removed just now: the next operation meets another one
-    if (cacheFile.known && (status.st_dev != cacheFile.device || status.st_ino != cacheFile.inode))
+    if (cacheFile.known && (status.st_dev != cacheFile.device || status.st_ino != cacheFile.inode)) {
         cacheFile.beginnings++;
+        accountCacheReason("another file was put in its place");
+    }
     cacheFile.known = true;
     cacheFile.device = status.st_dev;
     cacheFile.inode = status.st_ino;

@@ -33,10 +33,12 @@ struct DOCUMENT_ACCOUNT_T {
 
 struct COMMAND_ACCOUNT_T {
     char command[ACCOUNT_NAME_SIZE];
+    char file[ACCOUNT_NAME_SIZE];
     int64_t ran;
     int64_t took;
     int result;
     ACCOUNT_TEXT_T text;
+    uint32_t rows;
 };
 
 struct ACCOUNT_STATE_T {
@@ -53,8 +55,10 @@ struct ACCOUNT_STATE_T {
     int64_t cycleBegan = NEVER;
     int64_t cycleEnded = NEVER;
     int64_t cycleTook = NEVER;
+    bool recordChanged = false; // in the build that is under way
     bool registered = false;
     int tries = 0;
+    bool reasonTold = false;
     uint32_t begunAnew = 0;
     char lastReason[REASON_SIZE] = "";
     unsigned ticks = 0;
@@ -175,11 +179,12 @@ void accountDocumentBegin(const char *name)
     DOCUMENT_ACCOUNT_T *document = documentFind(name);
 
     doingSet(ACCOUNT_BUILDING, name);
+    account.recordChanged = false;
     if (document != nullptr)
         document->began = account.doingSince;
 }
 
-void accountDocumentEnd(const char *name, int result, bool changed)
+void accountDocumentEnd(const char *name, int result)
 {
     std::lock_guard<std::mutex> guard(accountLock);
     DOCUMENT_ACCOUNT_T *document = documentFind(name);
@@ -192,8 +197,25 @@ void accountDocumentEnd(const char *name, int result, bool changed)
     document->failures = result == 0 ? 0 : document->failures + 1;
     if (result != 0)
         document->lastFailure = result;
-    if (changed)
+    if (account.recordChanged)
         document->changed = document->built;
+}
+
+void accountRecordChanged()
+{
+    std::lock_guard<std::mutex> guard(accountLock);
+
+    account.recordChanged = true;
+}
+
+unsigned accountFailing()
+{
+    std::lock_guard<std::mutex> guard(accountLock);
+    unsigned failing = 0;
+
+    for (size_t i = 0; i < account.documentCount; i++)
+        failing += account.documents[i].failures > 0 ? 1 : 0;
+    return failing;
 }
 
 static int64_t cycleMicroseconds()
@@ -220,15 +242,23 @@ void accountSession(bool registered, int tries)
     account.tries = tries;
 }
 
-void accountCacheBegun(const char *reason)
+void accountCacheReason(const char *reason)
 {
     std::lock_guard<std::mutex> guard(accountLock);
 
-    account.begunAnew++;
+    account.reasonTold = true;
     snprintf(account.lastReason, sizeof(account.lastReason), "%s", reason);
 }
 
-int accountCommandRun(const char *command, int result, int64_t microseconds)
+void accountCacheBegun()
+{
+    std::lock_guard<std::mutex> guard(accountLock);
+
+    account.begunAnew += account.reasonTold ? 1 : 0;
+    account.reasonTold = false;
+}
+
+void accountCommandRun(const char *command, const char *file, int result, int64_t microseconds)
 {
     std::lock_guard<std::mutex> guard(accountLock);
     size_t index = 0;
@@ -237,17 +267,31 @@ int accountCommandRun(const char *command, int result, int64_t microseconds)
            strncmp(account.commands[index].command, command, ACCOUNT_NAME_SIZE - 1) != 0)
         index++;
     if (index == std::size(account.commands))
-        return -1;
+        return;
     COMMAND_ACCOUNT_T *row = &account.commands[index];
     if (index == account.commandCount) {
         account.commandCount++;
         snprintf(row->command, sizeof(row->command), "%s", command);
     }
+    snprintf(row->file, sizeof(row->file), "%s", file);
     row->ran = ClockSteady();
     row->took = microseconds;
     row->result = result;
     row->text = ACCOUNT_TEXT_T();
-    return static_cast<int>(index);
+    row->rows = 0;
+}
+
+int accountCommandOf(const char *file)
+{
+    std::lock_guard<std::mutex> guard(accountLock);
+    int found = -1;
+
+    for (size_t i = 0; i < account.commandCount; i++) {
+        const COMMAND_ACCOUNT_T &row = account.commands[i];
+        if (strcmp(row.file, file) == 0 && (found < 0 || row.ran > account.commands[found].ran))
+            found = static_cast<int>(i);
+    }
+    return found;
 }
 
 void accountCommandText(int index, const ACCOUNT_TEXT_T &text)
@@ -256,6 +300,14 @@ void accountCommandText(int index, const ACCOUNT_TEXT_T &text)
 
     if (index >= 0 && static_cast<size_t>(index) < account.commandCount)
         account.commands[index].text = text;
+}
+
+void accountCommandRow(int index)
+{
+    std::lock_guard<std::mutex> guard(accountLock);
+
+    if (index >= 0 && static_cast<size_t>(index) < account.commandCount)
+        account.commands[index].rows++;
 }
 
 // ---- telling ----
@@ -384,7 +436,7 @@ static void commandPrint(const PRINT_T &print, const COMMAND_ACCOUNT_T &command)
     fprintf(print.out,
             ",\"microseconds\":%lld,\"result\":%d,\"bytes\":%llu,\"lines\":%u,\"rows\":%u,\"rowsMissed\":%s}",
             static_cast<long long>(command.took), command.result, static_cast<unsigned long long>(text.bytes),
-            text.lines, text.rows, text.data > 0 && text.rows == 0 ? "true" : "false");
+            text.lines, command.rows, text.data > 0 && command.rows == 0 ? "true" : "false");
 }
 
 void accountPrint(FILE *out, const char *version)

@@ -52,9 +52,13 @@ void accountDocumentAdd(const char *name, const char *due);
 void accountCycleBegin(uint32_t number);
 void accountCycleEnd();
 
-// One build of a document. `changed`: its text is another one than before.
+// One build of a document. A record that changes meanwhile is its.
 void accountDocumentBegin(const char *name);
-void accountDocumentEnd(const char *name, int result, bool changed);
+void accountDocumentEnd(const char *name, int result);
+void accountRecordChanged();
+
+// Documents whose last build failed.
+[[nodiscard]] unsigned accountFailing();
 
 // Cycles until a document is due again, counted from the current one; ACCOUNT_NOT_DUE.
 void accountDocumentDue(const char *name, int cycles);
@@ -63,22 +67,27 @@ void accountDocumentDue(const char *name, int cycles);
 
 void accountSession(bool registered, int tries);
 
-// The cache was begun anew; `reason` is copied.
-void accountCacheBegun(const char *reason);
+// Why the cache is not what it was (copied); told again before it counts, that is still one beginning.
+void accountCacheReason(const char *reason);
+void accountCacheBegun();
 
-// A show command ended: result 0 or the platform's, duration in microseconds. The index is for accountCommandText; -1
-// when the table is full.
-int accountCommandRun(const char *command, int result, int64_t microseconds);
+// A show command ended that was to write this file: result 0 or the platform's, duration in microseconds.
+void accountCommandRun(const char *command, const char *file, int result, int64_t microseconds);
+
+// Index of the command that was the last to write a file; -1 for none. The functions below do nothing for -1.
+[[nodiscard]] int accountCommandOf(const char *file);
 
 // What was read of its text. `data`: lines behind the rule under the column titles that are not blank and do not say
-// that nothing is configured; `rows`: lines that were recognised.
+// that nothing is configured.
 struct ACCOUNT_TEXT_T {
     uint64_t bytes;
     uint32_t lines;
     uint32_t data;
-    uint32_t rows;
 };
 void accountCommandText(int index, const ACCOUNT_TEXT_T &text);
+
+// One more line of that text was recognised.
+void accountCommandRow(int index);
 
 // Write the account as a JSON text. Times of day are seconds since 1970, counted back from now by the clock that nobody
 // sets.

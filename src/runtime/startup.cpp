@@ -4,6 +4,7 @@
 // timer. A task reports through OsTaskInitDone; its give and our take of "SEQ" order the flag between the two threads.
 #include "runtime/startup.h"
 
+#include "runtime/account.h"
 #include "runtime/clock.h"
 #include "runtime/log.h"
 #include "runtime/ownfile.h"
@@ -79,6 +80,7 @@ void TmrTask(intptr_t argument)
         ClockSleep(1);
         TmrTick();
         lockWaitTick();
+        accountTick();
     }
 }
 

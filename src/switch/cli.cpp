@@ -3,6 +3,8 @@
 // Runs show commands through the platform and reads their output files. SHOW_FILE_T is the road of one file from the
 // command to its removal; the two readers that other processes run into the same files take a lock file around it.
 
+#include "runtime/account.h"
+#include "runtime/clock.h"
 #include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/owned.h"
@@ -10,14 +12,18 @@
 #include "runtime/result.h"
 #include "switch/columns.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 constexpr size_t COMMAND_SIZE = 255;
+thread_local int lastRead = -1; // place in the account of the command whose text was read last
 constexpr int BOOTVAR_HEADER_LINES = 14;
 
 // One attempt: command and path cut to the platform's buffers, any earlier file gone. The platform's result.
@@ -91,13 +97,20 @@ int showFileOpen(SHOW_FILE_T *show, const SHOW_REQUEST_T &request)
 
 bool showFileLine(SHOW_FILE_T *show, char *line, size_t size)
 {
+    lastRead = show->account;
     return show->stream != nullptr && fgets(line, static_cast<int>(size), show->stream) != nullptr;
+}
+
+void showRowTaken()
+{
+    accountCommandRow(lastRead);
 }
 
 bool showFileLineCut(SHOW_FILE_T *show, char *line, size_t size)
 {
     if (show->stream == nullptr)
         return false;
+    lastRead = show->account;
     size_t length = 0;
     size_t total = 0;
     int character;
@@ -153,8 +166,10 @@ int bootvarGet(CLIENT_HANDLE_T *clientHandle, BOOTVAR_ROW_T *rows, uint32_t *cou
         if (!showFileLine(&show, line, sizeof line))
             return RESULT_OK;
     }
-    while (*count < capacity && showFileLine(&show, line, sizeof line) && bootvarRowParse(line, &rows[*count]))
+    while (*count < capacity && showFileLine(&show, line, sizeof line) && bootvarRowParse(line, &rows[*count])) {
+        showRowTaken();
         (*count)++;
+    }
     return RESULT_OK;
 }
 
@@ -199,7 +214,9 @@ int platformRun(CLIENT_HANDLE_T *clientHandle, const char *command, const char *
     outputMake(fileText);
     openclt_buffer_t commandBuffer = {static_cast<uint32_t>(strlen(commandText) + 1), commandText};
     openclt_buffer_t fileBuffer = {static_cast<uint32_t>(strlen(fileText) + 1), fileText};
+    int64_t begin = ClockSteady();
     int result = rpcclt_openapiCliShowExecuteToFile(clientHandle, &commandBuffer, &fileBuffer);
+    accountCommandRun(commandText, fileText, result, ClockSteady() - begin);
     if (result != OPENCLT_OK)
         LOG_ERROR("Show cmd failed: %s\r\n", commandText); // the lines that follow do not name it
     outputUnwrittenRemove(fileText);
@@ -251,11 +268,48 @@ int requestRun(SHOW_FILE_T *show, CLIENT_HANDLE_T *clientHandle, const SHOW_REQU
     return show->platformResult == OPENCLT_OK ? RESULT_OK : RESULT_FAILED;
 }
 
+// Lines behind the rule under the column titles are data, unless they are blank or say that there is none.
+void lineCount(std::string_view line, ACCOUNT_TEXT_T *text, bool *ruled)
+{
+    static constexpr std::string_view none[] = {"No ", "no ", "None", "There are no"};
+
+    text->lines++;
+    line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+    if (line.substr(0, 3) == "---")
+        *ruled = true;
+    else if (*ruled && !line.empty() &&
+             std::none_of(std::begin(none), std::end(none), [line](auto words) { return line.rfind(words, 0) == 0; }))
+        text->data++;
+}
+
+// Looks at a whole text, of which a reader may want a part only. A line that fills the piece counts as several.
+ACCOUNT_TEXT_T textCount(int fd)
+{
+    char piece[16384];
+    ACCOUNT_TEXT_T text = {};
+    bool ruled = false;
+    ssize_t got;
+
+    while ((got = pread(fd, piece, sizeof(piece), static_cast<off_t>(text.bytes))) > 0) {
+        std::string_view rest(piece, static_cast<size_t>(got));
+        for (size_t end; (end = rest.find('\n')) != std::string_view::npos; rest.remove_prefix(end + 1))
+            lineCount(rest.substr(0, end), &text, &ruled);
+        bool taken = static_cast<size_t>(got) < sizeof(piece) || rest.size() == sizeof(piece);
+        if (taken && !rest.empty())
+            lineCount(rest, &text, &ruled);
+        text.bytes += static_cast<uint64_t>(got) - (taken ? 0 : rest.size());
+    }
+    return text;
+}
+
 int openAtPath(SHOW_FILE_T *show, const SHOW_REQUEST_T &request)
 {
     show->stream = fileOpenReadOwn(show->path);
-    if (show->stream != nullptr)
+    if (show->stream != nullptr) {
+        lastRead = show->account = accountCommandOf(show->path);
+        accountCommandText(show->account, textCount(fileno(show->stream)));
         return RESULT_OK;
+    }
     openFailureLog(request, show->path);
     return RESULT_OPEN_FAILED;
 }
@@ -336,12 +390,14 @@ void managementLineParse(const char *line, MANAGEMENT_PORT_T *parameters)
         {"Default Gateway", &MANAGEMENT_PORT_T::gateway},
     };
     if (textBegins(line, "IPv4 Management Interface")) {
+        showRowTaken();
         (void)columnNumber(line, VLAN_COLUMN, &parameters->vlan); // no number: the caller's value stays
         return;
     }
     for (const LABEL_T &row : LABELS) {
         char *field = (parameters->*row.field);
         if (textBegins(line, row.label)) {
+            showRowTaken();
             (void)columnWord(line, TEXT_COLUMN, field, sizeof parameters->address); // likewise
             return;
         }

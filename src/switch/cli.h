@@ -58,6 +58,7 @@ struct SHOW_FILE_T {
     FILE *stream = nullptr;
     bool removeAtEnd = false;
     int platformResult = 0;
+    int account = -1; // place of the command in the daemon's account of itself
 
     SHOW_FILE_T() = default;
     SHOW_FILE_T(const SHOW_FILE_T &) = delete;
@@ -81,6 +82,10 @@ struct SHOW_FILE_T {
 // Read on past the first line that begins with the prefix; that line is left in `line`. False when the file ends first
 // (`line` then holds the last line read, or "" when there was none).
 [[nodiscard]] bool showFileSkipTo(SHOW_FILE_T *show, const char *prefix, char *line, size_t size);
+
+// Say that the line that was read last, of whichever file, was recognised as a row. A text with lines behind its rule
+// of which none was is the mark of a firmware that moved a column.
+void showRowTaken();
 
 // Start again at the first line.
 void showFileRewind(SHOW_FILE_T *show);

@@ -138,10 +138,13 @@ bool rowParse(char *line, FDB_ENTRY_T *entry)
     constexpr size_t TOKENS = 8; // more than a row has, so that a longer one is seen
     char *tokens[TOKENS];
 
-    if (line[0] == '\n' || line[0] == '\r' || lineSplit(line, tokens, TOKENS) != FIELDS)
+    size_t fields = line[0] == '\n' || line[0] == '\r' ? 0 : lineSplit(line, tokens, TOKENS);
+    int vlanId = fields < FIELDS ? 0 : columnStrtol(tokens[0], 0);
+    if (vlanId >= 1)
+        showRowTaken();
+    if (fields != FIELDS)
         return false;
     const char *interface = tokens[2];
-    int vlanId = columnStrtol(tokens[0], 0);
     int ifNum = columnStrtol(tokens[3], 0);
     if (isdigit(static_cast<unsigned char>(interface[0])) == 0 || strchr(interface, '/') == nullptr || vlanId < 1 ||
         ifNum < 1)

@@ -3,6 +3,7 @@
 // Opens the one client session of the process: crash-log registration, client registration, the wait until the
 // platform's server answers, and a report of the platform's versions for the log.
 
+#include "runtime/account.h"
 #include "runtime/clock.h"
 #include "runtime/log.h"
 #include "runtime/result.h"
@@ -42,6 +43,7 @@ int serverWait(CLIENT_HANDLE_T *clientHandle, const char *caller)
 {
     for (int attempt = 1;; attempt++) {
         int result = rpcclt_openapiConnectivityCheck(clientHandle);
+        accountSession(result == OPENCLT_OK, attempt);
         if (result == OPENCLT_OK)
             return RESULT_OK;
         if (attempt == CONNECT_ATTEMPTS)

@@ -85,6 +85,7 @@ int slotModelGet(SLOT_MODELS_T *table)
     while (showFileLine(&show, line, sizeof line)) {
         if (!cardInfoRowRead(line, table) && !insertedModelRowRead(line, table) && !simpleRowRead(line, table))
             break;
+        showRowTaken();
     }
     return RESULT_OK;
 }

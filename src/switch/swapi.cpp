@@ -425,6 +425,7 @@ bool trunkRowParse(const char *line, char name[10])
     if (!columnTake(&cursor, 9, name, 10) || !columnTake(&cursor, 29, nullptr, 0) ||
         !columnWord(cursor, 0, trunk, sizeof trunk))
         return false;
+    showRowTaken();
     strTrimRight(name);
     return strstr(trunk, "Yes") != nullptr;
 }

@@ -19,15 +19,19 @@ expect() { # COMPONENT, the list on standard input
 
 expect devmgr <<END
 ./bin/devmgr
+./bin/devmgrctl
 ./etc/default/devmgr
 ./lib/systemd/system/devmgr.service
+./share/bash-completion/completions/devmgrctl
 ./share/doc/devmgr/CHANGELOG.md
 ./share/doc/devmgr/README.md
 ./share/doc/devmgr/architecture.md
 ./share/doc/devmgr/consuming.md
 ./share/doc/devmgr/documents.md
 ./share/doc/devmgr/porting.md
+./share/doc/devmgr/status.md
 ./share/doc/devmgr/troubleshooting.md
+./share/man/man1/devmgrctl.1.gz
 ./share/man/man8/devmgr.8.gz
 END
 expect virtual <<END

@@ -24,8 +24,10 @@ static int loggingLineGet(CLIENT_HANDLE_T *clientHandle, const char *caller, con
     if (result != RESULT_OK)
         return result == RESULT_OPEN_FAILED ? static_cast<int>(OPENCLT_NOT_FOUND) : result;
     while (showFileLine(&show, line, size)) {
-        if (strstr(line, label) != nullptr)
+        if (strstr(line, label) != nullptr) {
+            showRowTaken();
             return RESULT_OK;
+        }
     }
     line[0] = '\0';
     return RESULT_OK;

@@ -92,6 +92,7 @@ static void deniedLineAdd(const char *line, cJSON *addresses)
 
     if (!textBegins(line, "Destination IP Address") || sscanf(line, "%*s %*s %*s %1023s", word) != 1)
         return;
+    showRowTaken();
     snprintf(address, sizeof(address), "%.*s/8", static_cast<int>(sizeof(address) - 1), word);
     jsonAppendText(addresses, address);
 }

@@ -118,8 +118,10 @@ int getRadiusServer(CLIENT_HANDLE_T *clientHandle, RADIUS_SERVER_T servers[RADIU
         return -RESULT_OPEN_FAILED;
 
     while (count < RADIUS_SERVERS && showFileLine(&show, line, sizeof(line))) {
-        if (strstr(line, "Primary") != nullptr || strstr(line, "Secondary") != nullptr)
-            serverRead(clientHandle, line, &servers[count++]);
+        if (strstr(line, "Primary") == nullptr && strstr(line, "Secondary") == nullptr)
+            continue;
+        showRowTaken();
+        serverRead(clientHandle, line, &servers[count++]);
     }
     LOG_DEBUG("get radius server count:%d\r\n", count);
     return count;

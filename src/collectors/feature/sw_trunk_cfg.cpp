@@ -24,7 +24,7 @@ static bool isEnabled(const char *line)
 // Auto LAG Global Hash Mode...................... 3 (Source/Destination MAC)
 //
 // The hash mode is numbered from 1 here and from 0 in the document.
-static void autoLagLineAdd(const char *line, cJSON *settings)
+static bool autoLagLineAdd(const char *line, cJSON *settings)
 {
     int hashMode;
 
@@ -32,6 +32,9 @@ static void autoLagLineAdd(const char *line, cJSON *settings)
         jsonAddBool(settings, "autoMode", isEnabled(line));
     else if (textBegins(line, "Auto LAG Global Ha") && columnNumber(line, BALANCE_MODE_COLUMN, &hashMode))
         jsonAddNumber(settings, "balanceMode", static_cast<double>(hashMode) - 1);
+    else
+        return false;
+    return true;
 }
 
 // A deep copy of the file's member, whatever it is; [] when there is none.
@@ -56,8 +59,10 @@ int getAutoLagCfg(CLIENT_HANDLE_T *clientHandle, char **out)
         return result;
 
     OWNED_JSON settings(cJSON_CreateObject());
-    while (showFileLine(&show, line, sizeof(line)))
-        autoLagLineAdd(line, settings.get());
+    while (showFileLine(&show, line, sizeof(line))) {
+        if (autoLagLineAdd(line, settings.get()))
+            showRowTaken();
+    }
     return jsonToStr(settings.get(), JSON_COMPACT, out);
 }
 
@@ -81,8 +86,10 @@ int switchTrunkModeGet(CLIENT_HANDLE_T *clientHandle, char **out)
     // A command that failed has logged its line; any earlier output is gone then, so that the file tells.
     (void)cliShowExecuteToFile(clientHandle, request.command, PathGet(request.file));
     int opened = showFileOpen(&show, request);
-    if (opened == RESULT_OK && showFileSkipTo(&show, "Global Auto-Trunk Mode", line, sizeof(line)))
+    if (opened == RESULT_OK && showFileSkipTo(&show, "Global Auto-Trunk Mode", line, sizeof(line))) {
+        showRowTaken();
         jsonAddBool(trunk.get(), "autoMode", isEnabled(line));
+    }
     int printed = jsonToStr(trunk.get(), JSON_COMPACT, out);
     return opened != RESULT_OK ? opened : printed;
 }

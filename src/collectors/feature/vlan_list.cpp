@@ -137,8 +137,10 @@ int vlanListRoutingInfoGet(CLIENT_HANDLE_T *clientHandle, VLAN_ROUTING_T table[V
     if (result != RESULT_OK)
         return result;
     while (showFileLine(&show, line, sizeof(line))) {
-        if (textBegins(line, "vlan "))
+        if (textBegins(line, "vlan ")) {
+            showRowTaken();
             routingLineStore(line, table);
+        }
     }
     return RESULT_OK;
 }

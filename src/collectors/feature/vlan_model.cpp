@@ -68,10 +68,12 @@ static int clockPrioritiesGet(CLIENT_HANDLE_T *clientHandle, CLOCK_PRIORITIES_T 
     if (result != RESULT_OK)
         return result;
     while (showFileLine(&show, line, sizeof(line))) {
-        if (textBegins(line, "Local Clock Priority1"))
-            found1 = numberAtEnd(line, &clock->priority1) || found1;
-        else if (textBegins(line, "Local Clock Priority2"))
-            found2 = numberAtEnd(line, &clock->priority2) || found2;
+        bool first = textBegins(line, "Local Clock Priority1") && numberAtEnd(line, &clock->priority1);
+        bool second = textBegins(line, "Local Clock Priority2") && numberAtEnd(line, &clock->priority2);
+        if (first || second)
+            showRowTaken();
+        found1 = found1 || first;
+        found2 = found2 || second;
     }
     return found1 && found2 ? RESULT_OK : RESULT_FAILED;
 }

@@ -43,8 +43,10 @@ bool vlanShowNext(SHOW_FILE_T *show, VLAN_SHOWN_T *vlan)
     char line[LINE_SIZE];
 
     while (showFileLine(show, line, sizeof(line))) {
-        if (rowParse(line + strspn(line, " \t"), vlan))
+        if (rowParse(line + strspn(line, " \t"), vlan)) {
+            showRowTaken();
             return true;
+        }
     }
     return false;
 }

@@ -11,6 +11,7 @@
 #include "switch/columns.h"
 #include "switch/swapi.h"
 
+#include <cctype>
 #include <cstring>
 
 // A key and the columns of its value, counted from 1. `absent` is shown for an optic without live values.
@@ -64,7 +65,16 @@ static int outputLoad(CLIENT_HANDLE_T *clientHandle, const char *command, PATH_I
     request.openLine = SHOW_OPEN_SILENT;
     request.run = SHOW_RUN_PLATFORM;
     int result = showFileRun(&show, clientHandle, request);
-    return result == RESULT_FAILED ? result : cutFileLoad(file, show.stream);
+    if (result == RESULT_FAILED)
+        return result;
+    result = cutFileLoad(file, show.stream);
+    for (uint32_t line = cutFirstLineWith(file, rule) + 1; line > 1 && line <= cutLineCount(file); line++) {
+        char name[CUT_SIZE];
+        cutFirstWord(file, line, name);
+        if (isdigit(static_cast<unsigned char>(name[0])) != 0)
+            showRowTaken();
+    }
+    return result;
 }
 
 // The first line that contains the port's name, so a port's values can be those of a port whose name begins alike and

@@ -107,6 +107,7 @@ static int joinedRead(const JOINED_TABLE_T &joined, INTERFACE_ENTRY_T *table, ui
             break;
         if (numbers == 1 || !joined.parse(line, &row))
             continue;
+        showRowTaken();
         while (cursor < count && strcmp(table[cursor].name, row.name) != 0)
             cursor++;
         if (cursor < count)
@@ -175,8 +176,10 @@ int interfacesStatusFromCliGet(INTERFACE_ENTRY_T *table, uint32_t physical, uint
         return result;
 
     while (*count < room && showFileLine(&show, line, sizeof(line))) {
-        if (statusRowIs(line) && statusRowParse(line, &table[*count]))
+        if (statusRowIs(line) && statusRowParse(line, &table[*count])) {
+            showRowTaken();
             (*count)++;
+        }
     }
     return RESULT_OK;
 }

@@ -76,6 +76,7 @@ static void stackCapableLineStore(CLIENT_HANDLE_T *clientHandle, const char *lin
         snprintf(name, sizeof(name), "%u/%u", first, second);
     else
         return;
+    showRowTaken();
     if (ifNumByNameGet(clientHandle, name, &ifNum) != OPENCLT_OK || ifNum >= STACK_TABLE_SIZE)
         return;
     if (columnText(line, STACK_COLUMN, STACK_WIDTH, text, sizeof(text)) > 0)

@@ -127,6 +127,7 @@ static void ratesRead(PORT_TABLE_T *table, SHOW_FILE_T *show, char (PORT_RECORD_
         ROW_PLACE_T place = rowPlace(line);
         if (place.count < 2)
             return;
+        showRowTaken();
         PORT_RECORD_T *record = rowRecord(table, &counter, place.count == 3 ? place.unit : 1);
         if (record != nullptr)
             columnText(line, RATE_COLUMN, PORT_RATE_SIZE - 1, record->*rate, PORT_RATE_SIZE);
@@ -157,7 +158,7 @@ static uint64_t trafficGet(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum)
  * Percent Utilization Received................... 12
  * Received Rate(Mbps)............................ 3.4
  */
-static void loadLineParse(const char *line, PORT_LOAD_T *load)
+static bool loadLineParse(const char *line, PORT_LOAD_T *load)
 {
     constexpr size_t VALUE_COLUMN = 48;
 
@@ -169,6 +170,9 @@ static void loadLineParse(const char *line, PORT_LOAD_T *load)
         columnRest(line, VALUE_COLUMN, load->receivedRate, sizeof(load->receivedRate));
     else if (textBegins(line, "Transmitted Rate(Mbps)"))
         columnRest(line, VALUE_COLUMN, load->transmittedRate, sizeof(load->transmittedRate));
+    else
+        return false;
+    return true;
 }
 
 bool portStatusRead(PORT_TABLE_T *table)
@@ -189,6 +193,7 @@ bool portStatusRead(PORT_TABLE_T *table)
         ROW_PLACE_T place = rowPlace(line);
         if (place.count != 3)
             break;
+        showRowTaken();
         PORT_RECORD_T *record = rowRecord(table, &counter, place.unit);
         if (record != nullptr && !statusRowStore(table->clientHandle, line, place, record))
             break;
@@ -221,6 +226,7 @@ void portVlanIdsRead(PORT_TABLE_T *table)
     while (showFileLineCut(&show, line, sizeof(line))) {
         if (!vlanPortRow(line, name, &pvid))
             continue;
+        showRowTaken();
         PORT_RECORD_T *record = portNameIndexFind(index, name);
         if (record != nullptr)
             record->pvid = pvid;
@@ -273,8 +279,10 @@ int portStatsGetFromCli(CLIENT_HANDLE_T *clientHandle, uint32_t ifNum, PORT_LOAD
         LOG_ERROR("Could not open file:%s\r\n", show.path);
         return result;
     }
-    while (showFileLine(&show, line, sizeof(line)))
-        loadLineParse(line, load);
+    while (showFileLine(&show, line, sizeof(line))) {
+        if (loadLineParse(line, load))
+            showRowTaken();
+    }
     return RESULT_OK;
 }
 
@@ -299,5 +307,7 @@ void stackCapableGet(CLIENT_HANDLE_T *clientHandle, const PORT_RECORD_T &record,
     request.openLine = SHOW_OPEN_SILENT;
     if (showFileRun(&show, clientHandle, request) == RESULT_OK && cutFileLoad(&file, show.stream) == RESULT_OK)
         cutColumns(&file, ROW_LINE, COLUMN, STACK_CAPABLE_SIZE - 1, cut);
+    if (cut[0] != '\0')
+        showRowTaken();
     textCopy(text, STACK_CAPABLE_SIZE, strTrimRight(cut));
 }

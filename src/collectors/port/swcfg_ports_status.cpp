@@ -64,8 +64,10 @@ static void descriptionLine(const char *line, STATUS_TABLES_T *status)
         return;
     }
     PORT_SETTINGS_T *settings = portNameIndexFind(status->byName, name);
-    if (settings != nullptr)
-        textCopy(settings->description, sizeof(settings->description), description);
+    if (settings == nullptr)
+        return;
+    showRowTaken();
+    textCopy(settings->description, sizeof(settings->description), description);
 }
 
 // Settings of the interface that the first nine columns name; null for a short line, for a name that begins as the
@@ -80,7 +82,10 @@ static PORT_SETTINGS_T *rowSettings(const STATUS_TABLES_T *status, const char *l
     portNameColumn(line, name);
     if (name[0] == '\0' || strchr(titles, name[0]) != nullptr)
         return nullptr;
-    return portNameIndexFind(status->byName, name);
+    PORT_SETTINGS_T *settings = portNameIndexFind(status->byName, name);
+    if (settings != nullptr)
+        showRowTaken();
+    return settings;
 }
 
 //           1         2         3         4
@@ -139,6 +144,7 @@ static void stormControlLine(const char *line, STATUS_TABLES_T *status)
 
     if (strlen(line) < SHORTEST || sscanf(line, "%11s %15s", name, word) != 2 || strchr("-BI", name[0]) != nullptr)
         return;
+    showRowTaken();
     PORT_SETTINGS_T *settings = portNameIndexFind(status->byName, name);
     if (settings != nullptr && (strcmp(word, "Enable") == 0 || strcmp(word, "Disable") == 0))
         settings->stormControl = word[0] == 'E';
@@ -151,6 +157,7 @@ static void vlanPortLine(const char *line, STATUS_TABLES_T *status)
 
     if (!vlanPortRow(line, name, &pvid))
         return;
+    showRowTaken();
     PORT_SETTINGS_T *settings = portNameIndexFind(status->byName, name);
     if (settings != nullptr)
         settings->pvid = pvid;
@@ -170,6 +177,7 @@ static void spanningInterfaceLine(const char *line, STATUS_TABLES_T *status)
     char name[PORT_LINE_SIZE], word[16];
 
     if (textBegins(line, "Interface:")) {
+        showRowTaken();
         (void)columnText(line, NAME_COLUMN, sizeof(name), name, sizeof(name));
         status->selected = portNameIndexFind(status->byName, name);
         return;

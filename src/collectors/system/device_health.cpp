@@ -145,7 +145,7 @@ static void sensorsRead(SHOW_FILE_T *show, SENSOR_TABLE_T *sensors)
         !showFileSkipTo(show, "----", line, sizeof(line)))
         return;
     while (showFileLine(show, line, sizeof(line)) && sensorLineStore(line, sensors))
-        ;
+        showRowTaken();
 }
 
 static uint32_t fanState(const char *text)
@@ -194,7 +194,7 @@ static void fansRead(SHOW_FILE_T *show, FAN_TABLE_T *fans)
     if (!showFileSkipTo(show, "Fans:", line, sizeof(line)) || !showFileSkipTo(show, "----", line, sizeof(line)))
         return;
     while (showFileLine(show, line, sizeof(line)) && fanLineStore(line, fans))
-        ;
+        showRowTaken();
 }
 
 // Not held within an int: two clamped numbers would show a wrong share.
@@ -300,6 +300,7 @@ int cpuMemoryUsageGet(CLIENT_HANDLE_T *clientHandle, USAGE_TABLE_T *table)
         } else if (textBegins(line, "alloc")) {
             allocated = memoryNumber(line);
         } else if (textBegins(line, "Total CPU Utilization")) {
+            showRowTaken();
             usageStore(line, unit, allocated, free, table);
         }
     }

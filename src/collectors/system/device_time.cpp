@@ -124,6 +124,8 @@ int getSummerTime(CLIENT_HANDLE_T *clientHandle, int *rule)
             *rule = 2;
         else if (strstr(line, "(EU)") != nullptr)
             *rule = 1;
+        if (*rule != 0)
+            showRowTaken();
     }
     return RESULT_OK;
 }

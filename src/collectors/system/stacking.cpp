@@ -32,6 +32,7 @@ static void unitAdd(CLIENT_HANDLE_T *clientHandle, const char *line, const UNIT_
 
     if (number < 1 || number > static_cast<int>(STACK_UNITS))
         return;
+    showRowTaken();
     const UNIT_INFO_RECORD_T &record = records[number - 1];
     columnText(line, 26, 16, model, sizeof(model));
 
@@ -183,8 +184,10 @@ void unitInfoGet(CLIENT_HANDLE_T *clientHandle, UNIT_INFO_RECORD_T records[STACK
         if (textBegins(line, "Switch............................")) {
             int unit = columnStrtol(line, DETAIL_VALUE);
             record = unitRecord(records, unit);
-            if (record != nullptr)
+            if (record != nullptr) {
+                showRowTaken();
                 record->unit = static_cast<uint32_t>(unit);
+            }
         } else if (record != nullptr) {
             detailLineParse(line, record);
         }
@@ -218,7 +221,10 @@ int getStackPortInfo(CLIENT_HANDLE_T *clientHandle, uint32_t unit, cJSON *array)
     }
     while (showFileLine(&show, line, sizeof(line))) {
         char port[10];
-        if (columnStrtol(line, 0) == static_cast<int>(unit) && stackPortText(line, unit, port, sizeof(port)))
+        if (!stackPortText(line, unit, port, sizeof(port)))
+            continue;
+        showRowTaken();
+        if (columnStrtol(line, 0) == static_cast<int>(unit))
             jsonAppendText(array, port);
     }
     return RESULT_OK;
