@@ -99,7 +99,7 @@ TEST(AccountOfADaemon, TellsTheLivingFromTheDead)
     ASSERT_TRUE(waitUntil([&] { return ctl(daemon, {"status"}).status == 0; })) << ctl(daemon, {"status"}).out;
     EXPECT_EQ(ctl(daemon, {"status", "system_info"}).out.substr(0, 18), "system_info: well\n");
     EXPECT_EQ(ctl(daemon, {"get", "system_info", "/resp/respCode"}).out, "0\n");
-    daemon.expectedErrors = {"was begun anew", "Can't open database"};
+    daemon.expectedErrors = {"was begun anew", "[restapi_db_operation:"}; // it may go in the middle of a cycle
     unlink(daemon.root.path("restapi_db").c_str());
     EXPECT_TRUE(
         waitUntil([&] { return ctl(daemon, {"status"}).out.find("cache begun anew 1 times") != std::string::npos; }));
