@@ -139,6 +139,6 @@ int main(int argc, char **argv)
     if (PathsInit(nullptr, nullptr) != 0 || !optionsTake(argc, argv, &status))
         return status;
     documentsRegister();
-    accountStart(accountFileWrite);
+    accountStart(accountFileWrite, REFRESH_PERIOD);
     return DmMain(dmTaskTable);
 }

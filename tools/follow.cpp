@@ -8,6 +8,7 @@
 #include "change_list.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
+#include "runtime/sql.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -283,11 +284,10 @@ static OWNED_DB cacheOpen()
 
 static OWNED_STATEMENT prepared(sqlite3 *db, const char *sql)
 {
-    sqlite3_stmt *statement = nullptr;
+    OWNED_STATEMENT statement;
 
-    if (sqlite3_prepare_v2(db, sql, -1, &statement, nullptr) != SQLITE_OK)
-        return OWNED_STATEMENT(); // no table yet
-    return OWNED_STATEMENT(statement);
+    (void)sqlPrepare(db, sql, &statement); // none: there is no table yet
+    return statement;
 }
 
 static std::string columnText(sqlite3_stmt *statement, int column)

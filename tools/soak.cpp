@@ -12,6 +12,7 @@
 #include "runtime/clock.h"
 #include "runtime/owned.h"
 #include "runtime/paths.h"
+#include "runtime/sql.h"
 
 #include <algorithm>
 #include <chrono>
@@ -234,13 +235,10 @@ static void cacheJudge(SOAK_T *soak)
     sqlite3 *opened = nullptr;
     int result = sqlite3_open_v2(PathGet(PATH_REST_DB), &opened, SQLITE_OPEN_READONLY, nullptr);
     OWNED_DB db(opened);
-    sqlite3_stmt *prepared = nullptr;
+    OWNED_STATEMENT check;
 
-    if (result == SQLITE_OK)
-        (void)sqlite3_prepare_v2(db.get(), "PRAGMA integrity_check;", -1, &prepared, nullptr);
-    OWNED_STATEMENT check(prepared);
-    if (prepared == nullptr || sqlite3_step(prepared) != SQLITE_ROW ||
-        strcmp(reinterpret_cast<const char *>(sqlite3_column_text(prepared, 0)), "ok") != 0)
+    if (result != SQLITE_OK || sqlPrepare(db.get(), "PRAGMA integrity_check;", &check) != SQLITE_OK ||
+        sqlStep(check) != SQLITE_ROW || sqlText(check, 0) != "ok")
         finding(soak, "the cache is damaged: %s", sqlite3_errmsg(db.get()));
     RECORDS_T records = recordsRead();
     for (const auto &[name, text] : records) {

@@ -87,7 +87,6 @@ static bool isWanted(const std::set<std::string> &wanted, const std::string &nam
     return wanted.empty() || wanted.count(name) != 0 || wanted.count(withoutNumber(name)) != 0;
 }
 
-// Names first, so that the texts of unwanted documents are not read.
 static int documentsRead(sqlite3 *db, const std::set<std::string> &wanted, CACHE_DOCUMENTS_T *documents)
 {
     OWNED_STATEMENT statement;

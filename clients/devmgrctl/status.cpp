@@ -77,7 +77,7 @@ static bool daemonIsLate(const ACCOUNT_T &account)
     double since = accountNumber(doing, "since", static_cast<double>(account.now));
 
     return !cJSON_IsTrue(cJSON_GetObjectItemCaseSensitive(session, "registered")) ||
-           (accountText(doing, "text") != "waiting for the next cycle" &&
+           (!cJSON_IsTrue(cJSON_GetObjectItemCaseSensitive(doing, "isIdle")) &&
             static_cast<double>(account.now) - since >= LATE_SECONDS);
 }
 

@@ -124,10 +124,8 @@ static int cyclesToDue(const DOCUMENT_T &row)
 {
     if (row.due.kind != DUE_CYCLES && row.due.kind != DUE_LINK_WATCH)
         return ACCOUNT_NOT_DUE;
-    uint32_t cycles = 1;
-    while ((cycle.number + cycles) % row.due.period != row.due.phase)
-        cycles++;
-    return static_cast<int>(cycles);
+    uint32_t beyond = (cycle.number + row.due.period - row.due.phase) % row.due.period; // the last one in which it was
+    return static_cast<int>(row.due.period - beyond);
 }
 
 static void cycleAccount()

@@ -68,7 +68,7 @@ void AgentRestMonitor(intptr_t)
     serviceReady();
     if (access(PathGet(PATH_VLANINFO_DB), F_OK) != 0)
         doing(ACCOUNT_FILE_WAIT, PathGet(PATH_VLANINFO_DB));
-    for (; access(PathGet(PATH_VLANINFO_DB), F_OK) != 0; serviceAlive())
+    while (access(PathGet(PATH_VLANINFO_DB), F_OK) != 0)
         ClockSleep(1);
     startDocumentsWrite();
     GetAllRestApiData();

@@ -7,6 +7,7 @@
 #include "runtime/json_escape.h"
 #include "runtime/owned.h"
 #include "runtime/process_state.h"
+#include "runtime/service.h"
 
 #include <cstring>
 #include <ctime>
@@ -16,7 +17,6 @@
 
 static constexpr int64_t NEVER = -1;
 static constexpr size_t REASON_SIZE = 128;
-static constexpr int CYCLE_TICKS = 30;
 
 struct DOCUMENT_ACCOUNT_T {
     const char *name;
@@ -50,6 +50,7 @@ struct ACCOUNT_STATE_T {
     char doingName[ACCOUNT_NAME_SIZE] = "";
     int64_t doingSince = NEVER;
     int64_t started = NEVER;
+    uint32_t cycleTicks = 0;
     unsigned long long processStart = 0; // clock ticks since the machine's start, as /proc tells it
     uint32_t cycle = 0;
     int64_t cycleBegan = NEVER;
@@ -61,16 +62,17 @@ struct ACCOUNT_STATE_T {
     bool reasonTold = false;
     uint32_t begunAnew = 0;
     char lastReason[REASON_SIZE] = "";
-    unsigned ticks = 0;
 };
 static ACCOUNT_STATE_T account;
 static std::mutex accountLock;
 static void (*accountWriter)();
+static unsigned lateTicks; // of the timer's task alone
 
 static void accountReset()
 {
     account = ACCOUNT_STATE_T();
     accountWriter = nullptr;
+    lateTicks = 0;
 }
 static PROCESS_STATE_T accountState(accountReset);
 
@@ -97,13 +99,14 @@ static unsigned long long processStartRead()
     return at != nullptr && sscanf(at, "%llu", &start) == 1 ? start : 0;
 }
 
-void accountStart(void (*writer)())
+void accountStart(void (*writer)(), uint32_t cycleTicks)
 {
     unsigned long long processStart = processStartRead();
     std::lock_guard<std::mutex> guard(accountLock);
 
     account.started = ClockSteady();
     account.processStart = processStart;
+    account.cycleTicks = cycleTicks;
     accountWriter = writer;
     doingSet(ACCOUNT_STARTING, nullptr);
 }
@@ -220,7 +223,7 @@ unsigned accountFailing()
 
 static int64_t cycleMicroseconds()
 {
-    return static_cast<int64_t>(CYCLE_TICKS) * ClockTick() * 1000;
+    return static_cast<int64_t>(account.cycleTicks) * ClockTick() * 1000;
 }
 
 void accountDocumentDue(const char *name, int cycles)
@@ -393,6 +396,7 @@ static void daemonPrint(const PRINT_T &print, const char *version)
     textPrint(print, "text", doing.text);
     fputc(',', print.out);
     momentPrint(print, "since", account.doingSince);
+    fprintf(print.out, ",\"isIdle\":%s", doing.doing == ACCOUNT_IDLE ? "true" : "false");
     fprintf(print.out, "},\n\"session\":{\"registered\":%s,\"tries\":%d},\n\"cache\":{\"begunAnew\":%u,",
             account.registered ? "true" : "false", account.tries, account.begunAnew);
     textPrint(print, "lastReason", account.lastReason);
@@ -465,15 +469,18 @@ void accountPrint(FILE *out, const char *version)
 void accountTick()
 {
     ACCOUNT_TELL_T doing;
-    bool due = false;
-    {
-        std::lock_guard<std::mutex> guard(accountLock);
-        tell(&doing);
-        bool late = doing.doing != ACCOUNT_IDLE && doing.seconds >= ACCOUNT_LATE_SECONDS;
-        due = late && account.ticks++ % ACCOUNT_LATE_TICKS == 0;
-        if (!late)
-            account.ticks = 0;
+
+    accountTell(&doing);
+    if (doing.doing == ACCOUNT_IDLE || doing.seconds < ACCOUNT_LATE_SECONDS) {
+        lateTicks = 0;
+        return;
     }
-    if (due && accountWriter != nullptr)
+    if (lateTicks++ % ACCOUNT_LATE_TICKS != 0)
+        return;
+    if (doing.doing == ACCOUNT_LOCK_WAIT || doing.doing == ACCOUNT_FILE_WAIT) {
+        serviceStatus(doing.text);
+        serviceAlive();
+    }
+    if (accountWriter != nullptr)
         accountWriter();
 }

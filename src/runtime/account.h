@@ -14,7 +14,8 @@ constexpr size_t ACCOUNT_COMMANDS_MAX = 128;
 constexpr size_t ACCOUNT_NAME_SIZE = 96;
 
 // The process begins. `writer` puts the account into its file; the timer's task calls it when a build is late.
-void accountStart(void (*writer)());
+// `cycleTicks`: from one refresh cycle to the next.
+void accountStart(void (*writer)(), uint32_t cycleTicks);
 
 // What the monitor is doing. All but the idle wait for the next cycle is expected to end.
 enum ACCOUNT_DOING : int {
@@ -101,8 +102,9 @@ struct ACCOUNT_TELL_T {
 };
 void accountTell(ACCOUNT_TELL_T *tell);
 
-// Called by the timer's task once a tick: runs the writer every ACCOUNT_LATE_TICKS while the monitor
-// has been at something else than waiting for the next cycle for longer than ACCOUNT_LATE_SECONDS.
+// Called by the timer's task once a tick: runs the writer every ACCOUNT_LATE_TICKS while the monitor has been at
+// something else than waiting for the next cycle for longer than ACCOUNT_LATE_SECONDS. A wait for a lock or a file may
+// last, so the service manager is told of it, and that the daemon is not stuck.
 constexpr int ACCOUNT_LATE_SECONDS = 5;
 constexpr unsigned ACCOUNT_LATE_TICKS = 5;
 void accountTick();

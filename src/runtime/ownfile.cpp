@@ -6,7 +6,6 @@
 #include "runtime/files.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
-#include "runtime/service.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -95,14 +94,8 @@ int lockFileWait(int fd, const char *path)
 
 void lockWaitTick()
 {
-    char status[sizeof(lockWait.path) + 64];
     std::lock_guard<std::mutex> guard(lockWait.lock);
 
     if (lockWait.path[0] != '\0' && ++lockWait.ticks % WAIT_TOLD_TICKS == 0)
         LOG_WARN("%s: locked by another process, waited for %u s\n", lockWait.path, lockWait.ticks);
-    if (lockWait.path[0] != '\0' && lockWait.ticks % WAIT_TOLD_TICKS == 1) { // a wait that is meant to last
-        snprintf(status, sizeof(status), "waiting for a lock that another process holds: %s", lockWait.path);
-        serviceStatus(status);
-        serviceAlive();
-    }
 }

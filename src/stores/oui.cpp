@@ -7,6 +7,7 @@
 #include "runtime/owned.h"
 #include "runtime/paths.h"
 #include "runtime/process_state.h"
+#include "runtime/sql.h"
 #include "switch/columns.h"
 
 #include <algorithm>
@@ -84,17 +85,15 @@ bool rowsLoad(OUI_TABLE_T *table)
     int result = databaseOpen(DATABASE_SHARED, PathGet(PATH_OUI_DB), SQLITE_OPEN_READONLY, &db);
     if (result != SQLITE_OK)
         return false;
-    sqlite3_stmt *prepared = nullptr;
-    result = sqlite3_prepare_v2(db.get(), "SELECT mac, vendor FROM oui ORDER BY mac", -1, &prepared, nullptr);
-    OWNED_STATEMENT statement(prepared);
-    if (result != SQLITE_OK)
+    OWNED_STATEMENT statement;
+    if (sqlPrepare(db.get(), "SELECT mac, vendor FROM oui ORDER BY mac", &statement) != SQLITE_OK)
         return false;
 
     table->capacity = FIRST_CAPACITY;
     table->entries = ownedArray<OUI_ENTRY_T>(table->capacity);
     if (table->entries == nullptr)
         return false;
-    while ((result = sqlite3_step(statement.get())) == SQLITE_ROW) {
+    while ((result = sqlStep(statement)) == SQLITE_ROW) {
         if (!rowAdd(statement.get(), table))
             return false;
     }

@@ -9,6 +9,7 @@
 #include "runtime/log.h"
 #include "runtime/paths.h"
 #include "runtime/result.h"
+#include "runtime/sql.h"
 #include "stores/oui.h"
 #include "stores/vlan_info.h"
 #include "switch/columns.h"
@@ -141,10 +142,8 @@ void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
                   db != nullptr ? sqlite3_errmsg(db.get()) : "open failed");
         return;
     }
-    sqlite3_stmt *prepared = nullptr;
-    result = sqlite3_prepare_v2(db.get(), "SELECT id, vlanType, profileType FROM vlanInfo;", -1, &prepared, nullptr);
-    OWNED_STATEMENT statement(prepared);
-    if (result != SQLITE_OK) {
+    OWNED_STATEMENT statement;
+    if (sqlPrepare(db.get(), "SELECT id, vlanType, profileType FROM vlanInfo;", &statement) != SQLITE_OK) {
         LOG_ERROR("port_vendor_detect: vlanInfo prepare failed: %s\r\n", sqlite3_errmsg(db.get()));
         return;
     }
@@ -153,7 +152,7 @@ void loadVlanProfileMap(VLAN_PROFILE_MAP_T *map)
     map->rows = ownedArray<PROFILE_MAP_ROW_T>(capacity);
     if (map->rows == nullptr)
         return;
-    while ((result = sqlite3_step(statement.get())) == SQLITE_ROW && mapRowAdd(statement.get(), map, &capacity, &seen))
+    while ((result = sqlStep(statement)) == SQLITE_ROW && mapRowAdd(statement.get(), map, &capacity, &seen))
         ;
     if (result != SQLITE_ROW && result != SQLITE_DONE)
         map->count = 0; // a read that broke off is a failure; only a want of memory keeps the rows so far

@@ -7,6 +7,7 @@
 #include "runtime/database.h"
 #include "runtime/log.h"
 #include "runtime/paths.h"
+#include "runtime/sql.h"
 #include "switch/columns.h"
 
 #include <algorithm>
@@ -170,15 +171,14 @@ int failureLog(const char *caller, const char *title, const char *reason, int re
 
 template <typename ROW> int rowsGive(sqlite3 *db, const char *caller, const char *title, const char *statement, ROW row)
 {
-    sqlite3_stmt *prepared = nullptr;
-    int result = sqlite3_prepare_v2(db, statement, -1, &prepared, nullptr);
-    OWNED_STATEMENT select(prepared);
+    OWNED_STATEMENT select;
+    int result = sqlPrepare(db, statement, &select);
     if (result != SQLITE_OK)
         return failureLog(caller, title, sqlite3_errmsg(db), result);
-    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
-        if (sqlite3_column_count(prepared) < COLUMNS)
+    while ((result = sqlStep(select)) == SQLITE_ROW) {
+        if (sqlite3_column_count(select.get()) < COLUMNS)
             return failureLog(caller, title, sqlite3_errstr(SQLITE_MISMATCH), SQLITE_MISMATCH);
-        if (!row(prepared))
+        if (!row(select.get()))
             return SQLITE_OK;
     }
     return result == SQLITE_DONE ? SQLITE_OK : failureLog(caller, title, sqlite3_errmsg(db), result);

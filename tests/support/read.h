@@ -2,6 +2,7 @@
 #pragma once
 
 #include "runtime/owned.h"
+#include "runtime/sql.h"
 
 #include <fstream>
 #include <map>
@@ -26,24 +27,19 @@ inline int recordsRead(const std::string &path, RECORDS_T *records, const std::s
     const char *sql = name.empty() ? "SELECT api_name, data FROM restapi_db NOT INDEXED"
                                    : "SELECT api_name, data FROM restapi_db WHERE api_name = ?";
     sqlite3 *opened = nullptr;
-    sqlite3_stmt *prepared = nullptr;
     int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
     OWNED_DB db(opened);
 
     if (result != SQLITE_OK)
         return result;
     sqlite3_busy_timeout(opened, wait);
-    result = sqlite3_prepare_v2(opened, sql, -1, &prepared, nullptr);
-    OWNED_STATEMENT select(prepared);
+    OWNED_STATEMENT select;
+    result = sqlPrepare(opened, sql, &select);
+    if (result == SQLITE_OK && !name.empty())
+        result = sqlBind(select, {name.c_str()});
     if (result != SQLITE_OK)
         return result;
-    if (!name.empty())
-        sqlite3_bind_text(prepared, 1, name.c_str(), -1, SQLITE_STATIC);
-    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
-        const unsigned char *key = sqlite3_column_text(prepared, 0);
-        const unsigned char *data = sqlite3_column_text(prepared, 1);
-        (*records)[key == nullptr ? "" : reinterpret_cast<const char *>(key)] =
-            data == nullptr ? "" : reinterpret_cast<const char *>(data);
-    }
+    while ((result = sqlStep(select)) == SQLITE_ROW)
+        (*records)[std::string(sqlText(select, 0))] = sqlText(select, 1);
     return result;
 }

@@ -154,8 +154,10 @@ static void vlanNameChoose(CLIENT_HANDLE_T *clientHandle, PROFILE_ROWS_T *rows, 
         profileRowApply(&row, vlan);
     } else if (vlan->vlanId == DEFAULT_VLAN) {
         textCopy(vlan->name, sizeof(vlan->name), defaultProfile);
-        if (defaultMissing(rows)) // a failure is logged, and tried again with the next document
+        if (defaultMissing(rows)) {
+            rows->reads.db.reset(); // one connection at a time; a failure is logged, and tried with the next document
             (void)vlanInfoReplace(DEFAULT_VLAN, 1, defaultProfile, defaultProfile, defaultColor);
+        }
     } else {
         char *name = nullptr;
         if (vlanNameGet(clientHandle, vlan->vlanId, &name) == RESULT_OK && name != nullptr && name[0] != '\0')
